@@ -1,0 +1,92 @@
+# Common to run.sh and test.sh, which source it: what a machine must have, and getting it there.
+# Everything it says goes to standard error: standard output belongs to the filter.
+# shellcheck shell=bash
+
+say() {
+  printf '%s\n' "$*" >&2
+}
+
+# Tools that a build needs, as TOOL:PACKAGE, the packages being Debian's and Ubuntu's.
+# shellcheck disable=SC2034  # used by run.sh and test.sh
+build_needs=(g++:g++ cmake:cmake ninja:ninja-build)
+
+# What the tests need besides: first for `./test.sh quick`, then for all of it. A header stands for
+# its library.
+# shellcheck disable=SC2034  # used by test.sh
+quick_test_needs=(/usr/include/gtest/gtest.h:libgtest-dev)
+# shellcheck disable=SC2034
+test_needs=(
+  "${quick_test_needs[@]}"
+  clang++:clang
+  /usr/include/benchmark/benchmark.h:libbenchmark-dev
+)
+
+# Format and lint are tied to one version of their tools: another one asks for other changes.
+# shellcheck disable=SC2034
+clang_tools_version=14
+
+# True when a tool (a command, or a file given with its path) is there.
+have() {
+  if [[ $1 == /* ]]; then
+    [[ -e $1 ]]
+  else
+    command -v "$1" >/dev/null 2>&1
+  fi
+}
+
+# Prints those of the given needs that are missing, one a line.
+missing_needs() {
+  local need
+  for need in "$@"; do
+    have "${need%%:*}" || printf '%s\n' "$need"
+  done
+}
+
+as_root() {
+  if [[ $(id -u) == 0 ]]; then
+    "$@"
+  elif have sudo; then
+    sudo "$@"
+  else
+    say "This needs root's rights, and there is no sudo: $*"
+    return 1
+  fi
+}
+
+# apt's lists are fetched once a run.
+apt_is_updated=
+apt_update_once() {
+  if [[ -z $apt_is_updated ]]; then
+    as_root apt-get update >&2 || say "apt-get update failed; going on with the lists that are there."
+    apt_is_updated=yes
+  fi
+}
+
+# True when the machine's archive has a package.
+package_exists() {
+  have apt-cache || return 1
+  apt_update_once
+  apt-cache show "$1" >/dev/null 2>&1
+}
+
+# Installs the packages of the given needs where they are missing.
+install_missing() {
+  local missing packages
+  mapfile -t missing < <(missing_needs "$@")
+  ((${#missing[@]} > 0)) || return 0
+  packages=("${missing[@]#*:}")
+  if ! have apt-get; then
+    say "Missing here: ${missing[*]%%:*}"
+    say "Please install them; Debian's packages of them are called: ${packages[*]}"
+    return 1
+  fi
+  say "Installing ${packages[*]} ..."
+  apt_update_once
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y --no-install-recommends "${packages[@]}" >&2 || return 1
+  mapfile -t missing < <(missing_needs "$@")
+  if ((${#missing[@]} > 0)); then
+    say "Still missing after the installation: ${missing[*]%%:*}"
+    return 1
+  fi
+}
