@@ -1,0 +1,48 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace rlx {
+
+/// A place that gathers pieces of output and cuts them into blocks or frames: the page buffer, or
+/// the output frame. A piece is never divided: one that does not fit behind the gathered ones makes
+/// a cut first. This view is for runs of pieces that need nothing but gathering: no piece may end
+/// the page (in FF), and with framed output none may use up the input frame.
+struct PieceSink {
+  std::uint8_t* bytes;
+  std::int32_t* length;
+  std::int32_t capacity;
+  /// Writes what is gathered and sets `*length` to 0. Returns a status.
+  int (*cut)();
+
+  std::int32_t room() const { return capacity - *length; }
+
+  /// Makes room for a piece of `count` bytes, `capacity` at most. @return 0 or the status of `cut`.
+  int make_room(std::int32_t count) const { return count <= room() ? 0 : cut(); }
+
+  /// Appends what there is room for.
+  void append(const std::uint8_t* from, std::int32_t count) const {
+    std::memcpy(bytes + *length, from, static_cast<std::size_t>(count));
+    *length += count;
+  }
+
+  /// Appends `count` pieces of one byte each. @return 0 or the status of `cut`.
+  int append_bytes(const std::uint8_t* from, std::size_t count) const {
+    while (count > 0) {
+      const int status = make_room(1);
+      if (status != 0) {
+        return status;
+      }
+      const std::size_t portion = std::min(count, static_cast<std::size_t>(room()));
+      append(from, static_cast<std::int32_t>(portion));
+      from += portion;
+      count -= portion;
+    }
+    return 0;
+  }
+};
+
+}  // namespace rlx

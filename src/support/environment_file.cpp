@@ -1,0 +1,144 @@
+#include "support/environment_file.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+
+#include "job/fixed_paths.h"
+#include "support/error_log.h"
+
+namespace rlx {
+
+EnvironmentFile environment_file;
+
+namespace {
+
+constexpr int kCannotOpen = -1;
+constexpr int kNoCommonSection = -2;
+
+constexpr std::size_t kChunkBytes = 512;
+constexpr std::size_t kMaxSignificant = 512;
+constexpr std::size_t kMaxFieldBytes = 255;
+
+constexpr std::string_view kCommonHeader = "*COMMON";
+constexpr std::string_view kRoundingKey = "FCBPRINT";
+constexpr char kHalfInchValue = '2';
+
+/// The significant characters of the line that is being read.
+struct SignificantLine {
+  std::array<char, kMaxSignificant> characters;
+  std::size_t length = 0;
+  bool in_comment = false;
+  bool too_long = false;
+
+  std::string_view text() const { return {characters.data(), length}; }
+};
+
+struct SectionReader {
+  bool in_common = false;
+  bool common_seen = false;
+};
+
+bool is_significant(char byte) {
+  return byte >= '!' && byte <= '~';
+}
+
+void add_character(SignificantLine& line, char byte) {
+  if (line.length == line.characters.size()) {
+    line.too_long = true;
+    return;
+  }
+  line.characters[line.length++] = byte;
+}
+
+void add_chunk(SignificantLine& line, std::string_view chunk) {
+  for (const char byte : chunk) {
+    if (byte == '#') {
+      line.in_comment = true;
+    }
+    if (line.in_comment) {
+      return;
+    }
+    if (is_significant(byte)) {
+      add_character(line, byte);
+    }
+  }
+}
+
+void take_setting(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == std::string_view::npos) {
+    return;
+  }
+  const std::string_view key = line.substr(0, colon).substr(0, kMaxFieldBytes);
+  const std::string_view value = line.substr(colon + 1).substr(0, kMaxFieldBytes);
+  if (key == kRoundingKey && !value.empty()) {
+    environment_file.fcbprint_halfinch = value.front() == kHalfInchValue ? 1 : 0;
+  }
+}
+
+void take_line(SectionReader& reader, const SignificantLine& line) {
+  const std::string_view text = line.text();
+  if (line.too_long || text.empty()) {
+    return;
+  }
+  if (text.front() == '*') {
+    reader.in_common = text.starts_with(kCommonHeader);
+    reader.common_seen = reader.common_seen || reader.in_common;
+  } else if (reader.in_common) {
+    take_setting(text);
+  }
+}
+
+/// The next piece of the file as text; false at its end.
+bool read_chunk(std::FILE* file, std::array<char, kChunkBytes>& buffer, std::string_view& chunk) {
+  buffer.fill('\0');
+  if (std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) == nullptr) {
+    return false;
+  }
+  const std::string_view text(buffer.data());
+  const std::int32_t length =
+      narrow_ulong_to_int(text.size(), "prcnv_env", "tqdxgetenv", kKeepTruncated);
+  chunk = text.substr(0, static_cast<std::size_t>(length));
+  return true;
+}
+
+bool read_sections(std::FILE* file) {
+  SectionReader reader;
+  SignificantLine line;
+  std::array<char, kChunkBytes> buffer;
+  std::string_view chunk;
+  while (read_chunk(file, buffer, chunk)) {
+    add_chunk(line, chunk);
+    if (chunk.ends_with('\n')) {
+      take_line(reader, line);
+      line = SignificantLine{};
+    }
+  }
+  take_line(reader, line);
+  return reader.common_seen;
+}
+
+}  // namespace
+
+void reset_environment_file() {
+  environment_file = EnvironmentFile{};
+}
+
+int tqdxgetenv() {
+  if (environment_file.loaded != 0) {
+    return 0;
+  }
+  environment_file.loaded = 1;
+  std::FILE* const file = std::fopen(fixed_paths::kEnvironmentFile, "r");
+  if (file == nullptr) {
+    return kCannotOpen;
+  }
+  const bool common_seen = read_sections(file);
+  std::fclose(file);
+  return common_seen ? 0 : kNoCommonSection;
+}
+
+}  // namespace rlx

@@ -1,0 +1,39 @@
+#pragma once
+
+namespace rlx {
+
+/// What the filter knows of the site's environment file.
+struct EnvironmentFile {
+  /// The file has been read, or the attempt has failed; it is never looked at again.
+  int loaded = 0;
+  /// 1: form lengths are rounded down to the half inch. 0: up to the whole inch.
+  int fcbprint_halfinch = 0;
+};
+
+/// The environment file of this process.
+extern EnvironmentFile environment_file;
+
+/// Forgets what was read: the next tqdxgetenv reads the file anew.
+void reset_environment_file();
+
+/// Reads the environment file (fixed_paths::kEnvironmentFile), once per process, and takes from it
+/// `fcbprint_halfinch`: the key FCBPRINT of the section *COMMON. Prints nothing.
+///
+///     *COMMON              a section header; all that begins *COMMON counts, *COMMONS too
+///     FCBPRINT : 2         # a comment, to the end of the line
+///     *OTHER               any other header ends the section
+///
+/// - Only the printable characters '!' to '~' of a line count. Blanks and all other bytes are
+///   dropped wherever they stand, inside words too.
+/// - A line of more than 512 such characters in front of its '#' is dropped, a header as well.
+/// - Key and value are separated by the first ':', at most 255 characters of each are kept. A line
+///   without a key or without a value changes nothing. Keys are case-sensitive.
+/// - A value that begins with '2' is 1, every other is 0; the last line in the file wins.
+/// - The file is text, read in pieces of up to 511 bytes. A NUL ends its piece: the bytes from it
+///   to the piece's end are lost, a line end among them too (the next piece continues the line).
+///
+/// @return 0 when the file held a *COMMON section, or when it had been read before; -1 when it
+/// cannot be opened; -2 when it holds no *COMMON section.
+int tqdxgetenv();
+
+}  // namespace rlx

@@ -1,0 +1,143 @@
+#include "support/error_log.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <limits>
+#include <string_view>
+
+#include "job/fixed_paths.h"
+
+namespace rlx {
+
+namespace {
+
+constexpr mode_t kLogMode = 0666;
+constexpr std::size_t kLogLineBytes = 256;
+constexpr std::size_t kTimeBytes = 32;
+
+int write_all(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    if (written <= 0) {
+      return kLogWriteFailed;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+/// Leaves the file's offset where the next line of `line_bytes` bytes goes: behind the last line,
+/// or at the start of the file, emptied, when the line has no room.
+int make_room(int file, std::size_t line_bytes) {
+  struct stat status {};
+  if (stat(fixed_paths::kLostBitLog, &status) != 0) {
+    return kLogStatFailed;
+  }
+  if (status.st_size + static_cast<off_t>(line_bytes) > kLogCapBytes) {
+    return truncate(fixed_paths::kLostBitLog, 0) == 0 ? 0 : kLogTruncateFailed;
+  }
+  return lseek(file, status.st_size, SEEK_SET) >= 0 ? 0 : kLogSeekFailed;
+}
+
+/// What happens while the lock is held.
+int append_locked(int file, std::string_view line) {
+  if (const int status = make_room(file, line.size()); status != 0) {
+    return status;
+  }
+  if (const int status = write_all(file, line); status != 0) {
+    return status;
+  }
+  return write_all(file, "\n");
+}
+
+/// A lock reaches from the file's offset on, hence the way back to the start.
+void unlock(int file) {
+  static_cast<void>(lseek(file, 0, SEEK_SET));
+  static_cast<void>(lockf(file, F_ULOCK, 0));
+}
+
+/// The local time without the newline that ctime ends it with.
+std::array<char, kTimeBytes> time_text() {
+  std::array<char, kTimeBytes> text{};
+  const std::time_t now = std::time(nullptr);
+  if (const char* const line = std::ctime(&now); line != nullptr) {
+    const std::string_view stamp(line);
+    stamp.substr(0, stamp.size() - 1).copy(text.data(), text.size() - 1);
+  }
+  return text;
+}
+
+void log_lost_bits(std::uint64_t value, const char* module, const char* function) {
+  const std::array<char, kTimeBytes> time = time_text();
+  std::array<char, kLogLineBytes> line{};
+  static_cast<void>(std::snprintf(line.data(), line.size(), "%s:ERROR:%s:%s:%d lost bit (%lx)",
+                                  time.data(), module, function, static_cast<int>(getpid()),
+                                  static_cast<unsigned long>(value)));
+  static_cast<void>(log_append(line.data()));
+}
+
+/// What a value that does not fit becomes.
+std::uint32_t replace_lost(std::uint64_t value, const char* module, const char* function,
+                           std::int32_t substitute) {
+  const int saved_errno = errno;
+  log_lost_bits(value, module, function);
+  errno = saved_errno;
+  return substitute == kKeepTruncated ? static_cast<std::uint32_t>(value)
+                                      : static_cast<std::uint32_t>(substitute);
+}
+
+}  // namespace
+
+int log_append(const char* line) {
+  const int file = open(fixed_paths::kLostBitLog, O_RDWR | O_CREAT | O_CLOEXEC, kLogMode);
+  if (file < 0) {
+    return kLogOpenFailed;
+  }
+  if (lockf(file, F_LOCK, 0) != 0) {
+    close(file);
+    return kLogLockFailed;
+  }
+  const int status = append_locked(file, line);
+  unlock(file);
+  close(file);
+  return status;
+}
+
+std::uint32_t narrow_ulong_to_uint(std::uint64_t value, const char* module, const char* function,
+                                   std::int32_t substitute) {
+  return value <= std::numeric_limits<std::uint32_t>::max()
+             ? static_cast<std::uint32_t>(value)
+             : replace_lost(value, module, function, substitute);
+}
+
+std::int32_t narrow_ulong_to_int(std::uint64_t value, const char* module, const char* function,
+                                 std::int32_t substitute) {
+  return static_cast<std::int32_t>(value <= std::numeric_limits<std::int32_t>::max()
+                                       ? static_cast<std::uint32_t>(value)
+                                       : replace_lost(value, module, function, substitute));
+}
+
+std::uint32_t narrow_long_to_uint(std::int64_t value, const char* module, const char* function,
+                                  std::int32_t substitute) {
+  return narrow_ulong_to_uint(static_cast<std::uint64_t>(value), module, function, substitute);
+}
+
+std::int32_t narrow_long_to_int(std::int64_t value, const char* module, const char* function,
+                                std::int32_t substitute) {
+  if (value >= std::numeric_limits<std::int32_t>::min() &&
+      value <= std::numeric_limits<std::int32_t>::max()) {
+    return static_cast<std::int32_t>(value);
+  }
+  return static_cast<std::int32_t>(
+      replace_lost(static_cast<std::uint64_t>(value), module, function, substitute));
+}
+
+}  // namespace rlx

@@ -1,0 +1,101 @@
+#include "support/columns.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/record_builder.h"
+
+namespace rlx {
+namespace {
+
+using testing::make_record;
+
+/// column_at, out of the compiler's sight: it warns of constant positions that no record has.
+[[gnu::noinline]] std::uint8_t column(const CommandRecord& record, std::size_t position) {
+  return column_at(record, position);
+}
+
+TEST(Columns, ColumnAtGivesTheBytesOfTheRecord) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, "\x1bQ\xff");
+  EXPECT_EQ(column(record, 0), 0x1b);
+  EXPECT_EQ(column(record, 1), 'Q');
+  EXPECT_EQ(column(record, 2), 0xff);
+}
+
+TEST(Columns, ColumnBehindTheEndReadsAsABlank) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, "\x1bQ1");
+  EXPECT_EQ(column(record, 2), '1');
+  EXPECT_EQ(column(record, 3), ' ');
+  EXPECT_EQ(column(record, 4095), ' ');
+  EXPECT_EQ(column(record, 100000), ' ');
+}
+
+TEST(Columns, FullRecordIsReadToItsLastByte) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, std::string(4096, 'x'));
+  EXPECT_EQ(column(record, 4095), 'x');
+  EXPECT_EQ(column(record, 4096), ' ');
+}
+
+TEST(Columns, LettersAndDigitsOfAllByteValues) {
+  const std::string all = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  for (int byte = 0; byte < 256; ++byte) {
+    const bool expected = byte < 128 && all.find(static_cast<char>(byte)) != std::string::npos;
+    EXPECT_EQ(is_letter_or_digit(static_cast<std::uint8_t>(byte)), expected) << byte;
+  }
+}
+
+TEST(Columns, DigitsOfAllByteValues) {
+  const std::string all = "0123456789";
+  for (int byte = 0; byte < 256; ++byte) {
+    const bool expected = byte < 128 && all.find(static_cast<char>(byte)) != std::string::npos;
+    EXPECT_EQ(is_digit(static_cast<std::uint8_t>(byte)), expected) << byte;
+  }
+}
+
+TEST(Columns, DecimalValueSkipsBlanksAndIgnoresJunk) {
+  EXPECT_EQ(decimal_value("12"), 12);
+  EXPECT_EQ(decimal_value("  12"), 12);
+  EXPECT_EQ(decimal_value("007"), 7);
+  EXPECT_EQ(decimal_value("12x3"), 12);
+  EXPECT_EQ(decimal_value("-5"), -5);
+  EXPECT_EQ(decimal_value("+5"), 5);
+}
+
+TEST(Columns, DecimalValueWithoutDigitsIsZero) {
+  EXPECT_EQ(decimal_value(""), 0);
+  EXPECT_EQ(decimal_value("   "), 0);
+  EXPECT_EQ(decimal_value("x12"), 0);
+  EXPECT_EQ(decimal_value("- 5"), 0);
+}
+
+TEST(Columns, DecimalValueKeepsTheLowBitsOfLargeNumbers) {
+  EXPECT_EQ(decimal_value("2147483647"), 2147483647);
+  EXPECT_EQ(decimal_value("2147483648"), -2147483647 - 1);
+  EXPECT_EQ(decimal_value("4294967296"), 0);
+  EXPECT_EQ(decimal_value("4294967301"), 5);
+  EXPECT_EQ(decimal_value("99999999999999999999999"), -1);
+}
+
+TEST(Columns, DecimalColumnReadsItsWidthOnly) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, "1234567");
+  EXPECT_EQ(decimal_column(record, 0, 3), 123);
+  EXPECT_EQ(decimal_column(record, 3, 2), 45);
+  EXPECT_EQ(decimal_column(record, 3, 0), 0);
+}
+
+TEST(Columns, DecimalColumnThatIsCutByTheEndOfTheRecord) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, "1234567");
+  EXPECT_EQ(decimal_column(record, 5, 3), 67);
+  EXPECT_EQ(decimal_column(record, 7, 3), 0);
+}
+
+TEST(Columns, DecimalColumnEndsAtANul) {
+  const CommandRecord record = make_record(CMD_Q_NL_SP, std::string("12\0"
+                                                                    "45",
+                                                                    5));
+  EXPECT_EQ(decimal_column(record, 0, 5), 12);
+}
+
+}  // namespace
+}  // namespace rlx
