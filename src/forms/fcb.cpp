@@ -1,0 +1,294 @@
+#include "forms/fcb.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "job/status.h"
+#include "support/columns.h"
+#include "support/environment_file.h"
+#include "support/messages.h"
+
+namespace rlx {
+
+namespace {
+
+constexpr std::string_view kFormFolder = "/fcbe/";
+constexpr std::size_t kPathBytes = kMaxNameBytes + kFormFolder.size() + kMaxNameBytes + 1;
+constexpr std::size_t kLineBytes = 512;
+
+constexpr std::int32_t kInch = 7200;
+constexpr std::int32_t kHalfInch = kInch / 2;
+constexpr std::int32_t kDefaultHeight = 11 * kInch;
+constexpr std::int32_t kMaxHeight = 20 * kInch;
+constexpr std::int32_t kMaxTopLine = 255;
+constexpr std::int32_t kMaxRunLines = 255;
+
+/// Form lengths of the stream variant of -R: from 3.5 to 14 inches.
+constexpr int kShortFormVariant = 4;
+constexpr std::int32_t kShortFormMinHeight = 7 * kHalfInch;
+constexpr std::int32_t kShortFormMaxHeight = 14 * kInch;
+
+/// The pitches that a form can have.
+struct Pitch {
+  std::int32_t height;  ///< of a line, 1/7200 inch
+  std::uint32_t lines_per_inch;
+};
+
+constexpr std::array<Pitch, 5> kPitches{{{2400, 3}, {1800, 4}, {1200, 6}, {900, 8}, {600, 12}}};
+constexpr std::int32_t kLargestPitch = kPitches.front().height;
+static_assert(std::ranges::all_of(kPitches, [](const Pitch& pitch) {
+  return pitch.height <= kLargestPitch &&
+         pitch.lines_per_inch == static_cast<std::uint32_t>(kInch / pitch.height);
+}));
+
+/// Of a form without `lpi` lines.
+constexpr std::uint32_t kDefaultLinesPerInch = 6;
+constexpr std::int32_t kDefaultLinesPerHalfInch = 3;
+static_assert(kMaxHeight / kHalfInch * kDefaultLinesPerHalfInch <= kMaxFormLines);
+
+constexpr std::int32_t kNotANumber = -1;
+
+/// One line of a form file; a word that is not there is empty.
+struct FormLine {
+  std::string_view keyword;
+  std::string_view first;
+  std::string_view second;
+};
+
+/// A form that is being read.
+struct FormReader {
+  FcbTable& table;
+  std::int32_t lines = 0;                     ///< entries of table.lpi in use
+  std::int32_t lines_height = 0;              ///< what the `lpi` lines take, 1/7200 inch
+  std::int32_t form_height = kDefaultHeight;  ///< 1/7200 inch, not rounded
+  bool print_seen = false;
+};
+
+std::FILE* open_if_exists(const char* path, bool& exists) {
+  struct stat status {};
+  exists = stat(path, &status) == 0;
+  return exists ? std::fopen(path, "r") : nullptr;
+}
+
+std::FILE* search_form(const char* name, const ResourceDirectories& directories) {
+  std::array<char, kPathBytes> path;
+  for (std::size_t i = 0; i < kMaxSearchedDirectories; ++i) {
+    const char* const directory = directories.entries[i].data();
+    if (*directory == '\0') {
+      break;
+    }
+    const int length =
+        std::snprintf(path.data(), path.size(), "%s%s%s", directory, kFormFolder.data(), name);
+    if (length < 0 || static_cast<std::size_t>(length) >= path.size()) {
+      continue;  // a name that no file system knows
+    }
+    bool exists = false;
+    std::FILE* const file = open_if_exists(path.data(), exists);
+    if (exists) {
+      return file;
+    }
+  }
+  return nullptr;
+}
+
+/// Null when there is no such form or it cannot be opened.
+std::FILE* open_form(const char* name, const ResourceDirectories& directories) {
+  if (std::strchr(name, '/') != nullptr) {
+    bool exists = false;
+    return open_if_exists(name, exists);
+  }
+  return search_form(name, directories);
+}
+
+/// Takes the next word off a line. A comment behind it ends the line.
+std::string_view next_word(std::string_view& rest) {
+  rest.remove_prefix(std::min(rest.find_first_not_of(" \t"), rest.size()));
+  const std::string_view word = rest.substr(0, rest.find_first_of(" \t\n#"));
+  rest.remove_prefix(word.size());
+  if (rest.starts_with('#')) {
+    rest = {};
+  }
+  return word;
+}
+
+FormLine split_line(std::string_view line) {
+  FormLine words;
+  words.keyword = next_word(line);
+  words.first = next_word(line);
+  words.second = next_word(line);
+  return words;
+}
+
+bool is_decimal(char byte) {
+  return is_digit(static_cast<std::uint8_t>(byte));
+}
+
+/// The number that a word consists of; kNotANumber when the word is empty, holds anything but
+/// digits, or the number is above the limit. Leading zeros are allowed.
+std::int32_t bounded_number(std::string_view word, std::int32_t limit) {
+  if (word.empty()) {
+    return kNotANumber;
+  }
+  std::int32_t value = 0;
+  for (const char byte : word) {
+    if (!is_decimal(byte)) {
+      return kNotANumber;
+    }
+    value = value * 10 + (byte - '0');
+    if (value > limit) {
+      return kNotANumber;
+    }
+  }
+  return value;
+}
+
+/// The form length that a word gives, cut to the ceiling; kNotANumber when a character is no
+/// digit. Deliberate: the ceiling ends the reading, whatever follows the digit that passes it.
+std::int32_t length_up_to(std::string_view word, std::int32_t ceiling) {
+  std::int32_t value = 0;
+  for (const char byte : word) {
+    if (!is_decimal(byte)) {
+      return kNotANumber;
+    }
+    value = value * 10 + (byte - '0');
+    if (value > ceiling) {
+      return ceiling;
+    }
+  }
+  return value;
+}
+
+bool rounds_to_half_inch() {
+  static_cast<void>(tqdxgetenv());
+  return environment_file.fcbprint_halfinch != 0;
+}
+
+/// Form length in half inches of a height.
+std::int32_t rounded_halfinch(std::int32_t height) {
+  if (height % kInch == 0) {
+    return 2 * height / kInch;
+  }
+  return rounds_to_half_inch() ? height / kHalfInch : 2 * (height / kInch) + 2;
+}
+
+int take_length(FormReader& reader, std::string_view word) {
+  const bool short_forms = job_settings.stream_variant == kShortFormVariant;
+  const std::int32_t length = length_up_to(word, short_forms ? kShortFormMaxHeight : kMaxHeight);
+  if (length == kNotANumber) {
+    return kExitFailure;
+  }
+  reader.form_height = std::max(length, short_forms ? kShortFormMinHeight : kInch);
+  reader.table.form_halfinch = rounded_halfinch(reader.form_height);
+  return 0;
+}
+
+int take_print(FormReader& reader, const FormLine& line) {
+  const std::int32_t top_line = bounded_number(line.first, kMaxTopLine);
+  if (reader.print_seen || top_line < 1) {
+    return kExitFailure;
+  }
+  reader.print_seen = true;
+  reader.table.top_line = top_line;
+  return line.second.empty() ? 0 : take_length(reader, line.second);
+}
+
+int append_lines(FormReader& reader, std::int32_t count, std::uint32_t lines_per_inch) {
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (reader.lines == kMaxFormLines) {
+      return kExitFailure;
+    }
+    reader.table.lpi[static_cast<std::size_t>(reader.lines++)] = lines_per_inch;
+  }
+  return 0;
+}
+
+int take_lpi(FormReader& reader, const FormLine& line) {
+  const auto* const pitch =
+      std::ranges::find(kPitches, bounded_number(line.first, kLargestPitch), &Pitch::height);
+  const std::int32_t count = bounded_number(line.second, kMaxRunLines);
+  if (pitch == kPitches.end() || count == kNotANumber) {
+    return kExitFailure;
+  }
+  reader.lines_height += count * pitch->height;
+  return append_lines(reader, count, pitch->lines_per_inch);
+}
+
+int skip_blank(FormReader&, const FormLine&) {
+  return 0;
+}
+
+struct Keyword {
+  std::string_view word;
+  int (*take)(FormReader&, const FormLine&);
+};
+
+constexpr std::array<Keyword, 3> kKeywords{{
+    {"", skip_blank},
+    {"lpi", take_lpi},
+    {"print", take_print},
+}};
+
+int take_line(FormReader& reader, std::string_view text) {
+  const FormLine line = split_line(text);
+  const auto* const keyword = std::ranges::find(kKeywords, line.keyword, &Keyword::word);
+  return keyword == kKeywords.end() ? kExitFailure : keyword->take(reader, line);
+}
+
+int finish_form(FormReader& reader) {
+  if (reader.form_height < reader.lines_height) {
+    return kExitFailure;
+  }
+  if (reader.lines == 0) {
+    const int status = append_lines(reader, reader.table.form_halfinch * kDefaultLinesPerHalfInch,
+                                    kDefaultLinesPerInch);
+    if (status != 0) {
+      return status;
+    }
+  }
+  return reader.lines < reader.table.top_line ? kExitFailure : 0;
+}
+
+int read_form(std::FILE* file, FcbTable& table) {
+  FormReader reader{.table = table};
+  std::array<char, kLineBytes> buffer;
+  while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) != nullptr) {
+    if (const int status = take_line(reader, buffer.data()); status != 0) {
+      return status;
+    }
+  }
+  return std::ferror(file) != 0 ? kExitFailure : finish_form(reader);
+}
+
+void clear_form(FcbTable& table) {
+  const std::int32_t cur_line = table.cur_line;
+  table = FcbTable{};
+  table.cur_line = cur_line;
+}
+
+int find_and_read(const char* name, FcbTable& table, const ResourceDirectories& directories) {
+  std::FILE* const file = open_form(name, directories);
+  if (file == nullptr) {
+    return kExitFailure;
+  }
+  const int status = read_form(file, table);
+  std::fclose(file);
+  return status;
+}
+
+}  // namespace
+
+int fcb_load(const char* name, FcbTable& table, const ResourceDirectories& directories) {
+  clear_form(table);
+  const int status = find_and_read(name, table, directories);
+  if (status != 0) {
+    report("FCB data error");
+  }
+  return status;
+}
+
+}  // namespace rlx
