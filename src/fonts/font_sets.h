@@ -1,0 +1,39 @@
+#pragma once
+
+#include "fonts/font_table.h"
+
+namespace rlx {
+
+// Which system fonts serve the user-defined characters: opened through the font access library at
+// start-up, again whenever the job switches between 240 and 400 dots per inch, closed at its end.
+
+/// The font class 0 to 3 of a font variant: variant 0 has class 0; variant 1 class 1, or 2 with
+/// high-resolution fonts; variant 2 class 3, which needs high-resolution fonts.
+/// (The download has a coarser class of its own, see gaiji_pattern.h.)
+/// @return the class, or -1 when there is none.
+int font_class_of(int font_variant, int high_resolution_fonts);
+
+/// Opens the fonts of all typefaces and code sets. Without the library it only forgets the fonts:
+/// every user-defined character is then undefined. A size without a font is no error either.
+/// Fonts that are open already must have been closed.
+/// @param report_flag  1: a library error is reported on standard error.
+/// @param second_typeface  0: no gothic fonts are opened, both typefaces use the mincho ones.
+/// @return 0, -1 for an invalid variant (nothing is touched), or kFalError after a library error
+/// (what was opened has been closed).
+int fonts_open(int font_variant, int high_resolution_fonts, int report_flag, int second_typeface);
+
+/// Closes every font that is open, each identifier once, and forgets them all.
+void fonts_close();
+
+/// Opens the fonts of one set, size by size, with the locale set in the environment for the
+/// library. A size without a font falls back: the second typeface to the first, the first to a
+/// neighbouring size.
+/// @param set  one of `font_sets`, forgotten before; keeps what was opened before a failure.
+/// @param font_class  0 to 3.
+/// @return 0 or kFalError.
+int font_set_open(FontSet& set, int typeface, int code_set, int font_class, int report_flag);
+
+/// Forgets all fonts without closing them.
+void reset_font_sets();
+
+}  // namespace rlx

@@ -1,0 +1,99 @@
+#include "fonts/g1_gaiji_file.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "job/fixed_paths.h"
+#include "job/status.h"
+#include "support/messages.h"
+
+namespace rlx {
+
+namespace {
+
+/// Room for the bytes of the line that are looked at, 511, and a NUL.
+constexpr std::size_t kLineRoom = 512;
+using Line = std::array<char, kLineRoom>;
+
+constexpr unsigned long kLowestCode = 0xF4A7;
+constexpr unsigned long kHighestCode = 0xFEFE;
+constexpr unsigned long kLowestLowByte = 0xA1;
+constexpr unsigned long kHighestLowByte = 0xFE;
+
+int error(const char* text) {
+  report(text);
+  return kExitFailure;
+}
+
+enum class LineStatus { kRead, kNoFile, kFailed };
+
+/// Reads the first line of the file. An empty file counts as no file.
+LineStatus read_first_line(Line& line) {
+  struct stat attributes {};
+  if (stat(fixed_paths::kG1GaijiFile, &attributes) != 0) {
+    return errno == ENOENT ? LineStatus::kNoFile : LineStatus::kFailed;
+  }
+  std::FILE* const file = std::fopen(fixed_paths::kG1GaijiFile, "r");
+  if (file == nullptr) {
+    return LineStatus::kFailed;
+  }
+  const bool read = std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr;
+  const bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) {
+    return LineStatus::kFailed;
+  }
+  return read ? LineStatus::kRead : LineStatus::kNoFile;
+}
+
+bool is_acceptable(unsigned long code) {
+  const unsigned long low_byte = code & 0xFF;
+  return code >= kLowestCode && code <= kHighestCode && low_byte >= kLowestLowByte &&
+         low_byte <= kHighestLowByte;
+}
+
+/// Takes one number and the byte that must follow it. strtoul says which numbers are allowed, so a
+/// minus sign is read too; the negated value is acceptable only if it wraps around to a code.
+bool take_code(const char*& text, char follower, unsigned long& code) {
+  char* end = nullptr;
+  code = std::strtoul(text, &end, 16);
+  if (*end != follower) {
+    return false;
+  }
+  text = end + 1;
+  return is_acceptable(code);
+}
+
+std::array<std::uint8_t, 2> code_bytes(unsigned long code) {
+  return {static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code & 0xFF)};
+}
+
+}  // namespace
+
+int g1gaiji_load(G1GaijiRange& range) {
+  range.valid = 0;
+  Line line;
+  switch (read_first_line(line)) {
+    case LineStatus::kNoFile:
+      return 0;
+    case LineStatus::kFailed:
+      return error("g1gaiji file error");
+    case LineStatus::kRead:
+      break;
+  }
+  const char* text = line.data();
+  unsigned long first = 0;
+  unsigned long last = 0;
+  if (!take_code(text, '-', first) || !take_code(text, '\n', last) || first > last) {
+    return error("g1gaiji code error");
+  }
+  range.first = code_bytes(first);
+  range.last = code_bytes(last);
+  range.valid = 1;
+  return 0;
+}
+
+}  // namespace rlx
