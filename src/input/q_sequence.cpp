@@ -1,0 +1,248 @@
+#include "input/q_sequence.h"
+
+#include <algorithm>
+
+#include "input/command_tables.h"
+#include "input/sequence_reader.h"
+#include "job/control_bytes.h"
+#include "job/settings.h"
+#include "job/status.h"
+#include "support/columns.h"
+
+namespace rlx {
+
+namespace {
+
+constexpr std::size_t kFirstParameter = 2;  // behind ESC and "Q"
+constexpr int kMaxCountDigits = 7;
+constexpr std::int32_t kTransparentDataBytes = 32;
+constexpr int kFieldsBeforeCount = 4;
+
+/// Walks the parameters, the separator behind them included, so that a field that ends with the
+/// separator always finds its end.
+class Parameters {
+ public:
+  explicit Parameters(const CommandRecord& record)
+      : next_(record.bytes.data() + kFirstParameter),
+        end_(record.bytes.data() + record.length - 1) {}
+
+  std::uint8_t first() const { return next_ < end_ ? *next_ : std::uint8_t{0}; }
+
+  /// Skips a field and its ";". @return false when `forbidden` comes first, or no ";" at all.
+  bool skip_field(std::uint8_t forbidden) {
+    while (next_ < end_ && *next_ != ';' && *next_ != forbidden) {
+      ++next_;
+    }
+    const bool found = next_ < end_ && *next_ == ';';
+    ++next_;
+    return found;
+  }
+
+  /// Skips a field and its ";". @return false when there is no ";".
+  bool skip_field() { return skip_field(';'); }
+
+  /// Reads a count that ends with one of two bytes. @return false when it is malformed.
+  bool read_count(std::uint8_t terminator, std::uint8_t other_terminator, std::int32_t& count) {
+    int digits = 0;
+    count = 0;
+    for (; next_ < end_; ++next_) {
+      if (*next_ == terminator || *next_ == other_terminator) {
+        return true;
+      }
+      if (!is_digit(*next_)) {
+        return false;
+      }
+      const bool leading_zero = digits == 0 && *next_ == '0';
+      digits += leading_zero ? 0 : 1;
+      if (digits > kMaxCountDigits) {
+        return false;
+      }
+      count = count * 10 + (*next_ - '0');
+    }
+    return false;
+  }
+
+  bool read_count(std::uint8_t terminator, std::int32_t& count) {
+    return read_count(terminator, terminator, count);
+  }
+
+ private:
+  const std::uint8_t* next_;
+  const std::uint8_t* end_;
+};
+
+/// Appends counted data; data that does not fit stays in the input.
+int read_data(int flags, CommandRecord& record, std::int32_t count, std::uint32_t code) {
+  if (count > kRecordCapacity - record.length) {
+    record.pending = static_cast<std::uint32_t>(count);
+    record.code = code;
+    return ST_OK;
+  }
+  std::int32_t done = count;
+  const int status = zqrdata(flags, record.bytes.data() + record.length, &done);
+  record.length += done;
+  record.code = status == ST_OK ? code : std::uint32_t{CMD_IGNORE};
+  return status;
+}
+
+/// Consumes counted data of a sequence that is not accepted.
+int discard_data(int flags, CommandRecord& record, std::int32_t count) {
+  if (count <= kRecordCapacity - record.length) {
+    return read_data(flags, record, count, CMD_IGNORE);
+  }
+  return ignore_command(record, zqrdata(flags, nullptr, &count));
+}
+
+int accept(CommandRecord& record, std::uint32_t code) {
+  record.code = code;
+  return ST_OK;
+}
+
+/// field ";" count, then data; `separator` ends the count.
+int read_field_and_data(int flags, CommandRecord& record, std::uint32_t code,
+                        std::uint8_t separator) {
+  Parameters parameters(record);
+  std::int32_t count = 0;
+  if (!parameters.skip_field() || !parameters.read_count(separator, count)) {
+    return ignore_command(record, ST_OK);
+  }
+  return read_data(flags, record, count, code);
+}
+
+int parse_transparent(int flags, CommandRecord& record, std::uint8_t separator,
+                      std::uint32_t code) {
+  return separator == '!' ? read_data(flags, record, kTransparentDataBytes, code)
+                          : accept(record, code);
+}
+
+int parse_del_data(int flags, CommandRecord& record, std::uint32_t code) {
+  Parameters parameters(record);
+  std::int32_t count = 0;
+  if (!parameters.skip_field('!') || !parameters.read_count('!', ';', count)) {
+    return ignore_command(record, ST_OK);
+  }
+  return read_data(flags, record, count, code);
+}
+
+std::uint32_t print_condition_code(std::uint8_t first_parameter, std::uint32_t code) {
+  switch (first_parameter) {
+    case '2':
+      return CMD_Q_NL_SP2;
+    case '9':
+      return CMD_Q_NL_SP9;
+    default:
+      return code;
+  }
+}
+
+int parse_print_condition(int flags, CommandRecord& record, std::uint8_t separator,
+                          std::uint32_t code) {
+  if (separator == '!') {
+    return accept(record, code);
+  }
+  Parameters parameters(record);
+  const std::uint32_t actual_code = print_condition_code(parameters.first(), code);
+  std::int32_t count = 0;
+  if (!parameters.skip_field(' ') || !parameters.read_count(' ', count)) {
+    return ignore_command(record, ST_OK);
+  }
+  return read_data(flags, record, count, actual_code);
+}
+
+/// With "/" the data is consumed in any case, but only options -C, -N and -P make it a command.
+int parse_fifth_field_count(int flags, CommandRecord& record, std::uint8_t separator,
+                            std::uint32_t code) {
+  if (separator != '/') {
+    return accept(record, code);
+  }
+  Parameters parameters(record);
+  for (int i = 0; i < kFieldsBeforeCount; ++i) {
+    if (!parameters.skip_field('/')) {
+      return ignore_command(record, ST_OK);
+    }
+  }
+  std::int32_t count = 0;
+  if (!parameters.read_count('/', count)) {
+    return ignore_command(record, ST_OK);
+  }
+  return job_settings.extended_parameters != 0 ? read_data(flags, record, count, code)
+                                               : discard_data(flags, record, count);
+}
+
+/// Without a ";" before the first "!" there is no data.
+int parse_optional_data(int flags, CommandRecord& record, std::uint32_t code) {
+  Parameters parameters(record);
+  if (!parameters.skip_field('!')) {
+    return accept(record, code);
+  }
+  std::int32_t count = 0;
+  if (!parameters.read_count('!', count)) {
+    return ignore_command(record, ST_OK);
+  }
+  return read_data(flags, record, count, code);
+}
+
+/// The code that the separator selects; CMD_IGNORE when the final byte does not go with it.
+std::uint32_t code_of(const QRow& row, std::uint8_t separator) {
+  switch (separator) {
+    case ' ':
+      return row.code_space;
+    case '!':
+      return row.code_exclamation;
+    case '/':
+      return row.code_slash;
+    default:
+      return CMD_IGNORE;
+  }
+}
+
+int parse_form(int flags, CommandRecord& record, const QRow& row, std::uint8_t separator) {
+  const std::uint32_t code = code_of(row, separator);
+  if (code == CMD_IGNORE) {
+    return ignore_command(record, ST_OK);
+  }
+  switch (row.form) {
+    case kQTransparent:
+      return parse_transparent(flags, record, separator, code);
+    case kQDelData:
+      return parse_del_data(flags, record, code);
+    case kQPrintCondition:
+      return parse_print_condition(flags, record, separator, code);
+    case kQFifthFieldCount:
+      return parse_fifth_field_count(flags, record, separator, code);
+    case kQFormParameter:
+      return read_field_and_data(flags, record, code, ' ');
+    case kQOptionalData:
+      return parse_optional_data(flags, record, code);
+    default:
+      return accept(record, code);
+  }
+}
+
+/// Reads parameters, separator and final byte. A DEL is a parameter byte unless "!" stands before
+/// it.
+int read_to_final(int flags, CommandRecord& record) {
+  const int status = zqrhandl(flags, &record, 0x40, kDel);
+  if (status != ST_OK || record.code == CMD_IGNORE) {
+    return status;
+  }
+  const auto last = static_cast<std::size_t>(record.length - 1);
+  if (record.bytes[last] == kDel && record.bytes[last - 1] != '!') {
+    return zqrhandl(flags, &record, 0x40, 0x7e);
+  }
+  return ST_OK;
+}
+
+}  // namespace
+
+int zqqseq(int flags, CommandRecord* record) {
+  const int status = read_to_final(flags, *record);
+  if (status != ST_OK || record->code == CMD_IGNORE) {
+    return status;
+  }
+  const auto last = static_cast<std::size_t>(record->length - 1);
+  const QRow& row = row_of<kQTable>(record->bytes[last]);
+  return parse_form(flags, *record, row, record->bytes[last - 1]);
+}
+
+}  // namespace rlx

@@ -1,0 +1,105 @@
+#include "input/sequence_reader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+
+#include "input/byte_source.h"
+
+namespace rlx {
+
+namespace {
+
+void append_byte(CommandRecord& record, std::uint8_t byte) {
+  if (record.length >= kRecordCapacity) {
+    record.code = CMD_IGNORE;
+    record.length = 0;
+  }
+  record.bytes[static_cast<std::size_t>(record.length++)] = byte;
+}
+
+/// Takes bytes that stand ready, up to one in `low` to `high`. @return true when it was met.
+bool take_ready_bytes(CommandRecord& record, std::uint8_t low, std::uint8_t high) {
+  ByteWindow& window = job_window();
+  const std::uint8_t* next = window.next;
+  bool met = false;
+  while (next != window.end && !met) {
+    const std::uint8_t byte = *next++;
+    append_byte(record, byte);
+    met = byte >= low && byte <= high;
+  }
+  window.next = next;
+  return met;
+}
+
+/// Takes up to `count` bytes that stand ready. @return how many.
+std::int32_t take_ready_data(std::uint8_t* destination, std::int32_t count) {
+  ByteWindow& window = job_window();
+  const std::size_t portion = std::min(static_cast<std::size_t>(count), window.size());
+  if (destination != nullptr) {
+    std::memcpy(destination, window.next, portion);
+  }
+  window.next += portion;
+  return static_cast<std::int32_t>(portion);
+}
+
+}  // namespace
+
+int read_sequence_byte(int flags, CommandRecord& record) {
+  if (at_end_frame_end()) {
+    return ignore_command(record, ST_CUT);
+  }
+  std::uint8_t byte = 0;
+  const int status = zqgetc(flags, &byte);
+  if (status != ST_OK) {
+    return ignore_command(record, status);
+  }
+  append_byte(record, byte);
+  return ST_OK;
+}
+
+int zqrhandl(int flags, CommandRecord* record, std::uint8_t low, std::uint8_t high) {
+  if (record == nullptr) {
+    std::fputs("*** zqrhandl: zqdtp error\n", stderr);
+    return kExitFailure;
+  }
+  while (!take_ready_bytes(*record, low, high)) {
+    const int status = read_sequence_byte(flags, *record);
+    if (status != ST_OK) {
+      return status;
+    }
+    const std::uint8_t byte = record->bytes[static_cast<std::size_t>(record->length - 1)];
+    if (byte >= low && byte <= high) {
+      return ST_OK;
+    }
+  }
+  return ST_OK;
+}
+
+int zqrdata(int flags, std::uint8_t* destination, std::int32_t* count) {
+  const std::int32_t wanted = *count;
+  int status = ST_OK;
+  *count = 0;
+  for (;;) {
+    std::uint8_t* const rest = destination == nullptr ? nullptr : destination + *count;
+    *count += take_ready_data(rest, wanted - *count);
+    if (*count == wanted) {
+      return ST_OK;
+    }
+    if (at_end_frame_end()) {
+      return ST_CUT;
+    }
+    std::uint8_t byte = 0;
+    status = zqgetc(flags, &byte);
+    if (status != ST_OK) {
+      return status;
+    }
+    if (destination != nullptr) {
+      destination[*count] = byte;
+    }
+    ++*count;
+  }
+}
+
+}  // namespace rlx
