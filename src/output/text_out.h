@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "job/character_set.h"
+#include "job/command_record.h"
+#include "job/control_bytes.h"
+#include "job/output_buffer.h"
+
+namespace rlx {
+
+/// The printer has a single-byte and a double-byte character set. A switch selects the size, then
+/// the set: ESC "Q1 y" ESC "(H" for the single-byte set, ESC "Q2 y" ESC "$@" for the double-byte
+/// set. A switch that follows an invalid character's leaves the size out.
+struct SetSwitch {
+  std::array<std::uint8_t, 8> bytes;
+  std::uint32_t set_command;  ///< the command that the last three bytes are
+};
+
+inline constexpr std::int32_t kSizeSequenceBytes = 5;
+inline constexpr std::int32_t kSetSequenceBytes = 3;
+
+inline constexpr SetSwitch kToSingleByte{{kEsc, 'Q', '1', ' ', 'y', kEsc, '(', 'H'},
+                                         CMD_ESC_PAREN_H};
+inline constexpr SetSwitch kToDoubleByte{{kEsc, 'Q', '2', ' ', 'y', kEsc, '$', '@'},
+                                         CMD_ESC_DOLLAR_AT};
+
+/// Keeps both sequences of a switch in the carried settings.
+void keep_switch(const SetSwitch& set_switch);
+/// Keeps only the set sequence of a switch.
+void keep_set(const SetSwitch& set_switch);
+
+/// Turns a text record into its output.
+/// @param record  CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2 or CMD_TEXT_BAD; of any other code one
+///                NUL byte becomes.
+/// @param out     cleared, then filled: a switch if the character is of the other set, and the
+///                character as it arrived (without its 0x8e prefix). Holds every record.
+/// @param state   the set that is selected; changed with a switch. The switch sequences are kept in
+///                the carried settings at once, so before the record is written.
+/// @return always 0.
+int text_out(const CommandRecord& record, OutputBuffer& out, CharacterSetState& state);
+
+}  // namespace rlx
