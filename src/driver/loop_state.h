@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+
+#include "forms/fcb.h"
+#include "job/character_set.h"
+#include "job/command_record.h"
+#include "job/output_buffer.h"
+#include "job/status.h"
+
+namespace rlx {
+
+/// All that the main loop keeps from one record to the next. Flags that other subsystems look at
+/// are in job_settings.
+struct LoopState {
+  /// The command that is being routed.
+  CommandRecord record;
+  /// The END frame ended inside the command.
+  bool record_cut = false;
+  /// Exit status of the job so far.
+  int status = ST_OK;
+
+  /// Printable content was handled since the last print-condition record.
+  bool content_since_conditions = false;
+  /// The current print conditions still have to be sent.
+  bool conditions_pending = true;
+  /// Code of the last record that changed print conditions; 0 before the first.
+  std::uint32_t last_condition_code = CMD_NONE;
+  /// Whether command 479 resets the line unit.
+  bool spacing_reset = false;
+  /// Index into the spacing table that was sent last.
+  std::int32_t spacing_index = 0;
+  std::int32_t conditions_written = 0;
+
+  /// On/off state of command 492, and its last result: 1 changed, 0 unchanged, -1 bad parameter.
+  int command_492_state = 0;
+  int command_492_result = 0;
+
+  /// Forms: the one of -n, and the one a print-condition record names.
+  FcbTable initial_store;
+  FcbTable second_store;
+  FcbTable* current_store = &initial_store;
+  bool initial_fcb_exists = false;
+  /// A form is in force.
+  bool fcb_active = false;
+  /// Vertical movements that the form produced and that wait for the next text; their length is
+  /// `pending_vertical_bytes`.
+  OutputBuffer pending_vertical_bytes;
+  /// LFs since the last page break, for page-length emulation.
+  int line_counter = 0;
+  /// ST_EOF once a look behind a LF has found the end of the input.
+  int end_marker = ST_OK;
+
+  /// A command 488 that waits for the next command; its length is 0 when there is none.
+  OutputBuffer held_command;
+  /// What text and user-defined characters become.
+  OutputBuffer text;
+  CharacterSetState character_set;
+
+  /// Runs of ordinary text are written as runs. Switched off only to compare with the reference,
+  /// the record-by-record road.
+  bool fast_road = true;
+};
+
+extern LoopState loop_state;
+
+/// True when the print conditions are to be sent before the next output.
+bool conditions_due(const LoopState& loop);
+
+/// Back to the start of a job.
+void reset_loop_state();
+
+}  // namespace rlx

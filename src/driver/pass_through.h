@@ -1,0 +1,16 @@
+#pragma once
+
+#include "job/command_record.h"
+
+namespace rlx {
+
+/// Passes the rest of the job through: a job parameter block (command 520) says that the job is in
+/// the printer's language already. Writes the command's bytes and then all that follows on standard
+/// input, with neither blocks nor frames; of a framed job what is held for a frame and the rest of
+/// the input frame are dropped, and the frames that follow go out as they stand. What stands in the
+/// page buffer is not written.
+/// @return 0. A copy that fails is reported with the system's text and deliberately does not change
+/// the status; only what was written before it ends the process with "write error".
+int pass_through(const CommandRecord& record);
+
+}  // namespace rlx

@@ -1,0 +1,300 @@
+#include "driver/capabilities.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "job/settings.h"
+
+namespace rlx {
+namespace {
+
+class Capabilities : public ::testing::Test {
+ protected:
+  Capabilities() {
+    reset_job_settings();
+    reset_capabilities();
+  }
+  ~Capabilities() override {
+    reset_job_settings();
+    reset_capabilities();
+  }
+};
+
+struct BitRow {
+  const char* token;
+  int kind;
+  std::uint32_t bit;
+};
+
+const std::vector<BitRow> kBitRows{
+    {"sA3", 1, 0x1},     {"sa3", 1, 0x1},       {"m70", 2, 0x10},     {"m75", 2, 0x20},
+    {"isub", 3, 0x100},  {"Sfront", 4, 0x1000}, {"Sboth", 4, 0x2000}, {"L1", 5, 0x10000},
+    {"L2", 5, 0x20000},  {"L3", 5, 0x40000},    {"L4", 5, 0x80000},   {"f0", 7, 0x100000},
+    {"f1", 7, 0x200000}, {"f2", 7, 0x400000},   {"f10", 7, 0x800000},
+};
+
+TEST_F(Capabilities, WithoutAnyTokenNothingIsThere) {
+  for (int kind = -1; kind <= 11; ++kind) {
+    for (const std::uint32_t value : {0U, 1U, 0x10U, 0x100000U, 0x10000000U, 0xFFFFFFFFU}) {
+      EXPECT_EQ(printer_has(kind, value), 0U) << kind << " " << value;
+    }
+  }
+}
+
+TEST_F(Capabilities, EachBitTokenSetsItsBitInItsKindAlone) {
+  for (const BitRow& row : kBitRows) {
+    reset_capabilities();
+    parse_capabilities(row.token);
+    for (int kind = 0; kind <= 10; ++kind) {
+      const std::uint32_t expected = kind == row.kind ? 1 : 0;
+      EXPECT_EQ(printer_has(kind, 0), expected) << row.token << " in kind " << kind;
+      for (unsigned shift = 0; shift < 32; ++shift) {
+        const std::uint32_t bit = std::uint32_t{1} << shift;
+        EXPECT_EQ(printer_has(kind, bit), bit == row.bit ? expected : 0U)
+            << row.token << " in kind " << kind << " bit " << shift;
+      }
+    }
+  }
+}
+
+TEST_F(Capabilities, AllBitsOfAValueMustBeInTheSet) {
+  parse_capabilities("m70!L2!L4");
+  EXPECT_EQ(printer_has(2, 0x10), 1U);
+  EXPECT_EQ(printer_has(2, 0x30), 0U);
+  EXPECT_EQ(printer_has(5, 0xA0000), 1U);
+  EXPECT_EQ(printer_has(5, 0xB0000), 0U);
+  parse_capabilities("m75");
+  EXPECT_EQ(printer_has(2, 0x30), 1U);
+}
+
+TEST_F(Capabilities, BitsOfAnotherKindAreNeverInASet) {
+  parse_capabilities("sA3!m70!isub!Sfront!L1!f0!g!F");
+  EXPECT_EQ(printer_has(1, 0x11), 0U);
+  EXPECT_EQ(printer_has(2, 0x1), 0U);
+  EXPECT_EQ(printer_has(3, 0x1100), 0U);
+  EXPECT_EQ(printer_has(4, 0x10000), 0U);
+  EXPECT_EQ(printer_has(5, 0x100000), 0U);
+  EXPECT_EQ(printer_has(7, 0x1100000), 0U);
+}
+
+TEST_F(Capabilities, FirstLetterGAndFCountWhateverFollowsAndWhateverIsAsked) {
+  for (const char* token : {"g", "ga", "g1", "gF"}) {
+    reset_capabilities();
+    parse_capabilities(token);
+    for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
+      EXPECT_EQ(printer_has(8, value), 1U) << token << value;
+      EXPECT_EQ(printer_has(9, value), 0U) << token << value;
+    }
+  }
+  for (const char* token : {"F", "F1", "Fg"}) {
+    reset_capabilities();
+    parse_capabilities(token);
+    for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
+      EXPECT_EQ(printer_has(8, value), 0U) << token << value;
+      EXPECT_EQ(printer_has(9, value), 1U) << token << value;
+    }
+  }
+}
+
+TEST_F(Capabilities, TokensThatMatchNothingAreSkipped) {
+  for (const char* text :
+       {"f3",   "L5", "L0",    "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
+        "SA3",  "m7", "m700",  "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
+        "d240", "G",  "Ja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
+    parse_capabilities(text);
+    for (int kind = 1; kind <= 9; ++kind) {
+      EXPECT_EQ(printer_has(kind, 0), 0U) << text << " in kind " << kind;
+    }
+    EXPECT_EQ(job_settings.japanese_locale, 0) << text;
+  }
+}
+
+TEST_F(Capabilities, ExclamationMarksSeparateAndEmptyTokensDoNotCount) {
+  parse_capabilities("!!m70!!!D300!!f3!L1!");
+  EXPECT_EQ(printer_has(2, 0x10), 1U);
+  EXPECT_EQ(printer_has(5, 0x10000), 1U);
+  EXPECT_EQ(printer_has(6, 0), 300U);
+}
+
+TEST_F(Capabilities, OccurrencesAddUp) {
+  parse_capabilities("D240!L1");
+  parse_capabilities("D400!L2");
+  EXPECT_EQ(printer_has(5, 0x30000), 1U);
+  EXPECT_EQ(printer_has(6, 0), 240U);
+  EXPECT_EQ(printer_has(6, 240), 1U);
+  EXPECT_EQ(printer_has(6, 400), 1U);
+}
+
+TEST_F(Capabilities, JapaneseLocaleOnlyWithItsExactToken) {
+  for (const char* text : {"J", "Jja", "Jja_JP.U90", "Jja_jp", "jja_JP"}) {
+    parse_capabilities(text);
+    EXPECT_EQ(job_settings.japanese_locale, 0) << text;
+  }
+  parse_capabilities("D240!Jja_JP!f1");
+  EXPECT_EQ(job_settings.japanese_locale, 1);
+  parse_capabilities("J");
+  EXPECT_EQ(job_settings.japanese_locale, 1);
+}
+
+TEST_F(Capabilities, ResolutionTakesTheDecimalNumberThatFollows) {
+  parse_capabilities("D 300!D+400!D0600!D800dpi!D-5");
+  for (const std::uint32_t listed : {300U, 400U, 600U, 800U, 0xFFFFFFFBU}) {
+    EXPECT_EQ(printer_has(6, listed), 1U) << listed;
+  }
+  for (const std::uint32_t absent : {1U, 299U, 301U, 5U, 240U}) {
+    EXPECT_EQ(printer_has(6, absent), 0U) << absent;
+  }
+}
+
+TEST_F(Capabilities, A25thResolutionIsIgnored) {
+  std::string text;
+  for (unsigned resolution = 101; resolution <= 130; ++resolution) {
+    text += "D" + std::to_string(resolution) + "!";
+  }
+  parse_capabilities((text + "L1").c_str());
+  EXPECT_EQ(printer_has(6, 0), 101U);
+  for (unsigned resolution = 101; resolution <= 130; ++resolution) {
+    EXPECT_EQ(printer_has(6, resolution), resolution <= 124 ? 1U : 0U) << resolution;
+  }
+  EXPECT_EQ(printer_has(6, 125), 0U);
+  EXPECT_EQ(printer_has(5, 0x10000), 1U);
+  // Nor from a later occurrence.
+  parse_capabilities("D777");
+  EXPECT_EQ(printer_has(6, 777), 0U);
+}
+
+TEST_F(Capabilities, AStoredZeroEndsTheResolutionListForEverySearch) {
+  for (const char* zero : {"D0", "D", "Dx", "D00"}) {
+    reset_job_settings();
+    reset_capabilities();
+    parse_capabilities((std::string("D240!") + zero + "!D400").c_str());
+    EXPECT_EQ(printer_has(6, 0), 240U) << zero;
+    EXPECT_EQ(printer_has(6, 240), 1U) << zero;
+    EXPECT_EQ(printer_has(6, 400), 0U) << zero;
+    EXPECT_EQ(printer_resolution("400"), 0xFFFFFFFFU) << zero;
+    job_settings.requested_resolution = 400;
+    choose_resolution();
+    EXPECT_EQ(job_settings.resolution, 240) << zero;
+  }
+}
+
+TEST_F(Capabilities, AZeroInFrontMakesTheResolutionListEmpty) {
+  parse_capabilities("D0!D400");
+  EXPECT_EQ(printer_has(6, 0), 0U);
+  EXPECT_EQ(printer_has(6, 400), 0U);
+  EXPECT_EQ(printer_resolution("400"), 0U);
+  EXPECT_EQ(printer_resolution(nullptr), 0U);
+  job_settings.resolution = 400;
+  choose_resolution();
+  EXPECT_EQ(job_settings.resolution, 400);
+}
+
+TEST_F(Capabilities, AZeroTakesOneOfThe24Places) {
+  std::string text;
+  for (unsigned resolution = 1; resolution <= 23; ++resolution) {
+    text += "D" + std::to_string(resolution) + "!";
+  }
+  parse_capabilities((text + "D0!D24").c_str());
+  EXPECT_EQ(printer_has(6, 23), 1U);
+  EXPECT_EQ(printer_has(6, 24), 0U);
+}
+
+TEST_F(Capabilities, PrinterResolutionOfAText) {
+  EXPECT_EQ(printer_resolution(nullptr), 0U);
+  EXPECT_EQ(printer_resolution("240"), 0U);
+  parse_capabilities("D240!D400");
+  EXPECT_EQ(printer_resolution(nullptr), 240U);
+  EXPECT_EQ(printer_resolution("240"), 240U);
+  EXPECT_EQ(printer_resolution(" 400dpi"), 400U);
+  EXPECT_EQ(printer_resolution("300"), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution("0"), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution(""), 0xFFFFFFFFU);
+}
+
+TEST_F(Capabilities, ResolutionStaysWithoutAListWhateverIsRequested) {
+  for (const std::int32_t requested : {0, 240, 400, 300}) {
+    for (const std::int32_t before : {240, 400}) {
+      job_settings.resolution = before;
+      job_settings.requested_resolution = requested;
+      choose_resolution();
+      EXPECT_EQ(job_settings.resolution, before) << requested;
+    }
+  }
+}
+
+TEST_F(Capabilities, ResolutionWithoutRequestIsTheFirstListed) {
+  parse_capabilities("D300!D240!D400");
+  job_settings.resolution = 400;
+  choose_resolution();
+  EXPECT_EQ(job_settings.resolution, 300);
+}
+
+TEST_F(Capabilities, RequestedResolution300KeepsTheFirstListedAnd400IsSelected) {
+  parse_capabilities("D240!D400");
+  job_settings.requested_resolution = 300;
+  choose_resolution();
+  EXPECT_EQ(job_settings.resolution, 240);
+  job_settings.requested_resolution = 400;
+  choose_resolution();
+  EXPECT_EQ(job_settings.resolution, 400);
+}
+
+TEST_F(Capabilities, PrinterClassIsTheHighestOfF1AndF2) {
+  struct Row {
+    const char* text;
+    std::uint32_t printer_class;
+  };
+  for (const Row& row : std::initializer_list<Row>{{"", 0x100000},
+                                                   {"f0", 0x100000},
+                                                   {"f10", 0x100000},
+                                                   {"f3", 0x100000},
+                                                   {"f1", 0x200000},
+                                                   {"f0!f1", 0x200000},
+                                                   {"f2", 0x400000},
+                                                   {"f1!f2", 0x400000},
+                                                   {"f2!f1!f0", 0x400000}}) {
+    reset_capabilities();
+    parse_capabilities(row.text);
+    job_settings.printer_class = 0;
+    query_printer();
+    EXPECT_EQ(job_settings.printer_class, row.printer_class) << row.text;
+  }
+}
+
+TEST_F(Capabilities, QueryFillsTheTwoFlags) {
+  for (const bool lower_g : {false, true}) {
+    for (const bool upper_f : {false, true}) {
+      reset_capabilities();
+      parse_capabilities(lower_g ? "g" : "L1");
+      parse_capabilities(upper_f ? "F" : "L1");
+      query_printer();
+      EXPECT_EQ(job_settings.capability_g, lower_g ? 1 : 0);
+      EXPECT_EQ(job_settings.capability_F, upper_f ? 1 : 0);
+    }
+  }
+}
+
+TEST_F(Capabilities, OverLongTextIsReadToItsEnd) {
+  std::string text(100000, 'x');
+  text += "!D" + std::string(5000, '0') + "600!" + std::string(70000, '!') + "L1";
+  parse_capabilities(text.c_str());
+  EXPECT_EQ(printer_has(6, 0), 600U);
+  EXPECT_EQ(printer_has(5, 0), 1U);
+}
+
+TEST_F(Capabilities, ResetForgetsEverything) {
+  parse_capabilities("D240!f2!g!F!sA3");
+  reset_capabilities();
+  for (int kind = 1; kind <= 9; ++kind) {
+    EXPECT_EQ(printer_has(kind, 0), 0U) << kind;
+  }
+  parse_capabilities("D400");
+  EXPECT_EQ(printer_has(6, 0), 400U);
+}
+
+}  // namespace
+}  // namespace rlx

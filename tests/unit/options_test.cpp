@@ -1,0 +1,466 @@
+#include "driver/options.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "driver/capabilities.h"
+#include "job/settings.h"
+#include "support/descriptors.h"
+
+namespace rlx {
+namespace {
+
+const std::string kProgram = "lpfilter";
+const std::string kDefaultDirectory = "sandbox/usr/local/lib/PXLQlp";
+
+/// A command line that lives as long as the settings that point into it.
+class Options : public ::testing::Test {
+ protected:
+  Options() { reset(); }
+  ~Options() override { reset(); }
+
+  static void reset() {
+    reset_job_settings();
+    reset_capabilities();
+  }
+
+  /// Starts from the defaults; keeps the status and what went to standard error.
+  int parse(std::vector<std::string> arguments) {
+    reset();
+    return parse_on(std::move(arguments));
+  }
+
+  int parse_on(std::vector<std::string> arguments) {
+    arguments_ = std::move(arguments);
+    arguments_.insert(arguments_.begin(), kProgram);
+    argv_.clear();
+    for (std::string& argument : arguments_) {
+      argv_.push_back(argument.data());
+    }
+    argv_.push_back(nullptr);
+    const testing::CaptureDescriptor standard_error(2);
+    const int status = parse_options(static_cast<int>(arguments_.size()), argv_.data());
+    errors_ = standard_error.text();
+    return status;
+  }
+
+  void expect_accepted(const std::vector<std::string>& arguments) {
+    EXPECT_EQ(parse(arguments), 0);
+    EXPECT_EQ(errors_, "");
+  }
+
+  void expect_refused(const std::vector<std::string>& arguments, const std::string& errors) {
+    EXPECT_EQ(parse(arguments), 1);
+    EXPECT_EQ(errors_, errors);
+  }
+
+  static std::vector<std::string> directories() {
+    std::vector<std::string> list;
+    for (std::size_t i = 0; i < resource_directories.count; ++i) {
+      list.emplace_back(resource_directories.entries[i].data());
+    }
+    return list;
+  }
+
+  std::vector<std::string> arguments_;
+  std::vector<char*> argv_;
+  std::string errors_;
+};
+
+/// What the mode letters set.
+struct Modes {
+  int emulation_mode = 1;
+  int output_variant = 0;
+  int stream_variant = 2;
+  int extended_parameters = 0;
+  int header_selector = 1;
+  int resolution = 240;
+  int high_resolution_fonts = 0;
+  int font_variant = 1;
+  int compact_flag = 0;
+
+  bool operator==(const Modes&) const = default;
+};
+
+Modes modes_set() {
+  return {job_settings.emulation_mode,        job_settings.record.output_variant,
+          job_settings.stream_variant,        job_settings.extended_parameters,
+          job_settings.header_selector,       job_settings.resolution,
+          job_settings.high_resolution_fonts, job_settings.font_variant,
+          job_settings.compact_flag};
+}
+
+TEST_F(Options, NoOptionsLeaveTheDefaults) {
+  expect_accepted({});
+  EXPECT_EQ(modes_set(), Modes{});
+  EXPECT_EQ(job_settings.program_name, kProgram);
+  EXPECT_EQ(job_settings.framed_output, 0);
+  EXPECT_EQ(job_settings.lines_per_page, 0);
+  EXPECT_EQ(job_settings.character_pitch, 0);
+  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+  EXPECT_EQ(job_settings.fcb_name, nullptr);
+  EXPECT_EQ(job_settings.requested_resolution, 0);
+  EXPECT_EQ(job_settings.record.char_pitch_source, 0);
+  EXPECT_EQ(job_settings.record.line_pitch_source, 0);
+  EXPECT_EQ(job_settings.record.width_source, 0);
+  EXPECT_EQ(job_settings.record.line_pitch_text, nullptr);
+  EXPECT_EQ(job_settings.record.width_text, nullptr);
+  EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
+}
+
+TEST_F(Options, EachModeLetterSetsWhatItNamesAndNothingElse) {
+  struct Row {
+    const char* option;
+    Modes modes;
+  };
+  const std::vector<Row> rows{
+      {"-A", {.output_variant = 1}},
+      {"-B",
+       {.emulation_mode = 2, .resolution = 400, .high_resolution_fonts = 1, .font_variant = 2}},
+      {"-C", {.emulation_mode = 4, .extended_parameters = 1}},
+      {"-D", {.header_selector = 8}},
+      {"-E", {.emulation_mode = 3, .output_variant = 3, .stream_variant = 3, .font_variant = 0}},
+      {"-N",
+       {.emulation_mode = 3,
+        .output_variant = 3,
+        .stream_variant = 3,
+        .extended_parameters = 1,
+        .font_variant = 0}},
+      {"-P", {.extended_parameters = 1}},
+      {"-Q", {.emulation_mode = 6}},
+      {"-R", {.emulation_mode = 7, .output_variant = 4, .stream_variant = 4}},
+      {"-S", {.compact_flag = 1}},
+      {"-f", {.output_variant = 2}},
+  };
+  for (const Row& row : rows) {
+    expect_accepted({row.option});
+    EXPECT_EQ(modes_set(), row.modes) << row.option;
+  }
+}
+
+TEST_F(Options, RFollowedByEEndsWithEmulationMode3) {
+  expect_accepted({"-R", "-E"});
+  EXPECT_EQ(
+      modes_set(),
+      (Modes{.emulation_mode = 3, .output_variant = 3, .stream_variant = 3, .font_variant = 0}));
+}
+
+TEST_F(Options, EFollowedByREndsWithEmulationMode7AndKeepsTheFontVariant) {
+  for (const char* options : {"-ER", "-NR"}) {
+    expect_accepted({options});
+    EXPECT_EQ(job_settings.emulation_mode, 7);
+    EXPECT_EQ(job_settings.stream_variant, 4);
+    EXPECT_EQ(job_settings.record.output_variant, 4);
+    EXPECT_EQ(job_settings.font_variant, 0);
+  }
+}
+
+TEST_F(Options, BAndEInBothOrders) {
+  expect_accepted({"-E", "-B"});
+  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = 2,
+                                .output_variant = 3,
+                                .stream_variant = 3,
+                                .resolution = 400,
+                                .high_resolution_fonts = 1,
+                                .font_variant = 2}));
+  expect_accepted({"-B", "-E"});
+  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = 3,
+                                .output_variant = 3,
+                                .stream_variant = 3,
+                                .resolution = 400,
+                                .high_resolution_fonts = 1,
+                                .font_variant = 0}));
+}
+
+TEST_F(Options, LaterOfTwoOutputVariantsWins) {
+  expect_accepted({"-Af"});
+  EXPECT_EQ(job_settings.record.output_variant, 2);
+  expect_accepted({"-fA"});
+  EXPECT_EQ(job_settings.record.output_variant, 1);
+  expect_accepted({"-A", "-R", "-f"});
+  EXPECT_EQ(job_settings.record.output_variant, 2);
+}
+
+TEST_F(Options, ValueOptionsSetTheirSettingsBeforeAndAfterTheModeLetters) {
+  const std::vector<std::string> values{"-c",   "10", "-l", "8",  "-L",  "66", "-w",   "136",
+                                        "-n",   "f1", "-d", "-e", "400", "-i", "-q",   "-r",
+                                        "ubar", "-p", "a",  "-F", "ff",  "-J", "jj jj"};
+  for (const bool modes_first : {false, true}) {
+    std::vector<std::string> arguments = values;
+    arguments.insert(modes_first ? arguments.begin() : arguments.end(), {"-N", "-GD300!g"});
+    expect_accepted(arguments);
+    EXPECT_EQ(job_settings.emulation_mode, 3);
+    EXPECT_EQ(printer_has(6, 0), 300U);
+    EXPECT_EQ(printer_has(8, 0), 1U);
+    EXPECT_EQ(job_settings.record.char_pitch_source, 3);
+    EXPECT_STREQ(job_settings.record.char_pitch_text, "10");
+    EXPECT_EQ(job_settings.character_pitch, 720);
+    EXPECT_EQ(job_settings.record.line_pitch_source, 3);
+    EXPECT_STREQ(job_settings.record.line_pitch_text, "8");
+    EXPECT_EQ(job_settings.record.width_source, 3);
+    EXPECT_STREQ(job_settings.record.width_text, "136");
+    EXPECT_EQ(job_settings.lines_per_page, 66);
+    EXPECT_STREQ(job_settings.fcb_name, "f1");
+    EXPECT_EQ(job_settings.framed_output, 1);
+    EXPECT_EQ(job_settings.requested_resolution, 400);
+    EXPECT_EQ(job_settings.resolution, 240);
+    EXPECT_EQ(job_settings.ignore_flag, 1);
+    EXPECT_EQ(job_settings.print_conditions_enabled, 0);
+    EXPECT_EQ(job_settings.undefined_gaiji_pattern, 1);
+    EXPECT_STREQ(job_settings.f_text.data(), "ff");
+    EXPECT_STREQ(job_settings.j_text.data(), "jj jj");
+    EXPECT_EQ(directories(), (std::vector<std::string>{"a", kDefaultDirectory}));
+  }
+}
+
+TEST_F(Options, IgnoredLettersAreAcceptedAndChangeNothing) {
+  expect_accepted({"-M", "text", "-b", "-E", "-j", "x", "-k", "-m"});
+  EXPECT_EQ(modes_set(), Modes{});
+  EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
+}
+
+TEST_F(Options, ModesBehindOperandsCountToo) {
+  expect_accepted({"operand", "-R", "other", "-c", "12"});
+  EXPECT_EQ(job_settings.emulation_mode, 7);
+  EXPECT_EQ(job_settings.character_pitch, 600);
+}
+
+TEST_F(Options, DoubleDashEndsTheOptionsInBothPasses) {
+  expect_accepted({"-R", "-d", "--", "-E", "-q", "-x"});
+  EXPECT_EQ(job_settings.emulation_mode, 7);
+  EXPECT_EQ(job_settings.framed_output, 1);
+  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+}
+
+TEST_F(Options, NumbersAllowBlanksSignAndTrailingJunk) {
+  expect_accepted({"-L", " +66x", "-e", "-5"});
+  EXPECT_EQ(job_settings.lines_per_page, 66);
+  EXPECT_EQ(job_settings.requested_resolution, -5);
+  expect_accepted({"-L", "-3", "-e", "0x10"});
+  EXPECT_EQ(job_settings.lines_per_page, -3);
+  EXPECT_EQ(job_settings.requested_resolution, 0);
+  expect_accepted({"-L", "abc"});
+  EXPECT_EQ(job_settings.lines_per_page, 0);
+}
+
+TEST_F(Options, LastOfARepeatedValueCounts) {
+  expect_accepted({"-c", "10", "-c12", "-n", "a", "-n", "b", "-r", "ubar", "-r", "space"});
+  EXPECT_EQ(job_settings.character_pitch, 600);
+  EXPECT_STREQ(job_settings.fcb_name, "b");
+  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+}
+
+TEST_F(Options, UnknownLetterIsDiagnosedByBothPassesAndEndsWithStatus1) {
+  const std::string line = kProgram + ": invalid option -- 'x'\n";
+  expect_refused({"-x"}, line + line);
+}
+
+TEST_F(Options, FirstPassReportsAllUnknownLettersAndTheSecondStopsAtTheFirst) {
+  const auto line = [](char letter) { return kProgram + ": invalid option -- '" + letter + "'\n"; };
+  expect_refused({"-xd", "-y", "-c", "0"}, line('x') + line('y') + line('x'));
+  EXPECT_EQ(job_settings.framed_output, 0);
+  EXPECT_EQ(resource_directories.count, 0U);
+}
+
+TEST_F(Options, ModesBehindAnUnknownLetterAreStillSet) {
+  EXPECT_EQ(parse({"-x", "-R"}), 1);
+  EXPECT_EQ(job_settings.emulation_mode, 7);
+}
+
+TEST_F(Options, MissingArgumentIsDiagnosedByBothPassesAndEndsWithStatus1) {
+  for (const char letter : std::string("clLwnpbFJjerGM")) {
+    const std::string line = kProgram + ": option requires an argument -- '" + letter + "'\n";
+    expect_refused({std::string("-") + letter}, line + line);
+  }
+}
+
+TEST_F(Options, ParsingStartsAfreshAfterAnErrorWithinAGroupOfLetters) {
+  EXPECT_EQ(parse({"-xRq"}), 1);
+  expect_accepted({"-E", "-d"});
+  EXPECT_EQ(job_settings.emulation_mode, 3);
+  EXPECT_EQ(job_settings.framed_output, 1);
+  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+}
+
+TEST_F(Options, SecondPassPutsConditionsAndPatternBackFirst) {
+  job_settings.print_conditions_enabled = 0;
+  job_settings.undefined_gaiji_pattern = 1;
+  EXPECT_EQ(parse_on({}), 0);
+  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+}
+
+TEST_F(Options, CharacterPitchIs7200DividedByTheArgument) {
+  struct Row {
+    const char* argument;
+    std::int32_t pitch;
+  };
+  for (const Row& row : std::initializer_list<Row>{{"1", 7200},
+                                                   {"2", 3600},
+                                                   {"7", 1028},
+                                                   {"10", 720},
+                                                   {"12", 600},
+                                                   {"15", 480},
+                                                   {"7199", 1},
+                                                   {"7200", 1},
+                                                   {"7201", 0},
+                                                   {"2147483647", 0}}) {
+    expect_accepted({"-c", row.argument});
+    EXPECT_EQ(job_settings.character_pitch, row.pitch) << row.argument;
+    EXPECT_EQ(job_settings.record.char_pitch_source, 3) << row.argument;
+    EXPECT_STREQ(job_settings.record.char_pitch_text, row.argument);
+  }
+}
+
+TEST_F(Options, CharacterPitchBelow1IsAnIllegalOption) {
+  for (const char* argument : {"0", "-1", "-7200", "abc", "", "x10", "+", "-2147483648"}) {
+    expect_refused({"-c", argument}, kProgram + ": illegal option c\n");
+    EXPECT_EQ(job_settings.character_pitch, 0) << argument;
+  }
+}
+
+TEST_F(Options, IllegalPitchEndsTheSecondPassAfterTheModesAreSet) {
+  expect_refused({"-q", "-c0", "-d", "-R"}, kProgram + ": illegal option c\n");
+  EXPECT_EQ(job_settings.print_conditions_enabled, 0);
+  EXPECT_EQ(job_settings.framed_output, 0);
+  EXPECT_EQ(job_settings.emulation_mode, 7);
+}
+
+TEST_F(Options, UndefinedGaijiPatternIsSpaceOrUbar) {
+  expect_accepted({"-r", "space"});
+  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+  expect_accepted({"-rubar"});
+  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 1);
+}
+
+TEST_F(Options, UndefinedGaijiPatternWithCapitalOrAnythingElseIsRejected) {
+  for (const char* argument : {"Space", "UBAR", "", "spac", "spaces", "ubar ", " ubar"}) {
+    expect_refused({"-r", argument}, kProgram + ": undefgaiji pattern error\n");
+  }
+}
+
+TEST_F(Options, FormNameHas255BytesAtMost) {
+  for (const std::size_t length : {0U, 1U, 254U, 255U}) {
+    const std::string name(length, 'n');
+    expect_accepted({"-n", name});
+    EXPECT_EQ(job_settings.fcb_name, name);
+  }
+  for (const std::size_t length : {256U, 257U, 5000U}) {
+    expect_refused({"-n", std::string(length, 'n')}, kProgram + ": FCB data error\n");
+    EXPECT_EQ(job_settings.fcb_name, nullptr);
+  }
+}
+
+TEST_F(Options, DirectoriesAreSplitAtColonsAndTheDefaultFollows) {
+  expect_accepted({"-p", "a:b"});
+  EXPECT_EQ(directories(), (std::vector<std::string>{"a", "b", kDefaultDirectory}));
+}
+
+TEST_F(Options, EmptyDirectoryFieldsAreSkipped) {
+  expect_accepted({"-p", "::a:::b::"});
+  EXPECT_EQ(directories(), (std::vector<std::string>{"a", "b", kDefaultDirectory}));
+  for (const char* nothing : {"", ":", ":::"}) {
+    expect_accepted({"-p", nothing});
+    EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
+  }
+}
+
+TEST_F(Options, SeveralDirectoryListsAppend) {
+  expect_accepted({"-p", "a:b", "-d", "-p", "c"});
+  EXPECT_EQ(directories(), (std::vector<std::string>{"a", "b", "c", kDefaultDirectory}));
+}
+
+TEST_F(Options, DirectoryHas255BytesAtMost) {
+  const std::string longest(255, 'd');
+  expect_accepted({"-p", "a:" + longest + ":b"});
+  EXPECT_EQ(directories(), (std::vector<std::string>{"a", longest, "b", kDefaultDirectory}));
+  for (const std::size_t length : {256U, 257U, 4000U}) {
+    const std::string piece(length, 'd');
+    for (const std::string& list : {piece, "a:" + piece, piece + ":b", "a::" + piece + ":"}) {
+      expect_refused({"-p", list}, kProgram + ": FCB data error\n");
+    }
+  }
+}
+
+std::string pieces(int first, int last) {
+  std::string list;
+  for (int number = first; number <= last; ++number) {
+    list += (list.empty() ? "" : ":") + ("d" + std::to_string(number));
+  }
+  return list;
+}
+
+TEST_F(Options, DirectoryListKeeps128PiecesThenTheDefault) {
+  for (const int count : {127, 128, 129, 130}) {
+    for (const int cut : {0, 1, 64, 127}) {
+      expect_accepted({"-p", pieces(1, cut), "-p", pieces(cut + 1, count)});
+      const int kept = count < 128 ? count : 128;
+      const std::vector<std::string> list = directories();
+      ASSERT_EQ(list.size(), static_cast<std::size_t>(kept) + 1);
+      for (int number = 1; number <= kept; ++number) {
+        EXPECT_EQ(list[static_cast<std::size_t>(number) - 1], "d" + std::to_string(number));
+      }
+      EXPECT_EQ(list.back(), kDefaultDirectory);
+    }
+  }
+}
+
+TEST_F(Options, PiecesAfterThe128thAreNotLookedAt) {
+  const std::string too_long(256, 'd');
+  expect_accepted({"-p", pieces(1, 128) + ":" + too_long, "-p", too_long});
+  EXPECT_EQ(directories().size(), 129U);
+  expect_refused({"-p", pieces(1, 127) + ":" + too_long}, kProgram + ": FCB data error\n");
+}
+
+TEST_F(Options, OverLongTextsOfFAndJAreCutToTheirRoom) {
+  const int marker = job_settings.record.spacing_index;
+  for (const std::size_t length : {0U, 254U, 255U, 256U, 257U, 10000U}) {
+    const std::string f_text(length, 'f');
+    const std::string j_text(length, 'j');
+    expect_accepted({"-F", f_text, "-J", j_text});
+    EXPECT_EQ(job_settings.f_text.data(), f_text.substr(0, 255));
+    EXPECT_EQ(job_settings.j_text.data(), j_text.substr(0, 255));
+    EXPECT_EQ(job_settings.record.spacing_index, marker);
+  }
+}
+
+TEST_F(Options, ShorterTextOfFReplacesALongerOne) {
+  expect_accepted({"-F", "longer", "-F", "ab", "-J", "longer", "-J", ""});
+  EXPECT_STREQ(job_settings.f_text.data(), "ab");
+  EXPECT_STREQ(job_settings.j_text.data(), "");
+}
+
+TEST_F(Options, OverLongCapabilitiesAreAccepted) {
+  expect_accepted({"-G", std::string(100000, 'z') + "!f1!f2"});
+  EXPECT_EQ(printer_has(7, 0x600000), 1U);
+}
+
+TEST_F(Options, CapabilitiesAreParsedOnceForEachOccurrence) {
+  expect_accepted({"-G", "D240", "-GD400!Jja_JP"});
+  EXPECT_EQ(printer_has(6, 0), 240U);
+  EXPECT_EQ(printer_has(6, 400), 1U);
+  EXPECT_EQ(job_settings.japanese_locale, 1);
+  // Had the second pass parsed them again, 13 resolutions would fill the 24 places.
+  std::string list = "D1";
+  for (int resolution = 2; resolution <= 13; ++resolution) {
+    list += "!D" + std::to_string(resolution);
+  }
+  EXPECT_EQ(parse({"-G", list}), 0);
+  parse_capabilities("D14!D15");
+  EXPECT_EQ(printer_has(6, 15), 1U);
+}
+
+TEST_F(Options, WithoutArgumentsAtAllTheProgramNameIsEmpty) {
+  char* argv[] = {nullptr};
+  EXPECT_EQ(parse_options(0, argv), 0);
+  EXPECT_STREQ(job_settings.program_name, "");
+  EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
+}
+
+}  // namespace
+}  // namespace rlx
