@@ -56,10 +56,6 @@ void append_form_feed(CommandRecord& record) {
 
 }  // namespace
 
-bool form_moves_paper(const LoopState& loop) {
-  return loop.fcb_active && job_settings.framed_output == 0;
-}
-
 Next take_named_form(LoopState& loop) {
   const char* name = nullptr;
   const int status = fcb_name_from_record(loop.record, name);

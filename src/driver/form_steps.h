@@ -30,7 +30,4 @@ Next make_plain_form_feed(LoopState& loop);
 /// Commands 397 and 421: sends the pitch of the form's current line.
 Next send_form_line_pitch(LoopState& loop);
 
-/// True while a form in force moves the paper (framed jobs carry no form).
-bool form_moves_paper(const LoopState& loop);
-
 }  // namespace rlx

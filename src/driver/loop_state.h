@@ -6,6 +6,7 @@
 #include "job/character_set.h"
 #include "job/command_record.h"
 #include "job/output_buffer.h"
+#include "job/settings.h"
 #include "job/status.h"
 
 namespace rlx {
@@ -17,6 +18,8 @@ struct LoopState {
   CommandRecord record;
   /// The END frame ended inside the command.
   bool record_cut = false;
+  /// The rest of the job has gone out as it stood.
+  bool passed_through = false;
   /// Exit status of the job so far.
   int status = ST_OK;
 
@@ -65,7 +68,14 @@ struct LoopState {
 extern LoopState loop_state;
 
 /// True when the print conditions are to be sent before the next output.
-bool conditions_due(const LoopState& loop);
+inline bool conditions_due(const LoopState& loop) {
+  return loop.conditions_pending && job_settings.print_conditions_enabled != 0;
+}
+
+/// True while a form in force moves the paper (framed jobs carry no form).
+inline bool form_moves_paper(const LoopState& loop) {
+  return loop.fcb_active && job_settings.framed_output == 0;
+}
 
 /// Back to the start of a job.
 void reset_loop_state();

@@ -10,12 +10,8 @@ enum class JobEnd {
   passed_through,  ///< the rest of the job has gone out as it stood; nothing is left to write
 };
 
-/// Converts the job: reads one command after the other and routes each through the steps below, in
-/// this order, until the input ends or a step fails. `loop.status` becomes the status of the job.
+/// Converts the job: reads one command after the other and routes it (driver/routing.h), until the
+/// input ends or a step fails. `loop.status` becomes the status of the job.
 JobEnd run_main_loop(LoopState& loop);
-
-/// Routes the command that stands in `loop.record`, through all steps that its code takes part in.
-/// @return false when the job ends with it (`loop.status` says how).
-bool route_record(LoopState& loop);
 
 }  // namespace rlx

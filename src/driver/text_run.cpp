@@ -4,9 +4,10 @@
 #include <array>
 
 #include "driver/burst_scan.h"
-#include "driver/form_steps.h"
+#include "driver/routing.h"
 #include "input/byte_source.h"
 #include "input/classifier.h"
+#include "input/ready_sequence.h"
 #include "job/control_bytes.h"
 #include "job/piece_sink.h"
 #include "job/settings.h"
@@ -20,7 +21,8 @@ namespace rlx {
 namespace {
 
 enum class ByteClass : std::uint8_t {
-  other,      ///< FF, ESC, FS: for the record-by-record road
+  other,      ///< FF: for the record-by-record road
+  sequence,   ///< ESC or FS
   printable,  ///< 0x20-0x7e
   cr,
   lf,
@@ -37,9 +39,10 @@ constexpr ByteClass class_of(std::uint8_t byte) {
     case kLineFeed:
       return ByteClass::lf;
     case kFormFeed:
+      return ByteClass::other;
     case kEsc:
     case kFs:
-      return ByteClass::other;
+      return ByteClass::sequence;
     case kSingleShift2:
       return ByteClass::shift;
     default:
@@ -76,9 +79,13 @@ constexpr ByteKind kind_of(std::uint8_t byte) {
 constexpr std::size_t kLongestCharacter = 8;
 constexpr std::int32_t kSwitchBytes = kSizeSequenceBytes + kSetSequenceBytes;
 
+constexpr bool is_single(ByteClass byte_class) {
+  return byte_class > ByteClass::sequence && byte_class < ByteClass::lead;
+}
+
 /// By ByteClass: what puts content on the page, and what starts the page.
-constexpr std::array kBringsContent{false, true, false, false, false, true, true, true};
-constexpr std::array kStartsPage{false, true, true, true, false, false, true, true};
+constexpr std::array kBringsContent{false, false, true, false, false, false, true, true, true};
+constexpr std::array kStartsPage{false, false, true, true, true, false, false, true, true};
 
 /// Bytes that an iteration of a burst may look at, and bytes that it may store. Within these no cut
 /// is due and no character is incomplete.
@@ -105,7 +112,12 @@ LineMode line_mode(const LoopState& loop) {
 class TextRun {
  public:
   TextRun(LoopState& loop, const std::uint8_t* next, const std::uint8_t* end)
-      : loop_(loop), sink_(piece_sink()), next_(next), end_(end), lines_(line_mode(loop)) {}
+      : loop_(loop),
+        sink_(piece_sink()),
+        text_(next),
+        next_(next),
+        end_(end),
+        lines_(line_mode(loop)) {}
 
   /// Takes all that is ordinary. @return 0 or the status of a cut.
   int take();
@@ -125,6 +137,7 @@ class TextRun {
   bool burst_single_byte(Cursor& at);
   bool burst_double_byte(Cursor& at);
   bool burst_form_line(Cursor& at);
+  bool burst_character(Cursor& at, std::size_t length);
   void burst_switch(Cursor& at, const SetSwitch& set_switch, std::int32_t from);
 
   // One step, up to the last byte of input and of room. False when the other road has to go on.
@@ -134,9 +147,12 @@ class TextRun {
   bool take_form_line();
   bool take_character();
   bool take_shifted();
+  bool take_sequence();
   bool put_switch(const SetSwitch& set_switch, std::int32_t from, std::int32_t count);
   bool make_room(std::int32_t count);
   const PitchCommand* next_line_pitch();
+
+  void note_text();
 
   std::int32_t character_length() const;
   std::uint8_t stop_line_end() const { return lines_ == LineMode::plain ? kFormFeed : kLineFeed; }
@@ -146,6 +162,8 @@ class TextRun {
 
   LoopState& loop_;
   PieceSink sink_;
+  /// Text from here to `next_` has not been noted in the flags of the loop.
+  const std::uint8_t* text_;
   const std::uint8_t* next_;
   const std::uint8_t* end_;
   LineMode lines_;
@@ -218,8 +236,7 @@ bool TextRun::take_single_bytes() {
   const std::ptrdiff_t most = std::min<std::ptrdiff_t>(end_ - next_, sink_.room());
   const std::uint8_t* const limit = next_ + most;
   const std::uint8_t* stop = next_ + 1;
-  while (stop != limit && kind_of(*stop).byte_class < ByteClass::lead &&
-         kind_of(*stop).byte_class != ByteClass::other && *stop != stop_line_end()) {
+  while (stop != limit && is_single(kind_of(*stop).byte_class) && *stop != stop_line_end()) {
     ++stop;
   }
   sink_.append(next_, static_cast<std::int32_t>(stop - next_));
@@ -310,8 +327,30 @@ bool TextRun::take_shifted() {
   return true;
 }
 
+/// A sequence that is only written, and kept in the carried settings like any command.
+bool TextRun::take_sequence() {
+  const ReadySequence sequence = ready_sequence(next_, end_);
+  if (sequence.length == 0 || !is_only_written(sequence.code)) {
+    return false;
+  }
+  note_text();
+  if (!make_room(sequence.length)) {
+    return false;
+  }
+  sink_.append(next_, sequence.length);
+  if (job_settings.framed_output == 0) {
+    keep_switches();
+    keep_setting(sequence.code, sequence.length, next_);
+  }
+  next_ += sequence.length;
+  text_ = next_;
+  return true;
+}
+
 bool TextRun::take_some() {
   switch (kind_of(*next_).byte_class) {
+    case ByteClass::sequence:
+      return take_sequence();
     case ByteClass::other:
       return false;
     case ByteClass::lead:
@@ -370,6 +409,16 @@ inline bool TextRun::burst_single_byte(Cursor& at) {
   return kind.byte_class == ByteClass::lf && lines_ == LineMode::form && burst_form_line(at);
 }
 
+inline bool TextRun::burst_character(Cursor& at, std::size_t length) {
+  if (at.next[length - 1] == kFormFeed) {
+    return false;
+  }
+  std::memcpy(at.out, at.next, kLongestCharacter);
+  at.next += length;
+  at.out += length;
+  return true;
+}
+
 /// Multi-byte characters while the double-byte set is selected, or a byte that is none.
 inline bool TextRun::burst_double_byte(Cursor& at) {
   const std::size_t count = three_byte_characters_at_front(at.next);
@@ -379,10 +428,7 @@ inline bool TextRun::burst_double_byte(Cursor& at) {
   const ByteKind kind = kind_of(*at.next);
   switch (kind.byte_class) {
     case ByteClass::lead:
-      if (at.next[kind.length - 1] == kFormFeed) {
-        return false;
-      }
-      break;
+      return burst_character(at, kind.length);
     case ByteClass::printable:
       burst_switch(at, kToSingleByte, 0);
       break;
@@ -400,9 +446,7 @@ inline bool TextRun::burst_double_byte(Cursor& at) {
     default:
       return false;
   }
-  std::memcpy(at.out, at.next, kLongestCharacter);
-  at.next += kind.length;
-  at.out += kind.length;
+  *at.out++ = *at.next++;
   return true;
 }
 
@@ -419,6 +463,21 @@ void TextRun::burst() {
   }
 }
 
+/// Sets the flags of the loop that the text taken so far sets.
+void TextRun::note_text() {
+  bool content = loop_.content_since_conditions && job_settings.page_has_content != 0;
+  bool started = job_settings.page_started != 0;
+  for (const std::uint8_t* byte = text_; byte != next_ && !(content && started); ++byte) {
+    const auto byte_class = static_cast<std::size_t>(kind_of(*byte).byte_class);
+    // Behind the first multi-byte character both are set; its own bytes are never looked at.
+    content = content || kBringsContent[byte_class];
+    started = started || kStartsPage[byte_class];
+  }
+  loop_.content_since_conditions = loop_.content_since_conditions || content;
+  job_settings.page_has_content |= content ? 1 : 0;
+  job_settings.page_started = started ? 1 : 0;
+}
+
 int TextRun::take() {
   bool taken = true;
   while (taken && next_ != end_) {
@@ -426,6 +485,7 @@ int TextRun::take() {
     taken = next_ != end_ && take_some();
   }
   keep_switches();
+  note_text();
   return status_;
 }
 
@@ -434,21 +494,6 @@ bool road_is_free(const LoopState& loop) {
   return loop.fast_road && !conditions_due(loop) && loop.held_command.length == 0 &&
          loop.end_marker == ST_OK &&
          !(form_moves_paper(loop) && loop.pending_vertical_bytes.length > 0);
-}
-
-/// Sets the flags that the bytes of a run set.
-void note_taken(LoopState& loop, const std::uint8_t* next, const std::uint8_t* end) {
-  bool content = loop.content_since_conditions && job_settings.page_has_content != 0;
-  bool started = job_settings.page_started != 0;
-  for (; next != end && !(content && started); ++next) {
-    const ByteClass byte_class = kind_of(*next).byte_class;
-    // Behind the first multi-byte character both are set; its own bytes are never looked at.
-    content = content || kBringsContent[static_cast<std::size_t>(byte_class)];
-    started = started || kStartsPage[static_cast<std::size_t>(byte_class)];
-  }
-  loop.content_since_conditions = loop.content_since_conditions || content;
-  job_settings.page_has_content |= content ? 1 : 0;
-  job_settings.page_started = started ? 1 : 0;
 }
 
 }  // namespace
@@ -463,7 +508,6 @@ int write_text_run(LoopState& loop) {
   const std::uint8_t* const end = job_settings.framed_output != 0 ? window.end - 1 : window.end;
   TextRun run(loop, window.next, end);
   const int status = run.take();
-  note_taken(loop, window.next, run.next());
   window.next = run.next();
   return status;
 }

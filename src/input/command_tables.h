@@ -80,6 +80,10 @@ enum FsForm : std::uint32_t {
   kFsUnknown = 15,
 };
 
+/// Parameters of FS sequences end with a byte in this range.
+inline constexpr std::uint8_t kFirstFsTerminator = 'p';
+inline constexpr std::uint8_t kLastFsTerminator = 'y';
+
 /// The byte after FS.
 inline constexpr std::array kFsTable{
     TableRow{'"', kFsParameters, CMD_FS_QUOTE},   TableRow{'$', kFsParameters, CMD_FS_DOLLAR},
@@ -159,6 +163,20 @@ inline constexpr std::array kQTable{
     QRow{kNoKey, kQUnknown, CMD_IGNORE, CMD_IGNORE, CMD_IGNORE},
 };
 static_assert(kQTable.size() == 41);
+
+/// The code that a separator selects; CMD_IGNORE when the final byte does not go with it.
+constexpr std::uint32_t code_for_separator(const QRow& row, std::uint8_t separator) {
+  switch (separator) {
+    case ' ':
+      return row.code_space;
+    case '!':
+      return row.code_exclamation;
+    case '/':
+      return row.code_slash;
+    default:
+      return CMD_IGNORE;
+  }
+}
 
 /// For each 7-bit byte the number of its row; the last row for a byte that no row names.
 template <typename Row, std::size_t N>

@@ -182,22 +182,8 @@ int parse_optional_data(int flags, CommandRecord& record, std::uint32_t code) {
   return read_data(flags, record, count, code);
 }
 
-/// The code that the separator selects; CMD_IGNORE when the final byte does not go with it.
-std::uint32_t code_of(const QRow& row, std::uint8_t separator) {
-  switch (separator) {
-    case ' ':
-      return row.code_space;
-    case '!':
-      return row.code_exclamation;
-    case '/':
-      return row.code_slash;
-    default:
-      return CMD_IGNORE;
-  }
-}
-
 int parse_form(int flags, CommandRecord& record, const QRow& row, std::uint8_t separator) {
-  const std::uint32_t code = code_of(row, separator);
+  const std::uint32_t code = code_for_separator(row, separator);
   if (code == CMD_IGNORE) {
     return ignore_command(record, ST_OK);
   }

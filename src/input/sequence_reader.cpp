@@ -5,29 +5,21 @@
 #include <cstdio>
 #include <cstring>
 
-#include "input/byte_source.h"
-
 namespace rlx {
 
 namespace {
-
-void append_byte(CommandRecord& record, std::uint8_t byte) {
-  if (record.length >= kRecordCapacity) {
-    record.code = CMD_IGNORE;
-    record.length = 0;
-  }
-  record.bytes[static_cast<std::size_t>(record.length++)] = byte;
-}
 
 /// Takes bytes that stand ready, up to one in `low` to `high`. @return true when it was met.
 bool take_ready_bytes(CommandRecord& record, std::uint8_t low, std::uint8_t high) {
   ByteWindow& window = job_window();
   const std::uint8_t* next = window.next;
+  const std::uint8_t* const end = window.end;
+  const auto range = static_cast<std::uint8_t>(high - low);
   bool met = false;
-  while (next != window.end && !met) {
+  while (next != end && !met) {
     const std::uint8_t byte = *next++;
     append_byte(record, byte);
-    met = byte >= low && byte <= high;
+    met = static_cast<std::uint8_t>(byte - low) <= range;
   }
   window.next = next;
   return met;
@@ -46,7 +38,7 @@ std::int32_t take_ready_data(std::uint8_t* destination, std::int32_t count) {
 
 }  // namespace
 
-int read_sequence_byte(int flags, CommandRecord& record) {
+int wait_for_sequence_byte(int flags, CommandRecord& record) {
   if (at_end_frame_end()) {
     return ignore_command(record, ST_CUT);
   }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "input/byte_source.h"
 #include "job/command_record.h"
 
 namespace rlx {
@@ -14,13 +15,31 @@ inline int ignore_command(CommandRecord& record, int status) {
   return status;
 }
 
-/// Appends one byte of the input to the record, which has room for it.
-/// @return ST_OK; ST_CUT at the end of the END frame or the status of zqgetc, with CMD_IGNORE.
-int read_sequence_byte(int flags, CommandRecord& record);
+/// Appends a byte. When the record is full the code becomes CMD_IGNORE, and storage starts again at
+/// the front: the sequence goes on being consumed.
+inline void append_byte(CommandRecord& record, std::uint8_t byte) {
+  if (record.length >= kRecordCapacity) [[unlikely]] {
+    record.code = CMD_IGNORE;
+    record.length = 0;
+  }
+  record.bytes[static_cast<std::size_t>(record.length++)] = byte;
+}
 
-/// Appends bytes of the input to the record up to and including one in `low` to `high`. When the
-/// record is full the code becomes CMD_IGNORE, and the sequence goes on being consumed into the
-/// front of the record.
+/// read_sequence_byte when no byte stands ready.
+int wait_for_sequence_byte(int flags, CommandRecord& record);
+
+/// Appends one byte of the input to the record.
+/// @return ST_OK; ST_CUT at the end of the END frame or the status of zqgetc, with CMD_IGNORE.
+inline int read_sequence_byte(int flags, CommandRecord& record) {
+  ByteWindow& window = job_window();
+  if (window.empty()) [[unlikely]] {
+    return wait_for_sequence_byte(flags, record);
+  }
+  append_byte(record, *window.next++);
+  return ST_OK;
+}
+
+/// Appends bytes of the input to the record up to and including one in `low` to `high`.
 /// @return as read_sequence_byte. A null record is reported on standard error, with status 1.
 int zqrhandl(int flags, CommandRecord* record, std::uint8_t low, std::uint8_t high);
 

@@ -19,9 +19,6 @@ Tokenizer tokenizer;
 
 constexpr std::uint8_t kFirstFinal = 0x40;
 constexpr std::uint8_t kLastFinal = 0x7e;
-/// Parameters of FS sequences end with a byte in this range.
-constexpr std::uint8_t kFirstFsTerminator = 'p';
-constexpr std::uint8_t kLastFsTerminator = 'y';
 constexpr int kDel4DataBytes = 4;
 
 std::uint8_t last_byte(const CommandRecord& record) {

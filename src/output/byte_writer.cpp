@@ -60,7 +60,7 @@ int out_bytes(std::int32_t count, const std::uint8_t* bytes) {
   if (bytes == nullptr || count < 1) {
     return ST_OK;
   }
-  std::size_t left = static_cast<std::size_t>(count);
+  auto left = static_cast<std::size_t>(count);
   for (;;) {
     const std::size_t room = kOutputBufferBytes - writer.length;
     const std::size_t portion = left < room ? left : room;

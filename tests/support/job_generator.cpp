@@ -108,6 +108,9 @@ std::string JobGenerator::any_bytes(std::size_t count) {
 }
 
 std::string JobGenerator::sequence() {
+  if (chance(1)) {
+    return "\x1bQ0;0000000000/`";
+  }
   return chance(75) ? one_of(kSequences) : one_of(kBrokenSequences);
 }
 
