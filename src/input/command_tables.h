@@ -189,13 +189,13 @@ constexpr std::array<std::uint8_t, 128> index_rows(const std::array<Row, N>& tab
   return index;
 }
 
-template <const auto& kTable>
-inline constexpr std::array<std::uint8_t, 128> kRowIndex = index_rows(kTable);
+template <const auto& Table>
+inline constexpr std::array<std::uint8_t, 128> kRowIndex = index_rows(Table);
 
 /// The row of a byte.
-template <const auto& kTable>
+template <const auto& Table>
 constexpr const auto& row_of(std::uint8_t byte) {
-  return kTable[byte < 128 ? kRowIndex<kTable>[byte] : kTable.size() - 1];
+  return Table[byte < 128 ? kRowIndex<Table>[byte] : Table.size() - 1];
 }
 
 }  // namespace rlx

@@ -29,7 +29,7 @@ bool take_ready_bytes(CommandRecord& record, std::uint8_t low, std::uint8_t high
 std::int32_t take_ready_data(std::uint8_t* destination, std::int32_t count) {
   ByteWindow& window = job_window();
   const std::size_t portion = std::min(static_cast<std::size_t>(count), window.size());
-  if (destination != nullptr) {
+  if (destination != nullptr && portion != 0) {
     std::memcpy(destination, window.next, portion);
   }
   window.next += portion;

@@ -1,0 +1,610 @@
+#include "input/q_sequence.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "input/byte_source.h"
+#include "job/settings.h"
+#include "job/status.h"
+#include "support/descriptors.h"
+#include "support/filter_state.h"
+#include "support/input_stream.h"
+
+namespace rlx {
+namespace {
+
+using namespace rlx::testing;
+
+const std::string kEsc = "\x1bQ";
+const Token kEnd{ST_EOF, 0, "", 0};
+
+std::string one(int value) {
+  return std::string(1, static_cast<char>(value));
+}
+
+/// What a final byte makes with each separator; 0 is a separator that it does not take.
+struct Final {
+  char final;
+  std::uint32_t space;
+  std::uint32_t exclamation;
+  std::uint32_t slash;
+};
+
+constexpr std::array kFinals{
+    Final{'@', 0, 445, 0},    Final{'A', 0, 446, 0},     Final{'C', 0, 448, 0},
+    Final{'D', 0, 449, 0},    Final{'E', 0, 0, 510},     Final{'F', 0, 476, 511},
+    Final{'G', 0, 0, 513},    Final{'H', 0, 453, 514},   Final{'I', 0, 478, 515},
+    Final{'R', 0, 493, 0},    Final{'U', 0, 0, 516},     Final{'V', 0, 0, 517},
+    Final{'W', 0, 486, 518},  Final{'X', 0, 494, 519},   Final{'Y', 0, 428, 0},
+    Final{'\\', 0, 495, 0},   Final{']', 0, 506, 0},     Final{'`', 0, 0, 520},
+    Final{'a', 0, 456, 0},    Final{'b', 0, 496, 522},   Final{'c', 0, 497, 0},
+    Final{'f', 0, 498, 0},    Final{'j', 0, 457, 0},     Final{'k', 0, 458, 0},
+    Final{'l', 0, 459, 0},    Final{'m', 0, 460, 0},     Final{'n', 482, 461, 0},
+    Final{'o', 500, 0, 0},    Final{'p', 437, 462, 462}, Final{'q', 0, 463, 0},
+    Final{'s', 0, 464, 0},    Final{'u', 0, 465, 0},     Final{'v', 0, 466, 0},
+    Final{'x', 440, 468, 0},  Final{'y', 441, 469, 0},   Final{'z', 0, 470, 0},
+    Final{'|', 0, 0, 509},    Final{'}', 0, 0, 523},     Final{'~', 474, 474, 485},
+    Final{'\x7f', 0, 475, 0},
+};
+
+std::uint32_t expected_code(int final, int separator) {
+  for (const Final& row : kFinals) {
+    if (row.final == final) {
+      const std::uint32_t code = separator == ' '   ? row.space
+                                 : separator == '!' ? row.exclamation
+                                 : separator == '/' ? row.slash
+                                                    : 0;
+      return code == 0 ? 766 : code;
+    }
+  }
+  return 766;
+}
+
+/// Parameters that are good for every final byte: the count of each form is 0.
+std::string parameters_for(int final) {
+  return final == '~' ? "1;2;3;4;0" : "1;0";
+}
+
+class QSequence : public FilterTest {
+ protected:
+  static void restart() {
+    reset_filter();
+    job_settings.extended_parameters = 1;
+  }
+
+  /// The sequence is the whole record; a byte behind it stays.
+  static void expect_whole(const std::string& sequence, std::uint32_t code,
+                           std::uint32_t pending = 0) {
+    expect_front(sequence, sequence.size(), code, pending);
+  }
+
+  /// The first `length` bytes are the record.
+  static void expect_front(const std::string& input_bytes, std::size_t length, std::uint32_t code,
+                           std::uint32_t pending = 0) {
+    SCOPED_TRACE(encode_escaped_line(input_bytes.substr(0, 60)));
+    restart();
+    const StandardInput input(input_bytes + "\x1b");
+    EXPECT_EQ(next_token(), (Token{ST_OK, code, input_bytes.substr(0, length), pending}));
+    EXPECT_TRUE(rest_of_input() == input_bytes.substr(length) + "\x1b");
+  }
+
+  /// A count field of a form: what stands in front of it, and behind it with the final byte.
+  struct CountForm {
+    std::string front;
+    std::string back;
+    std::uint32_t code;
+  };
+
+  static const std::vector<CountForm>& count_forms() {
+    static const std::vector<CountForm> forms{
+        {kEsc + "1;", "!a", 456},      {kEsc + "1;", " n", 482},
+        {kEsc + "2;", " n", 483},      {kEsc + "9;", " n", 416},
+        {kEsc + "6;", " o", 500},      {kEsc + "1;", "!\x7f", 475},
+        {kEsc + "1;", ";!\x7f", 475},  {kEsc + "1;2;3;4;", "/~", 485},
+        {kEsc + ";;;;", "/~", 485},    {kEsc + ";", "!a", 456},
+        {kEsc + ";", " n", 482},       {kEsc + ";", " o", 500},
+        {kEsc + ";", "!\x7f", 475},    {kEsc + "1;", "!9!a", 456},
+        {kEsc + "1;", " 77 n", 482},   {kEsc + "1;", " ; o", 500},
+        {kEsc + "1;", "!1!\x7f", 475}, {kEsc + "1;2;3;4;", "/5;/~", 485},
+        {kEsc + "\x7f;", "!a", 456},
+    };
+    return forms;
+  }
+};
+
+TEST_F(QSequence, Params12ExclamationCIs448WithSixBytes) {
+  expect_whole("\x1bQ12!C", 448);
+}
+
+TEST_F(QSequence, Params12SpaceCIsIgnored) {
+  expect_whole("\x1bQ12 C", 766);
+}
+
+TEST_F(QSequence, Count5AppendsFiveBytesOfData) {
+  restart();
+  const StandardInput input(
+      "\x1bQ1;5!a"
+      "abcdeZ");
+  EXPECT_EQ(next_token(), (Token{ST_OK, 456,
+                                 "\x1bQ1;5!a"
+                                 "abcde",
+                                 0}));
+  EXPECT_EQ(rest_of_input(), "Z");
+}
+
+TEST_F(QSequence, Count5000IsPending) {
+  expect_front("\x1bQ1;5000!a" + std::string(5000, 'd'), 10, 456, 5000);
+}
+
+TEST_F(QSequence, NWithSpaceAndFirstParameter2Is483) {
+  expect_whole("\x1bQ2;0 n", 483);
+  expect_whole("\x1bQ2;3 nabc", 483);
+}
+
+TEST_F(QSequence, MoreThan4095ParameterDigitsAreConsumedAndIgnored) {
+  restart();
+  const StandardInput input(kEsc + std::string(5000, '1') + "!CZ");
+  const Token token = next_token();
+  EXPECT_EQ(token.status, ST_OK);
+  EXPECT_EQ(token.code, 766U);
+  EXPECT_EQ(rest_of_input(), "Z");
+}
+
+TEST_F(QSequence, EndOfInputRightAfterQ1) {
+  const StandardInput input("\x1bQ1");
+  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(QSequence, EveryFinalByteWithEverySeparator) {
+  for (int final = 0x40; final <= 0x7e; ++final) {
+    for (int separator = 0; separator < 256; ++separator) {
+      if (separator >= 0x40 && separator <= 0x7f) {
+        continue;
+      }
+      const std::string sequence = kEsc + parameters_for(final) + one(separator) + one(final) +
+                                   (final == 'p' && separator == '!' ? std::string(32, 'd') : "");
+      expect_whole(sequence, expected_code(final, separator));
+    }
+  }
+}
+
+TEST_F(QSequence, DelEndsASequenceOnlyBehindAnExclamationMark) {
+  for (int separator = 0; separator < 256; ++separator) {
+    if (separator >= 0x40 && separator <= 0x7f) {
+      continue;
+    }
+    const std::string sequence = kEsc + "1;0" + one(separator) + "\x7f";
+    if (separator == '!') {
+      expect_whole(sequence, 475);
+    } else {
+      expect_whole(sequence + "2!C", 448);
+    }
+  }
+}
+
+TEST_F(QSequence, OnlyTheFirstDelCanEndTheSequence) {
+  expect_whole(kEsc +
+                   "1\x7f"
+                   "2;0!\x7f"
+                   "3!C",
+               448);
+  expect_whole(kEsc +
+                   "\x7f"
+                   "!C",
+               448);
+  expect_whole(kEsc +
+                   "\x7f"
+                   "C",
+               766);
+  expect_whole(kEsc + "1!2\x7f\x7f!C", 448);
+}
+
+TEST_F(QSequence, EveryFinalByteWithoutParameters) {
+  for (int final = 0x40; final <= 0x7e; ++final) {
+    for (const char separator : {' ', '!', '/', '#', '0'}) {
+      std::uint32_t code = expected_code(final, separator);
+      if ((final == 'n' && separator == ' ') || final == 'o' ||
+          (final == '~' && separator == '/')) {
+        code = 766;  // the count is missing
+      }
+      const std::string data = final == 'p' && separator == '!' ? std::string(32, 'd') : "";
+      expect_whole((kEsc + separator).append(one(final)).append(data), code);
+    }
+  }
+  expect_whole(kEsc + "!\x7f", 766);
+}
+
+TEST_F(QSequence, EveryFinalByteRightBehindTheQIsIgnored) {
+  for (int final = 0x40; final <= 0x7e; ++final) {
+    expect_whole(kEsc + one(final), 766);
+  }
+}
+
+TEST_F(QSequence, ParametersOfSequencesWithoutDataAreNotChecked) {
+  for (const char* parameters :
+       {"", "0", ";;;;", "1!2/3 4", "\n\r\f\x1b\x1c", "\x80\xff", "-+*", "\x7f"}) {
+    expect_whole(kEsc + parameters + "!C", 448);
+    expect_whole(kEsc + parameters + "!x", 468);
+    expect_whole(kEsc + parameters + " y", 441);
+    expect_whole(kEsc + parameters + "/G", 513);
+    expect_whole(kEsc + parameters + "/F", 511);
+    expect_whole(kEsc + parameters + "!F", 476);
+    expect_whole(kEsc + parameters + " p", 437);
+    expect_whole(kEsc + parameters + "/p", 462);
+    expect_whole(kEsc + parameters + "!n", 461);
+    expect_whole(kEsc + parameters + "!~", 474);
+    expect_whole(kEsc + parameters + " ~", 474);
+  }
+}
+
+TEST_F(QSequence, CountsOfEveryLength) {
+  for (const CountForm& form : count_forms()) {
+    // An empty count, zeros and leading zeros.
+    expect_whole(form.front + form.back, form.code);
+    expect_whole(form.front + "0" + form.back, form.code);
+    expect_whole(form.front + std::string(30, '0') + form.back, form.code);
+    expect_whole(form.front + "1" + form.back + "d", form.code);
+    expect_whole(form.front + "12" + form.back +
+                     "\x1b\n!a;/ ~\x7f\xff"
+                     "12",
+                 form.code);
+    expect_whole(form.front + std::string(30, '0') + "3" + form.back + "ddd", form.code);
+    // Seven significant digits are the most.
+    for (const char* seven : {"1000000", "9999999", "0001000000", "0000000000009999999"}) {
+      const std::string sequence = form.front + seven + form.back;
+      expect_front(sequence + "Z", sequence.size(), form.code,
+                   static_cast<std::uint32_t>(std::stoul(seven)));
+    }
+    for (const char* eight : {"10000000", "99999999", "0010000000", "123456789012345678901234"}) {
+      expect_whole(form.front + eight + form.back, 766);
+    }
+  }
+}
+
+TEST_F(QSequence, EveryByteInACount) {
+  for (const CountForm& form :
+       {CountForm{kEsc + "1;", "!a", 456}, CountForm{kEsc + "1;", " n", 482},
+        CountForm{kEsc + "1;", " o", 500}, CountForm{kEsc + "1;", "!\x7f", 475},
+        CountForm{kEsc + "1;2;3;4;", "/~", 485}}) {
+    for (int value = 0; value < 256; ++value) {
+      if (value >= 0x40 && value <= 0x7f) {
+        continue;
+      }
+      const bool digit = value >= '0' && value <= '9';
+      const bool ends = value == form.back[0] || (form.code == 475 && value == ';');
+      // In front of the digit, and behind it.
+      const std::string behind = form.front + "1" + one(value) + form.back;
+      const std::string before = form.front + one(value) + "1" + form.back;
+      if (digit) {
+        expect_whole(behind + std::string(static_cast<std::size_t>(10 + value - '0'), 'd'),
+                     form.code);
+        expect_whole(before + std::string(static_cast<std::size_t>((value - '0') * 10 + 1), 'd'),
+                     form.code);
+      } else if (ends) {
+        expect_whole(behind + "d", form.code);
+        expect_whole(before, form.code);
+      } else {
+        expect_whole(behind, 766);
+        expect_whole(before, 766);
+      }
+    }
+  }
+}
+
+TEST_F(QSequence, ACountIsCheckedThroughTheSevenDigits) {
+  expect_whole(kEsc + "1;12345678:!a", 766);
+  expect_whole(kEsc + "1;1234567:!a", 766);
+  expect_whole(kEsc + "1;-1!a", 766);
+  expect_whole(kEsc + "1;+1!a", 766);
+}
+
+TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
+  for (int value = 0; value < 256; ++value) {
+    if (value >= 0x40 && value <= 0x7f) {
+      continue;
+    }
+    const std::string field = one(value);
+    const std::string longer_field = "1" + field;
+    // "!" in front of the first ";" ends what is looked at, without data.
+    if (value == '!') {
+      expect_whole(kEsc + "!;2!a", 456);
+      expect_whole(kEsc + "1!;2!a", 456);
+      expect_whole(kEsc + "!;2!\x7f", 766);
+      expect_whole(kEsc + "1!;2!\x7f", 766);
+    } else if (value != ';') {
+      expect_whole(kEsc + field + ";2!add", 456);
+      expect_whole(kEsc + longer_field + ";2!add", 456);
+      expect_whole(kEsc + field +
+                       ";2!\x7f"
+                       "dd",
+                   475);
+      expect_whole(kEsc + longer_field +
+                       ";2!\x7f"
+                       "dd",
+                   475);
+    }
+    if (value == ' ') {
+      expect_whole(kEsc + " ;2 n", 766);
+      expect_whole(kEsc + "1 ;2 n", 766);
+    } else if (value != ';') {
+      expect_whole(kEsc + field + ";2 ndd", value == '2' ? 483 : value == '9' ? 416 : 482);
+      expect_whole(kEsc + longer_field + ";2 ndd", 482);
+    }
+    if (value != ';') {
+      expect_whole(kEsc + field + ";2 odd", 500);
+      expect_whole(kEsc + longer_field + ";2 odd", 500);
+    }
+  }
+}
+
+TEST_F(QSequence, TheFirstParameterByteChoosesThePrintConditionCode) {
+  for (int digit = '0'; digit <= '9'; ++digit) {
+    const std::uint32_t code = digit == '2' ? 483 : digit == '9' ? 416 : 482;
+    expect_whole(kEsc + one(digit) + ";3 nabc", code);
+    expect_whole(kEsc + one(digit) + "7;3 nabc", code);
+    expect_whole(kEsc + "0" + one(digit) + ";3 nabc", 482);
+    expect_whole(kEsc + one(digit) + "!n", 461);
+    expect_whole(kEsc + one(digit) + "/n", 766);
+  }
+}
+
+TEST_F(QSequence, PrintConditionAndFormParameterNeedASemicolon) {
+  for (const char* parameters : {"", "1", "2", "9", "12", "1 2"}) {
+    expect_whole(kEsc + parameters + " n", 766);
+    expect_whole(kEsc + parameters + " o", 766);
+  }
+}
+
+TEST_F(QSequence, ASpaceInTheFirstFieldMattersToPrintConditionsOnly) {
+  expect_whole(kEsc + "1 2;3 n", 766);
+  expect_whole(kEsc + "1 2;3 oabc", 500);
+}
+
+TEST_F(QSequence, OptionalDataWithoutASemicolonIsACommandWithoutData) {
+  for (const char* parameters : {"", "1", "5", "123", "1!2;3"}) {
+    expect_whole(kEsc + parameters + "!a", 456);
+  }
+}
+
+TEST_F(QSequence, DelDataWithoutASemicolonIsIgnored) {
+  for (const char* parameters : {"", "1", "5", "!", "!1;2", "1!2;3"}) {
+    expect_whole(kEsc + parameters + "!\x7f", 766);
+  }
+}
+
+TEST_F(QSequence, TransparentTakes32BytesWithAnExclamationMarkOnly) {
+  const std::string data = "\x1b\n\f!a0123456789abcdef0123456789\xff";
+  ASSERT_EQ(data.size(), 32U);
+  expect_whole(kEsc + "1!p" + data, 462);
+  expect_front(kEsc + "1!p" + data + "Z", 5 + 32, 462);
+  expect_front(kEsc + "1 p" + data, 5, 437);
+  expect_front(kEsc + "1/p" + data, 5, 462);
+}
+
+TEST_F(QSequence, TransparentDataAroundTheRecordsEnd) {
+  for (std::size_t before = 4060; before <= 4070; ++before) {
+    const std::string sequence = kEsc + std::string(before - 4, '1') + "!p";
+    const std::string data(32, 'd');
+    if (before + 32 <= 4096) {
+      expect_whole(sequence + data, 462);
+    } else {
+      expect_front(sequence + data, before, 462, 32);
+    }
+  }
+}
+
+TEST_F(QSequence, FifthFieldCountNeedsFourFieldsInFront) {
+  expect_whole(kEsc + "1;2;3;4;2/~dd", 485);
+  expect_whole(kEsc + " ;!;#;\n;2/~dd", 485);
+  for (const char* few : {"", "2", "1;2", "1;2;2", "1;2;3;2"}) {
+    expect_whole(kEsc + few + "/~", 766);
+  }
+  expect_whole(kEsc + "1;2;3;4;5;6/~", 766);
+  // A "/" in each of the four fields, in front of the field and behind it.
+  for (const char* slash : {"/1;2;3;4;0", "1/;2;3;4;0", "1;/2;3;4;0", "1;2/;3;4;0", "1;2;/3;4;0",
+                            "1;2;3/;4;0", "1;2;3;/4;0", "1;2;3;4/;0"}) {
+    expect_whole(kEsc + slash + "/~", 766);
+  }
+}
+
+TEST_F(QSequence, FifthFieldCountIsIgnoredBehindItsDataWithTheSwitchOff) {
+  for (const std::size_t count : {0UL, 1UL, 5UL, 4078UL, 4079UL, 4080UL, 9999UL, 70000UL}) {
+    reset_filter();
+    const std::string sequence = kEsc + "1;2;3;4;" + std::to_string(count) + "/~";
+    const std::string data(count, 'd');
+    const StandardInput input(sequence + data + "Z");
+    const Token token = next_token();
+    EXPECT_EQ(token.status, ST_OK);
+    EXPECT_EQ(token.code, 766U);
+    EXPECT_EQ(token.pending, 0U) << count;
+    EXPECT_TRUE(token.bytes == sequence + (sequence.size() + count <= 4096 ? data : std::string()))
+        << count;
+    EXPECT_EQ(rest_of_input(), "Z") << count;
+  }
+}
+
+TEST_F(QSequence, DiscardedDataThatIsCutGivesTheReadersStatus) {
+  const std::string sequence = kEsc + "1;2;3;4;5000/~";
+  {
+    const StandardInput input(sequence + std::string(4999, 'd'));
+    EXPECT_EQ(next_token(), (Token{ST_OK, 766, sequence, 0}));
+    EXPECT_EQ(next_token(), kEnd);
+  }
+  reset_filter();
+  {
+    const FailingInput input(sequence + std::string(4999, 'd'));
+    const CaptureDescriptor messages(2);
+    EXPECT_EQ(next_token(), (Token{129, 766, sequence, 0}));
+  }
+  reset_filter();
+  job_settings.framed_output = 1;
+  const StandardInput input(end_frame(sequence + std::string(4999, 'd')));
+  EXPECT_EQ(next_token(), (Token{6, 766, sequence, 0}));
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(QSequence, FifthFieldCountWithTheSwitchOnLeavesLargeDataPending) {
+  const std::string sequence = kEsc + "1;2;3;4;5000/~";
+  expect_front(sequence + std::string(5000, 'd'), sequence.size(), 485, 5000);
+}
+
+TEST_F(QSequence, TheSwitchMattersToTheSlashOnly) {
+  reset_filter();
+  const StandardInput input(kEsc + "1 ~" + kEsc + "1!~" + kEsc + "1;2;3;4;0/~");
+  EXPECT_EQ(next_token().code, 474U);
+  EXPECT_EQ(next_token().code, 474U);
+  EXPECT_EQ(next_token().code, 766U);
+}
+
+TEST_F(QSequence, DataThatJustFitsIsReadAndOneByteMoreIsPending) {
+  for (const CountForm& form : count_forms()) {
+    const std::size_t head = form.front.size() + 4 + form.back.size();
+    for (const int more : {-1, 0, 1, 2}) {
+      const auto count = static_cast<std::size_t>(4096 - static_cast<int>(head) + more);
+      const std::string sequence = form.front + std::to_string(count) + form.back;
+      ASSERT_EQ(sequence.size(), head);
+      const std::string data(count, 'd');
+      if (more <= 0) {
+        expect_whole(sequence + data, form.code);
+      } else {
+        expect_front(sequence + data, head, form.code, static_cast<std::uint32_t>(count));
+      }
+    }
+  }
+}
+
+TEST_F(QSequence, AFullRecordTakesDataOfNoBytesOnly) {
+  const std::string filling(4096 - 6, '1');
+  expect_whole(kEsc + filling +
+                   ";"
+                   "0"
+                   "!a",
+               456);
+  expect_front(kEsc + filling +
+                   ";"
+                   "1"
+                   "!a"
+                   "d",
+               4096, 456, 1);
+}
+
+TEST_F(QSequence, ShortDataAtTheEndOfTheInputIsIgnored) {
+  for (const CountForm& form : count_forms()) {
+    for (const std::size_t given : {0UL, 1UL, 4UL}) {
+      restart();
+      const std::string all = form.front + "5" + form.back + std::string(given, 'd');
+      const StandardInput input(all);
+      EXPECT_EQ(next_token(), (Token{ST_OK, 766, all, 0}));
+      EXPECT_EQ(next_token(), kEnd);
+    }
+  }
+}
+
+TEST_F(QSequence, ShortDataAtTheEndOfTheEndFrameIsCut) {
+  for (const CountForm& form : count_forms()) {
+    for (const std::size_t given : {0UL, 1UL, 4UL}) {
+      restart();
+      job_settings.framed_output = 1;
+      const std::string all = form.front + "5" + form.back + std::string(given, 'd');
+      const StandardInput input(end_frame(all));
+      EXPECT_EQ(next_token(), (Token{6, 766, all, 0}));
+      EXPECT_EQ(next_token(), kEnd);
+    }
+  }
+}
+
+TEST_F(QSequence, ShortDataAtAReadErrorIsIgnored) {
+  const CaptureDescriptor messages(2);
+  for (const CountForm& form : count_forms()) {
+    restart();
+    const std::string all = form.front + "5" + form.back + "dd";
+    const FailingInput input(all);
+    EXPECT_EQ(next_token(kQuiet), (Token{129, 766, all, 0}));
+  }
+  EXPECT_EQ(messages.text(), "");
+}
+
+TEST_F(QSequence, NoDataNeedsNoByteBehindTheEndFrame) {
+  for (const CountForm& form : count_forms()) {
+    restart();
+    job_settings.framed_output = 1;
+    const std::string all = form.front + "0" + form.back;
+    const StandardInput input(end_frame(all));
+    EXPECT_EQ(next_token(), (Token{ST_OK, form.code, all, 0}));
+  }
+}
+
+TEST_F(QSequence, LargeDataStaysPendingBehindTheEndFrame) {
+  restart();
+  job_settings.framed_output = 1;
+  const StandardInput input(end_frame(kEsc + "1;5000!a"));
+  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEsc + "1;5000!a", 5000}));
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(QSequence, DataGoesOnAcrossFrames) {
+  restart();
+  job_settings.framed_output = 1;
+  const StandardInput input(cnt_frame(kEsc + "1;5!aab") + cnt_frame("c") + end_frame("deZ"));
+  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEsc + "1;5!aabcde", 0}));
+  EXPECT_EQ(rest_of_input(), "Z");
+}
+
+TEST_F(QSequence, AnOverlongSequenceEndsAtItsFirstByteFrom40To7f) {
+  for (int value = 0; value < 256; ++value) {
+    for (const std::size_t behind : {4097UL, 4098UL, 5000UL}) {
+      // The byte stands at this place, no "!" in front of it.
+      const std::string sequence = kEsc + std::string(behind - 3, '1') + one(value) +
+                                   (value >= 0x40 && value <= 0x7f ? "" : "A");
+      restart();
+      const StandardInput input(sequence + "Z");
+      EXPECT_EQ(next_token(), (Token{ST_OK, 766, sequence.substr(4096), 0})) << value;
+      EXPECT_EQ(rest_of_input(), "Z");
+    }
+  }
+}
+
+TEST_F(QSequence, ADelAsTheLastByteThatFitsIsAParameter) {
+  // It is the 4096th byte and no "!" stands in front, so the sequence goes on, and overflows; a
+  // further DEL does not end it.
+  const std::string sequence = kEsc + std::string(4093, '1') +
+                               "\x7f"
+                               "2\x7f"
+                               "3A";
+  restart();
+  const StandardInput input(sequence + "Z");
+  EXPECT_EQ(next_token(), (Token{ST_OK, 766,
+                                 "2\x7f"
+                                 "3A",
+                                 0}));
+  EXPECT_EQ(rest_of_input(), "Z");
+}
+
+TEST_F(QSequence, AnEndingDelAroundTheRecordsCapacity) {
+  for (const std::size_t total : {4095UL, 4096UL, 4097UL, 4098UL}) {
+    const std::string sequence = kEsc + "1;0;" + std::string(total - 8, '1') + "!\x7f";
+    restart();
+    const StandardInput input(sequence + "Z");
+    const Token expected = total <= 4096 ? Token{ST_OK, 475, sequence, 0}
+                                         : Token{ST_OK, 766, sequence.substr(4096), 0};
+    EXPECT_TRUE(next_token() == expected) << total;
+    EXPECT_EQ(rest_of_input(), "Z");
+  }
+}
+
+TEST_F(QSequence, AnOverlongSequenceNeverReadsData) {
+  for (const char* end : {"1;2!a", "!p", "1;2 n", "1;2 o", "1;2!\x7f", "1;2;3;4;2/~"}) {
+    restart();
+    const StandardInput input(kEsc + std::string(4094, '1') + end + "ddZ");
+    EXPECT_EQ(next_token(), (Token{ST_OK, 766, end, 0}));
+    EXPECT_EQ(rest_of_input(), "ddZ");
+  }
+}
+
+}  // namespace
+}  // namespace rlx

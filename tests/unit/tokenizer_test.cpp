@@ -1,0 +1,541 @@
+#include "input/tokenizer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "input/byte_source.h"
+#include "input/framed_transfer.h"
+#include "job/settings.h"
+#include "job/status.h"
+#include "support/descriptors.h"
+#include "support/filter_state.h"
+#include "support/input_stream.h"
+
+namespace rlx {
+namespace {
+
+using namespace rlx::testing;
+
+const Token kEnd{ST_EOF, 0, "", 0};
+
+/// A whole command and its code.
+struct Command {
+  std::string bytes;
+  std::uint32_t code;
+};
+
+std::string one(int value) {
+  return std::string(1, static_cast<char>(value));
+}
+
+/// One command of every kind, each way that a sequence can go on.
+const std::vector<Command>& commands_of_every_kind() {
+  static const std::vector<Command> commands{
+      {bytes("\0"), 256},
+      {"\n", 260},
+      {"\f", 262},
+      {"\r", 263},
+      {"\x7f", 268},
+      {"\x1b$@", 289},
+      {"\x1b$A", 766},
+      {"\x1b(H", 292},
+      {"\x1b(\xff", 766},
+      {"\x1b"
+       "c",
+       298},
+      {bytes("\x1b\x7f\0\x1b\n\xff"), 302},
+      {"\x1bx", 766},
+      {"\x1b%12A", 766},
+      {"\x1b[1;2a", 386},
+      {"\x1b[ E", 396},
+      {"\x1b[1E", 766},
+      {"\x1c\"12p", 322},
+      {"\x1c$y", 324},
+      {"\x1c%!\" p", 325},
+      {"\x1c&abcq", 326},
+      {"\x1c(12p", 328},
+      {"\x1c*s", 330},
+      {"\x1cJ", 347},
+      {"\x1cK", 348},
+      {"\x1c\x7f", 766},
+      {"\x1c"
+       "12A",
+       766},
+      {"\x1bQ12!C", 448},
+      {"\x1bQ12 C", 766},
+      {"\x1bQ1\x7f"
+       "2!C",
+       448},
+      {"\x1bQ1;5!a\x1b\n!a\xff", 456},
+      {"\x1bQ1;5:!a", 766},
+      {"\x1bQ!a", 456},
+      {"\x1bQ1;3!\x7f"
+       "abc",
+       475},
+      {"\x1bQ1!p0123456789abcdef0123456789ABCDEF", 462},
+      {"\x1bQ1 p", 437},
+      {"\x1bQ1;4 n\x1b"
+       "abc",
+       482},
+      {"\x1bQ2;4 nabcd", 483},
+      {"\x1bQ9;1 nz", 416},
+      {"\x1bQ1;2;3;4;5/~12345", 766},
+      {"\x1bQ1 ~", 474},
+      {"\x1bQ6;6 o\x01"
+       "abcde",
+       500},
+      {"\x1bQ3;0000000043/`", 520},
+      {"\x1bQ1#C", 766},
+  };
+  return commands;
+}
+
+class Tokenizer : public FilterTest {
+ protected:
+  static void restart(bool framed) {
+    reset_filter();
+    job_settings.framed_output = framed ? 1 : 0;
+  }
+
+  /// Reads one command, which must be the front of the input, and then the rest.
+  static void expect_command(const std::string& input_bytes, std::uint32_t code,
+                             std::size_t length) {
+    SCOPED_TRACE(encode_escaped_line(input_bytes));
+    restart(false);
+    const StandardInput input(input_bytes);
+    EXPECT_EQ(next_token(), (Token{ST_OK, code, input_bytes.substr(0, length), 0}));
+    EXPECT_EQ(rest_of_input(), input_bytes.substr(length));
+  }
+
+  /// The same for a command that is the whole input.
+  static void expect_whole(const std::string& input_bytes, std::uint32_t code) {
+    expect_command(input_bytes + "\x1b", code, input_bytes.size());
+  }
+};
+
+TEST_F(Tokenizer, AnEmptyInputEndsAtOnceAndStaysEnded) {
+  const StandardInput input("");
+  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(Tokenizer, EveryFirstByteThatStartsNoSequenceIsACommand) {
+  for (int value = 0; value < 256; ++value) {
+    if (value == 0x1b || value == 0x1c) {
+      continue;
+    }
+    std::uint32_t code = value < 0x20 ? 256 : 767;
+    code = value == 0x0a ? 260 : value == 0x0c ? 262 : value == 0x0d ? 263 : code;
+    code = value == 0x7f ? 268 : code;
+    expect_whole(one(value), code);
+  }
+}
+
+TEST_F(Tokenizer, EveryByteAfterEsc) {
+  for (int value = 0; value < 256; ++value) {
+    const std::string start = "\x1b" + one(value);
+    switch (value) {
+      case '$':
+        expect_whole(start + "@", 289);
+        break;
+      case '(':
+        expect_whole(start + "H", 292);
+        break;
+      case 'Q':
+        expect_whole(start + "1!C", 448);
+        break;
+      case '[':
+        expect_whole(start + "1a", 386);
+        break;
+      case 'c':
+        expect_whole(start, 298);
+        break;
+      case 0x7f:
+        expect_whole(start + "1234", 302);
+        break;
+      default:
+        expect_whole(value >= 0x40 && value <= 0x7e ? start : start + "12A", 766);
+    }
+  }
+}
+
+TEST_F(Tokenizer, EveryByteAfterEscDollarAndEscParen) {
+  for (int value = 0; value < 256; ++value) {
+    expect_whole("\x1b$" + one(value), value == '@' ? 289 : 766);
+    expect_whole("\x1b(" + one(value), value == 'H' ? 292 : 766);
+  }
+}
+
+TEST_F(Tokenizer, EscDelTakesFourBytesOfEveryValue) {
+  for (int value = 0; value < 256; ++value) {
+    expect_whole("\x1b\x7f" + one(value) + one(255 - value) + one(value) + one(value), 302);
+  }
+}
+
+TEST_F(Tokenizer, EveryByteEndsOrContinuesAnUnknownEscSequence) {
+  for (int value = 0; value < 256; ++value) {
+    const bool final = value >= 0x40 && value <= 0x7e;
+    expect_whole("\x1b%" + one(value) + (final ? "" : "A"), 766);
+  }
+}
+
+TEST_F(Tokenizer, EveryCsiFinal) {
+  for (int value = 0x40; value <= 0x7e; ++value) {
+    std::uint32_t code = 766;
+    code = value == '`' ? 385 : value == 'a' ? 386 : value == 'd' ? 387 : code;
+    code = value == 'e' ? 388 : code;
+    expect_whole("\x1b[" + one(value), code);
+    expect_whole("\x1b[12;3" + one(value), code);
+    expect_whole("\x1b[12 " + one(value), value == 'E' ? 396 : code);
+    expect_whole("\x1b[ " + one(value), value == 'E' ? 396 : code);
+  }
+}
+
+TEST_F(Tokenizer, EveryByteBeforeTheCsiFinalE) {
+  for (int value = 0; value < 256; ++value) {
+    if (value < 0x40 || value > 0x7e) {
+      expect_whole("\x1b[1" + one(value) + "E", value == ' ' ? 396 : 766);
+      expect_whole("\x1b[" + one(value) + "1a", 386);
+    }
+  }
+  expect_whole("\x1b[ 1E", 766);
+}
+
+TEST_F(Tokenizer, EveryByteAfterFs) {
+  for (int value = 0; value < 256; ++value) {
+    const std::string start = "\x1c" + one(value);
+    switch (value) {
+      case '"':
+        expect_whole(start + "12p", 322);
+        break;
+      case '$':
+        expect_whole(start + "12p", 324);
+        break;
+      case '%':
+        expect_whole(start + "12p", 325);
+        break;
+      case '&':
+        expect_whole(start + "12p", 326);
+        break;
+      case '(':
+        expect_whole(start + "12p", 328);
+        break;
+      case '*':
+        expect_whole(start + "12p", 330);
+        break;
+      case 'J':
+        expect_whole(start, 347);
+        break;
+      case 'K':
+        expect_whole(start, 348);
+        break;
+      default:
+        expect_whole(value >= 0x40 && value <= 0x7f ? start : start + "12A", 766);
+    }
+  }
+}
+
+TEST_F(Tokenizer, EveryByteEndsOrContinuesAnFsSequence) {
+  for (const Command& command :
+       {Command{"\x1c\"", 322}, Command{"\x1c$", 324}, Command{"\x1c%", 325}, Command{"\x1c&", 326},
+        Command{"\x1c(", 328}, Command{"\x1c*", 330}}) {
+    for (int value = 0; value < 256; ++value) {
+      const bool terminator = value >= 0x70 && value <= 0x79;
+      expect_whole(command.bytes + one(value) + (terminator ? "" : "y"), command.code);
+    }
+  }
+}
+
+TEST_F(Tokenizer, EveryByteEndsOrContinuesAnUnknownFsSequence) {
+  for (int value = 0; value < 256; ++value) {
+    // A DEL ends the sequence only as its second byte.
+    const bool final = value >= 0x40 && value <= 0x7e;
+    expect_whole("\x1c!" + one(value) + (final ? "" : "A"), 766);
+  }
+}
+
+TEST_F(Tokenizer, UnknownEscSequencesEndAtAByteFrom40To7e) {
+  expect_whole("\x1bx", 766);
+  expect_whole("\x1b%12A", 766);
+}
+
+TEST_F(Tokenizer, FsParen12pIs328AndFsDelIsIgnored) {
+  expect_whole("\x1c(12p", 328);
+  expect_whole("\x1c\x7f", 766);
+}
+
+TEST_F(Tokenizer, ADelSecondByteEndsAnUnknownSequenceAfterFsOnly) {
+  expect_command(
+      "\x1c\x7f"
+      "1234A",
+      766, 2);
+  expect_command(
+      "\x1b\x7f"
+      "1234A",
+      302, 6);
+}
+
+TEST_F(Tokenizer, EndOfInputRightAfterEscQ1) {
+  const StandardInput input("\x1bQ1");
+  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(Tokenizer, EveryKindOfCommandIsReadWhole) {
+  for (const Command& command : commands_of_every_kind()) {
+    expect_whole(command.bytes, command.code);
+  }
+}
+
+TEST_F(Tokenizer, CommandsFollowOneAnother) {
+  std::string all;
+  for (const Command& command : commands_of_every_kind()) {
+    all += command.bytes;
+  }
+  const StandardInput input(all);
+  for (const Command& command : commands_of_every_kind()) {
+    EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
+  }
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
+  for (const Command& command : commands_of_every_kind()) {
+    for (std::size_t cut = 1; cut < command.bytes.size(); ++cut) {
+      SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
+      restart(false);
+      const StandardInput input(command.bytes.substr(0, cut));
+      EXPECT_EQ(next_token(), (Token{ST_OK, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEnd);
+    }
+  }
+}
+
+TEST_F(Tokenizer, TheEndStaysAfterACutSequenceEvenIfMoreBytesCome) {
+  const StandardInput input("\x1b");
+  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b", 0}));
+  reset_raw_input();
+  const StandardInput more("A");
+  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEnd);
+  reset_tokenizer();
+  EXPECT_EQ(next_token(), (Token{ST_OK, 767, "A", 0}));
+}
+
+TEST_F(Tokenizer, AReadErrorCutsEverySequenceAtEveryByte) {
+  const CaptureDescriptor messages(2);
+  for (const Command& command : commands_of_every_kind()) {
+    for (std::size_t cut = 0; cut < command.bytes.size(); ++cut) {
+      SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
+      restart(false);
+      const FailingInput input(command.bytes.substr(0, cut));
+      EXPECT_EQ(next_token(kQuiet), (Token{129, 766, command.bytes.substr(0, cut), 0}));
+    }
+  }
+  EXPECT_EQ(messages.text(), "");
+}
+
+TEST_F(Tokenizer, AReadErrorIsReportedWithoutTheQuietFlag) {
+  const FailingInput input("\x1b[");
+  const CaptureDescriptor messages(2);
+  EXPECT_EQ(next_token().status, 129);
+  EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
+}
+
+TEST_F(Tokenizer, TheEndFrameCutsEverySequenceAtEveryByte) {
+  for (const Command& command : commands_of_every_kind()) {
+    for (std::size_t cut = 1; cut < command.bytes.size(); ++cut) {
+      SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
+      restart(true);
+      // What stands behind the END frame is never touched.
+      const StandardInput input(end_frame(command.bytes.substr(0, cut)) +
+                                end_frame(command.bytes.substr(cut)));
+      const CaptureDescriptor output(1);
+      EXPECT_EQ(next_token(), (Token{6, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(output.text(), "");
+    }
+  }
+}
+
+TEST_F(Tokenizer, ASequenceThatEndsWithTheEndFrameIsWhole) {
+  for (const Command& command : commands_of_every_kind()) {
+    restart(true);
+    const StandardInput input(end_frame(command.bytes));
+    EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
+    EXPECT_EQ(next_token(), kEnd);
+  }
+}
+
+TEST_F(Tokenizer, SequencesGoOnAcrossEveryFrameBorder) {
+  for (const Command& command : commands_of_every_kind()) {
+    for (std::size_t cut = 1; cut < command.bytes.size(); ++cut) {
+      for (const bool empty_between : {false, true}) {
+        SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
+        restart(true);
+        const StandardInput input(cnt_frame(command.bytes.substr(0, cut)) +
+                                  (empty_between ? cnt_frame("") : "") +
+                                  end_frame(command.bytes.substr(cut)));
+        const CaptureDescriptor output(1);
+        EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
+        EXPECT_EQ(next_token(), kEnd);
+        EXPECT_EQ(output.text(), empty_between ? cnt_frame("") : "");
+      }
+    }
+  }
+}
+
+TEST_F(Tokenizer, AnEmptyEndFrameInsideASequenceIsACut) {
+  // The predicate does not hold when the CNT frame is used up, so the reader meets the END frame,
+  // echoes it and finds the end of the input: the next call ends.
+  restart(true);
+  const StandardInput input(cnt_frame("\x1b[1") + end_frame(""));
+  const CaptureDescriptor output(1);
+  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b[1", 0}));
+  EXPECT_EQ(output.text(), end_frame(""));
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+TEST_F(Tokenizer, AMissingEndFrameInsideASequenceEndsTheProcess) {
+  restart(true);
+  const StandardInput input(cnt_frame("\x1b[1"));
+  const CaptureDescriptor output(1);
+  EXPECT_EXIT(next_token(), ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(output.text(), end_frame(""));
+}
+
+TEST_F(Tokenizer, SequencesOfEveryKindAcrossTheInputBufferBorder) {
+  std::string all;
+  for (const Command& command : commands_of_every_kind()) {
+    all += command.bytes;
+  }
+  for (std::size_t before = 0; before <= all.size(); ++before) {
+    restart(false);
+    const StandardInput input(std::string(kInputBufferBytes - before, 'x') + all);
+    std::uint8_t byte = 0;
+    for (std::size_t i = before; i < kInputBufferBytes; ++i) {
+      ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+    }
+    for (const Command& command : commands_of_every_kind()) {
+      ASSERT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0})) << before;
+    }
+    EXPECT_EQ(next_token(), kEnd);
+  }
+}
+
+TEST_F(Tokenizer, SequencesThatArriveByteByByte) {
+  std::vector<std::string> pieces;
+  for (const Command& command : commands_of_every_kind()) {
+    for (const char byte : command.bytes) {
+      pieces.emplace_back(1, byte);
+    }
+  }
+  const PiecewiseInput input(pieces);
+  for (const Command& command : commands_of_every_kind()) {
+    EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
+  }
+  EXPECT_EQ(next_token(), kEnd);
+}
+
+/// A sequence of `total` bytes out of its start, filling and its end.
+std::string sequence_of(const std::string& start, const std::string& end, std::size_t total) {
+  return start + std::string(total - start.size() - end.size(), '1') + end;
+}
+
+/// How a sequence begins and ends that may have any number of bytes between.
+struct LongSequence {
+  std::string start;
+  std::string end;
+  std::uint32_t code;
+};
+
+TEST_F(Tokenizer, SequencesAroundTheRecordsCapacity) {
+  for (const LongSequence& sequence : {
+           LongSequence{"\x1b[", "a", 386},
+           LongSequence{"\x1b[", "`", 385},
+           LongSequence{"\x1b[", " E", 396},
+           LongSequence{"\x1b%", "A", 766},
+           LongSequence{"\x1b%", "~", 766},
+           LongSequence{"\x1c%", "p", 325},
+           LongSequence{"\x1c(", "y", 328},
+           LongSequence{"\x1c!", "@", 766},
+           LongSequence{"\x1bQ", "!C", 448},
+           LongSequence{"\x1bQ", "/`", 520},
+           LongSequence{"\x1bQ", "!p", 462},
+       }) {
+    for (const std::size_t total : {4000UL, 4094UL, 4095UL, 4096UL, 4097UL, 4098UL, 4099UL, 8190UL,
+                                    8191UL, 8192UL, 8193UL, 8194UL, 20000UL}) {
+      const std::string bytes = sequence_of(sequence.start, sequence.end, total);
+      SCOPED_TRACE(encode_escaped_line(sequence.start + sequence.end) + std::to_string(total));
+      restart(false);
+      const StandardInput input(bytes + "Z");
+      Token expected{ST_OK, sequence.code, bytes, 0};
+      if (sequence.code == 462 && total <= 4096) {
+        // The 32 bytes of data: they do not fit, or the input ends before they do.
+        expected.pending = total + 32 > 4096 ? 32 : 0;
+        expected.code = total + 32 > 4096 ? 462 : 766;
+        expected.bytes += total + 32 > 4096 ? "" : "Z";
+      }
+      if (total > 4096) {
+        expected.code = 766;
+        expected.bytes = bytes.substr((total - 1) / 4096 * 4096);
+      }
+      const Token token = next_token();
+      EXPECT_EQ(token, expected);
+      EXPECT_EQ(rest_of_input(), sequence.code == 462 && total == 4000 ? "" : "Z");
+    }
+  }
+}
+
+TEST_F(Tokenizer, AnOverlongSequenceThatIsCutIsIgnored) {
+  for (const std::string& start : {std::string("\x1b["), std::string("\x1b%"), std::string("\x1c%"),
+                                   std::string("\x1c!"), std::string("\x1bQ")}) {
+    for (const std::size_t total : {4095UL, 4096UL, 4097UL, 4098UL}) {
+      const std::string bytes = sequence_of(start, "", total);
+      const std::string kept = bytes.substr((total - 1) / 4096 * 4096);
+      restart(false);
+      {
+        const StandardInput input(bytes);
+        EXPECT_TRUE(next_token() == (Token{ST_OK, 766, kept, 0})) << total;
+        EXPECT_EQ(next_token(), kEnd);
+      }
+      restart(true);
+      const StandardInput input(end_frame(bytes));
+      EXPECT_TRUE(next_token() == (Token{6, 766, kept, 0})) << total;
+      EXPECT_EQ(next_token(), kEnd);
+    }
+  }
+}
+
+TEST_F(Tokenizer, TheParsersAppendToTheRecordAndSetItsCode) {
+  struct Parser {
+    int (*parse)(int flags, CommandRecord* record);
+    std::string start;
+    std::string input;
+    std::uint32_t code;
+  };
+  for (const Parser& parser :
+       {Parser{zqescseq, "\x1b", "c", 298}, Parser{zqfsseq, "\x1c", "J", 347},
+        Parser{zqcsiseq, "\x1b[", "1d", 387}}) {
+    restart(false);
+    const StandardInput input(parser.input);
+    CommandRecord& record = reused_record();
+    record.code = 0;
+    record.pending = 0;
+    record.length = static_cast<std::int32_t>(parser.start.size());
+    std::copy(parser.start.begin(), parser.start.end(), record.bytes.begin());
+    EXPECT_EQ(token_of(parser.parse(0, &record)),
+              (Token{ST_OK, parser.code, parser.start + parser.input, 0}));
+    record.length = 1;
+    EXPECT_EQ(token_of(parser.parse(0, &record)).status, ST_EOF);
+  }
+}
+
+}  // namespace
+}  // namespace rlx
