@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "output/carried_settings.h"
+#include "output/page_writer.h"
+#include "support/printer_blocks.h"
+
+namespace rlx::testing {
+
+/// Puts one piece on the page.
+inline void put(std::string_view piece) {
+  EXPECT_EQ(out_page_data(count_of(piece), raw(piece)), 0);
+}
+
+/// Keeps a sequence in the carried settings.
+inline void keep(std::uint32_t command, std::string_view sequence) {
+  EXPECT_EQ(keep_setting(command, count_of(sequence), raw(sequence)), 0);
+}
+
+inline void end_job() {
+  EXPECT_EQ(out_page_data(0, nullptr), 0);
+}
+
+/// Bytes without FF that show where they stand.
+inline std::string pattern(std::size_t count) {
+  std::string text(count, '\0');
+  for (std::size_t i = 0; i < count; ++i) {
+    text[i] = static_cast<char>(' ' + i % 89);
+  }
+  return text;
+}
+
+/// The payloads of all data blocks of an output that consists of whole blocks, and their kinds.
+struct DataBlocks {
+  std::string kinds;
+  std::string data;
+};
+
+inline DataBlocks data_blocks(std::string_view output) {
+  DataBlocks blocks;
+  while (output.size() >= 16) {
+    const bool counts_its_header = output.substr(14, 2) == "/a";
+    const std::size_t count = std::stoul(std::string(output.substr(4, 10)));
+    const std::size_t payload = counts_its_header ? count - 12 : count;
+    if (counts_its_header && (output[2] == '0' || output[2] == '2')) {
+      blocks.kinds += output[2];
+      blocks.data += output.substr(16, payload);
+    }
+    output.remove_prefix(std::min(output.size(), 16 + payload));
+  }
+  EXPECT_EQ(output, "");
+  return blocks;
+}
+
+}  // namespace rlx::testing

@@ -1,0 +1,315 @@
+#include "output/byte_writer.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include "support/filter_state.h"
+#include "support/printer_blocks.h"
+
+namespace rlx::testing {
+namespace {
+
+constexpr auto kBufferBytes = static_cast<std::int32_t>(kOutputBufferBytes);
+
+/// Bytes that show where they stand.
+std::string pattern(std::size_t count) {
+  std::string text(count, '\0');
+  for (std::size_t i = 0; i < count; ++i) {
+    text[i] = static_cast<char>((i * 31 + i / 251) & 0xff);
+  }
+  return text;
+}
+
+void write_text(const std::string& text) {
+  EXPECT_EQ(out_bytes(count_of(text), raw(text)), 0);
+}
+
+/// Puts another file at descriptor 1 while it lives; a negative one leaves it closed.
+class StandardOutput {
+ public:
+  explicit StandardOutput(int file) : saved_(dup(STDOUT_FILENO)) {
+    if (file < 0) {
+      close(STDOUT_FILENO);
+    } else {
+      dup2(file, STDOUT_FILENO);
+      close(file);
+    }
+  }
+  ~StandardOutput() {
+    dup2(saved_, STDOUT_FILENO);
+    close(saved_);
+  }
+  StandardOutput(const StandardOutput&) = delete;
+  StandardOutput& operator=(const StandardOutput&) = delete;
+
+ private:
+  int saved_;
+};
+
+int full_device() {
+  return open("/dev/full", O_WRONLY | O_CLOEXEC);
+}
+
+using ByteWriter = FilterTest;
+using ByteWriterDeathTest = FilterTest;
+
+TEST_F(ByteWriter, WritesBytesInTheirOrderNulIncluded) {
+  EXPECT_EQ(output_of([] {
+              write_text(bytes("a\0b"));
+              write_text(bytes("\xff\x0c\n"));
+            }),
+            bytes("a\0b\xff\x0c\n"));
+}
+
+TEST_F(ByteWriter, WritesOnlyTheCountedBytes) {
+  EXPECT_EQ(output_of([] { EXPECT_EQ(out_bytes(2, raw("abc")), 0); }), "ab");
+}
+
+TEST_F(ByteWriter, NullBytesOrACountBelow1WriteNothing) {
+  EXPECT_EQ(output_of([] {
+              EXPECT_EQ(out_bytes(5, nullptr), 0);
+              EXPECT_EQ(out_bytes(0, nullptr), 0);
+              EXPECT_EQ(out_bytes(0, raw("abc")), 0);
+              EXPECT_EQ(out_bytes(-1, raw("abc")), 0);
+              EXPECT_EQ(out_bytes(-2147483647 - 1, raw("abc")), 0);
+            }),
+            "");
+}
+
+TEST_F(ByteWriter, LengthsAroundTheBufferInOnePiece) {
+  for (std::int32_t count = kBufferBytes - 2; count <= kBufferBytes + 2; ++count) {
+    const std::string text = pattern(static_cast<std::size_t>(count));
+    EXPECT_TRUE(output_of([&] { write_text(text); }) == text) << count;
+  }
+  const std::string text = pattern(3 * kOutputBufferBytes + 7);
+  EXPECT_TRUE(output_of([&] { write_text(text); }) == text);
+}
+
+TEST_F(ByteWriter, LengthsAroundTheBufferBehindGatheredBytes) {
+  const std::string text = pattern(3 * kOutputBufferBytes);
+  for (const std::size_t first :
+       {std::size_t{1}, kOutputBufferBytes / 2, kOutputBufferBytes - 1, kOutputBufferBytes}) {
+    for (std::size_t total = kOutputBufferBytes - 1; total <= kOutputBufferBytes + 2; ++total) {
+      for (const std::size_t more : {std::size_t{0}, kOutputBufferBytes}) {
+        const std::size_t all = std::max(total, first) + more;
+        const std::string caught = output_of([&] {
+          write_text(text.substr(0, first));
+          write_text(text.substr(first, all - first));
+        });
+        EXPECT_TRUE(caught == text.substr(0, all)) << first << ", " << all;
+      }
+    }
+  }
+}
+
+TEST_F(ByteWriter, SmallPiecesAcrossTheBuffer) {
+  const std::string text = pattern(2 * kOutputBufferBytes + 13);
+  for (const std::size_t piece : {std::size_t{7}, std::size_t{1000}, std::size_t{8192}}) {
+    const std::string caught = output_of([&] {
+      for (std::size_t at = 0; at < text.size(); at += piece) {
+        write_text(text.substr(at, piece));
+      }
+    });
+    EXPECT_TRUE(caught == text) << piece;
+  }
+}
+
+TEST_F(ByteWriter, GathersUntilItIsFlushed) {
+  const CaptureDescriptor output(1);
+  write_text("abc");
+  EXPECT_EQ(output.text(), "");
+  EXPECT_EQ(flush_output(), 0);
+  EXPECT_EQ(output.text(), "abc");
+  EXPECT_EQ(flush_output(), 0);
+  EXPECT_EQ(output.text(), "abc");
+}
+
+TEST_F(ByteWriter, TryFlushWritesWhatIsGathered) {
+  const CaptureDescriptor output(1);
+  write_text("abc");
+  EXPECT_EQ(try_flush_output(), 0);
+  EXPECT_EQ(output.text(), "abc");
+  EXPECT_EQ(try_flush_output(), 0);
+  EXPECT_EQ(output.text(), "abc");
+}
+
+TEST_F(ByteWriter, TryFlushLeavesAFailureToItsCaller) {
+  int status = 0;
+  int error = 0;
+  {
+    const StandardOutput standard_output(full_device());
+    write_text("lost");
+    status = try_flush_output();
+    error = errno;
+  }
+  EXPECT_EQ(status, -1);
+  EXPECT_EQ(error, ENOSPC);
+  EXPECT_EQ(output_of([] { write_text("next"); }), "next");
+}
+
+TEST_F(ByteWriter, FinishedPagesAreFlushedBeforeWaitingOthersAreNot) {
+  const CaptureDescriptor output(1);
+  write_text("abc");
+  flush_finished_pages();
+  EXPECT_EQ(output.text(), "");
+  note_page_end();
+  EXPECT_EQ(output.text(), "");
+  flush_finished_pages();
+  EXPECT_EQ(output.text(), "abc");
+  write_text("d");
+  flush_finished_pages();
+  EXPECT_EQ(output.text(), "abc");
+}
+
+TEST_F(ByteWriter, PageEndIsForgottenOnceItsBytesAreWritten) {
+  const CaptureDescriptor output(1);
+  write_text("abc");
+  note_page_end();
+  flush_output();
+  write_text("d");
+  flush_finished_pages();
+  EXPECT_EQ(output.text(), "abc");
+}
+
+TEST_F(ByteWriter, WriteFullyGoesPastTheBuffer) {
+  const CaptureDescriptor output(1);
+  write_text("gathered");
+  const std::string text = pattern(3 * kOutputBufferBytes);
+  EXPECT_EQ(write_fully(raw(text), text.size()), 0);
+  EXPECT_TRUE(output.text() == text);
+  EXPECT_EQ(write_fully(nullptr, 0), 0);
+  flush_output();
+  EXPECT_TRUE(output.text() == text + "gathered");
+}
+
+TEST_F(ByteWriter, WriteFullyGivesTheErrorOfAWriteThatFails) {
+  int status = 0;
+  int error = 0;
+  {
+    const StandardOutput closed(-1);
+    status = write_fully(raw("abc"), 3);
+    error = errno;
+  }
+  EXPECT_EQ(status, -1);
+  EXPECT_EQ(error, EBADF);
+}
+
+/// Fires signals that cut blocking writes short, as long as it lives.
+class Interruptions {
+ public:
+  Interruptions() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, &saved_);
+    const itimerval often{{0, 500}, {0, 500}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+  }
+  ~Interruptions() {
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &saved_, nullptr);
+  }
+  Interruptions(const Interruptions&) = delete;
+  Interruptions& operator=(const Interruptions&) = delete;
+
+ private:
+  struct sigaction saved_ {};
+};
+
+/// Reads a descriptor to its end, slowly, not hearing the signals.
+std::string read_slowly(int descriptor) {
+  sigset_t alarm;
+  sigemptyset(&alarm);
+  sigaddset(&alarm, SIGALRM);
+  pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
+  std::string all;
+  std::array<char, 5000> part{};
+  for (ssize_t got = 0; (got = read(descriptor, part.data(), part.size())) > 0;) {
+    all.append(part.data(), static_cast<std::size_t>(got));
+    usleep(200);
+  }
+  return all;
+}
+
+TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const std::string text = pattern(5 * kOutputBufferBytes + 99);
+  std::string caught;
+  std::thread reader([&] { caught = read_slowly(ends[0]); });
+  {
+    const StandardOutput standard_output(ends[1]);
+    const Interruptions interruptions;
+    write_text(text);
+    flush_output();
+  }
+  reader.join();
+  close(ends[0]);
+  EXPECT_TRUE(caught == text);
+}
+
+TEST_F(ByteWriter, ResetForgetsWhatIsGathered) {
+  EXPECT_EQ(output_of([] {
+              write_text("abc");
+              note_page_end();
+              reset_byte_writer();
+              flush_finished_pages();
+              write_text("d");
+            }),
+            "d");
+}
+
+[[noreturn]] void flush_to(int file) {
+  const StandardOutput standard_output(file);
+  write_text("abc");
+  flush_output();
+  _exit(0);
+}
+
+[[noreturn]] void overfill(std::size_t count) {
+  const StandardOutput standard_output(full_device());
+  write_text(pattern(count));
+  write_text("abc");
+  _exit(0);
+}
+
+TEST_F(ByteWriterDeathTest, FullDeviceIsAWriteErrorWithoutNewline) {
+  EXPECT_EXIT(flush_to(full_device()), ::testing::ExitedWithCode(1), "^write error$");
+}
+
+TEST_F(ByteWriterDeathTest, ClosedStandardOutputIsAWriteError) {
+  EXPECT_EXIT(flush_to(-1), ::testing::ExitedWithCode(1), "^write error$");
+}
+
+TEST_F(ByteWriterDeathTest, StandardOutputOpenForReadingOnlyIsAWriteError) {
+  EXPECT_EXIT(flush_to(open("/dev/null", O_RDONLY | O_CLOEXEC)), ::testing::ExitedWithCode(1),
+              "^write error$");
+}
+
+TEST_F(ByteWriterDeathTest, BytesThatNoLongerFitTheBufferMeetTheErrorAtOnce) {
+  EXPECT_EXIT(overfill(kOutputBufferBytes), ::testing::ExitedWithCode(1), "^write error$");
+  EXPECT_EXIT(overfill(kOutputBufferBytes * 2), ::testing::ExitedWithCode(1), "^write error$");
+}
+
+TEST_F(ByteWriterDeathTest, FinishedPageMeetsTheErrorBeforeTheFilterWaits) {
+  EXPECT_EXIT(
+      {
+        const StandardOutput standard_output(full_device());
+        write_text("abc");
+        note_page_end();
+        flush_finished_pages();
+        _exit(0);
+      },
+      ::testing::ExitedWithCode(1), "^write error$");
+}
+
+}  // namespace
+}  // namespace rlx::testing

@@ -1,0 +1,307 @@
+#include "output/carried_settings.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "job/command_record.h"
+#include "job/output_buffer.h"
+#include "support/filter_state.h"
+#include "support/page_data.h"
+#include "support/printer_blocks.h"
+
+namespace rlx::testing {
+namespace {
+
+constexpr auto kGeneralBytes = static_cast<std::size_t>(kPageBufferBytes);
+
+/// What the carried-settings block says now; it is empty afterwards.
+std::string kept() {
+  return output_of([] { EXPECT_EQ(out_kept_settings(), 0); });
+}
+
+/// A command, a sequence of it, and its place in the block: 0 for the general buffer.
+struct Destination {
+  std::uint32_t command;
+  const char* sequence;
+  int place;
+};
+
+constexpr std::array kDestinations{
+    Destination{289, "\x1b$@", 1},    Destination{292, "\x1b(H", 1},
+    Destination{347, "\x1cJ", 2},     Destination{348, "\x1cK", 2},
+    Destination{328, "\x1c(`p", 3},   Destination{328, "\x1c(ap", 4},
+    Destination{396, "\x1b[5 E", 5},  Destination{441, "\x1bQ1 y", 6},
+    Destination{498, "\x1bQ2!f", 7},  Destination{437, "\x1bQ3 p", 8},
+    Destination{510, "\x1bQ4/E", 9},  Destination{511, "\x1bQ5/F", 10},
+    Destination{513, "\x1bQ6/G", 11}, Destination{325, "\x1c%!\"p", 12},
+    Destination{324, "\x1c$!p", 0},   Destination{326, "\x1c&!p", 0},
+    Destination{330, "\x1c*!p", 0},   Destination{493, "\x1bQ7!R", 0},
+};
+
+/// All codes that have a destination.
+std::set<std::uint32_t> kept_codes() {
+  std::set<std::uint32_t> codes;
+  for (const Destination& row : kDestinations) {
+    codes.insert(row.command);
+  }
+  return codes;
+}
+
+using CarriedSettings = FilterTest;
+
+TEST_F(CarriedSettings, NothingKeptWritesNoBlock) {
+  EXPECT_EQ(kept(), "");
+}
+
+TEST_F(CarriedSettings, EachCommandOfTheTableIsKept) {
+  for (const Destination& row : kDestinations) {
+    keep(row.command, row.sequence);
+    EXPECT_EQ(kept(), block('6', row.sequence)) << row.command;
+  }
+}
+
+TEST_F(CarriedSettings, BlockEmptiesTheStore) {
+  for (const Destination& row : kDestinations) {
+    keep(row.command, row.sequence);
+  }
+  EXPECT_NE(kept(), "");
+  EXPECT_EQ(kept(), "");
+}
+
+TEST_F(CarriedSettings, PlacesAreWrittenInTheirOrderWhateverOrderTheyCameIn) {
+  const std::string all =
+      "\x1c$!p\x1b$@\x1cJ\x1c(`p\x1c(ap\x1b[5 E\x1bQ1 y\x1bQ2!f\x1bQ3 p\x1bQ4/E\x1bQ5/F\x1bQ6/G"
+      "\x1c%!\"p";
+  std::array<Destination, 13> rows{
+      kDestinations[14], kDestinations[0],  kDestinations[2], kDestinations[4], kDestinations[5],
+      kDestinations[6],  kDestinations[7],  kDestinations[8], kDestinations[9], kDestinations[10],
+      kDestinations[11], kDestinations[12], kDestinations[13]};
+  for (const Destination& row : rows) {
+    keep(row.command, row.sequence);
+  }
+  EXPECT_EQ(kept(), block('6', all));
+  std::ranges::reverse(rows);
+  for (const Destination& row : rows) {
+    keep(row.command, row.sequence);
+  }
+  EXPECT_EQ(kept(), block('6', all));
+}
+
+TEST_F(CarriedSettings, EachPairOfCommandsStandsByItsPlaces) {
+  for (const Destination& first : kDestinations) {
+    for (const Destination& second : kDestinations) {
+      keep(first.command, first.sequence);
+      keep(second.command, second.sequence);
+      std::string expected;
+      if (first.place == second.place) {
+        // The general buffer adds up, a slot holds the last one.
+        expected = first.place == 0 ? std::string(first.sequence) + second.sequence
+                                    : std::string(second.sequence);
+      } else {
+        expected = first.place < second.place ? std::string(first.sequence) + second.sequence
+                                              : std::string(second.sequence) + first.sequence;
+      }
+      EXPECT_EQ(kept(), block('6', expected)) << first.command << ", " << second.command;
+    }
+  }
+}
+
+TEST_F(CarriedSettings, SlotSequenceOf20BytesIsNotKeptOneOf19Is) {
+  for (const Destination& row : kDestinations) {
+    if (row.place == 0) {
+      continue;
+    }
+    std::string sequence = row.sequence;
+    sequence.resize(19, 'x');
+    keep(row.command, sequence);
+    EXPECT_EQ(kept(), block('6', sequence)) << row.command;
+    keep(row.command, sequence + 'x');
+    EXPECT_EQ(kept(), "") << row.command;
+    keep(row.command, sequence + std::string(4000, 'x'));
+    EXPECT_EQ(kept(), "") << row.command;
+  }
+}
+
+TEST_F(CarriedSettings, LengthsThatWouldWrapInOneByteAreNotKept) {
+  for (const std::size_t length : {255U, 256U, 257U, 261U, 275U, 276U, 512U, 515U}) {
+    keep(441, std::string(length, 'x'));
+    EXPECT_EQ(kept(), "") << length;
+  }
+}
+
+TEST_F(CarriedSettings, SlotSequenceThatIsTooLongLeavesTheEarlierOne) {
+  keep(441, "\x1bQ1 y");
+  keep(441, std::string(20, 'x'));
+  EXPECT_EQ(kept(), block('6', "\x1bQ1 y"));
+}
+
+TEST_F(CarriedSettings, LaterSlotSequenceReplacesALongerAndAShorterOne) {
+  keep(325, "\x1c%\x21\x22 p");
+  keep(325, "\x1c%\x29p");
+  EXPECT_EQ(kept(), block('6', "\x1c%\x29p"));
+  keep(325, "\x1c%\x29p");
+  keep(325, "\x1c%\x21\x22 p");
+  EXPECT_EQ(kept(), block('6', "\x1c%\x21\x22 p"));
+}
+
+TEST_F(CarriedSettings, EmptySlotSequenceEmptiesItsSlot) {
+  keep(441, "\x1bQ1 y");
+  keep(292, "\x1b(H");
+  keep(441, "");
+  EXPECT_EQ(kept(), block('6', "\x1b(H"));
+}
+
+TEST_F(CarriedSettings, NegativeCountsKeepNothing) {
+  for (const Destination& row : kDestinations) {
+    for (const std::int32_t count : {-1, -13, -8192, -2147483647 - 1}) {
+      EXPECT_EQ(keep_setting(row.command, count, raw(row.sequence)), 0);
+      EXPECT_EQ(kept(), "") << row.command;
+    }
+  }
+}
+
+TEST_F(CarriedSettings, ThirdByteOfFsParenChoosesTheSlotOrNone) {
+  for (int third = 0; third < 256; ++third) {
+    std::string sequence = "\x1c(?p";
+    sequence[2] = static_cast<char>(third);
+    keep(441, "\x1bQ1 y");
+    keep(328, sequence);
+    const bool is_kept = third == '`' || third == 'a';
+    EXPECT_EQ(kept(), block('6', (is_kept ? sequence : "") + "\x1bQ1 y")) << third;
+  }
+}
+
+TEST_F(CarriedSettings, FsParenWithoutAThirdByteKeepsNothing) {
+  const std::string sequence = "\x1c(`";
+  for (std::int32_t count = 0; count <= 2; ++count) {
+    EXPECT_EQ(keep_setting(328, count, raw(sequence)), 0);
+    EXPECT_EQ(kept(), "") << count;
+  }
+  keep(328, sequence);
+  EXPECT_EQ(kept(), block('6', sequence));
+}
+
+TEST_F(CarriedSettings, NulBytesAreKept) {
+  keep(441, bytes("\x1bQ\0 y"));
+  keep(324, bytes("\0\0"));
+  EXPECT_EQ(kept(), block('6', bytes("\0\0\x1bQ\0 y")));
+}
+
+TEST_F(CarriedSettings, GeneralBufferAppendsInTheOrderOfArrival) {
+  keep(493, "\x1bQ7!R");
+  keep(324, "\x1c$!p");
+  keep(330, "\x1c*!p");
+  keep(326, "\x1c&!p");
+  keep(324, "\x1c$!p");
+  EXPECT_EQ(kept(), block('6', "\x1bQ7!R\x1c$!p\x1c*!p\x1c&!p\x1c$!p"));
+}
+
+TEST_F(CarriedSettings, GeneralSequencesMayBeLongerThanASlot) {
+  for (const std::size_t length : {19U, 20U, 255U, 256U, 4096U}) {
+    const std::string sequence(length, 'x');
+    keep(326, sequence);
+    EXPECT_EQ(kept(), block('6', sequence));
+  }
+}
+
+TEST_F(CarriedSettings, EmptyGeneralSequenceLeavesTheBufferAsItIs) {
+  keep(324, "\x1c$!p");
+  keep(324, "");
+  EXPECT_EQ(kept(), block('6', "\x1c$!p"));
+}
+
+TEST_F(CarriedSettings, GeneralBufferTakesOneSequenceUpToItsRoom) {
+  for (std::size_t length = kGeneralBytes - 2; length <= kGeneralBytes + 2; ++length) {
+    const std::string sequence(length, 'x');
+    keep(330, sequence);
+    EXPECT_EQ(kept(), length <= kGeneralBytes ? block('6', sequence) : "") << length;
+  }
+}
+
+TEST_F(CarriedSettings, GeneralBufferTakesWhatFitsBehindTheEarlierOnes) {
+  for (std::size_t used = kGeneralBytes - 3; used <= kGeneralBytes; ++used) {
+    for (std::size_t more = 0; more <= 5; ++more) {
+      const std::string first(used, 'x');
+      const std::string second(more, 'y');
+      keep(324, first);
+      keep(324, second);
+      EXPECT_EQ(kept(), block('6', used + more <= kGeneralBytes ? first + second : first))
+          << used << '+' << more;
+    }
+  }
+}
+
+TEST_F(CarriedSettings, ShorterSequenceStillFitsBehindOneThatDidNot) {
+  keep(324, std::string(kGeneralBytes - 3, 'x'));
+  keep(326, "abcd");
+  keep(330, "efg");
+  keep(493, "h");
+  EXPECT_EQ(kept(), block('6', std::string(kGeneralBytes - 3, 'x') + "efg"));
+}
+
+TEST_F(CarriedSettings, FullestBlockCountsAll) {
+  std::string expected(kGeneralBytes, 'x');
+  keep(324, expected);
+  int place = 0;
+  for (const Destination& row : kDestinations) {
+    if (row.place > place) {
+      place = row.place;
+      std::string sequence = row.sequence;
+      sequence.resize(19, '.');
+      keep(row.command, sequence);
+      expected += sequence;
+    }
+  }
+  ASSERT_EQ(place, 12);
+  const std::string caught = kept();
+  EXPECT_EQ(caught.substr(0, 16), "\x1bQ6;0000008432/a");
+  EXPECT_EQ(caught, block('6', expected));
+}
+
+TEST_F(CarriedSettings, AllOtherCodesKeepNothing) {
+  const std::set<std::uint32_t> codes = kept_codes();
+  ASSERT_EQ(codes.size(), 17U);
+  for (std::uint32_t code = 0; code <= 4000; ++code) {
+    // The third byte is one that FS "(" keeps.
+    keep(code, "\x1bQ`!y");
+    EXPECT_EQ(kept().empty(), !codes.contains(code)) << code;
+  }
+  for (const std::uint32_t code : {65536U + 441U, 0x80000000U + 441U, 0xFFFFFFFFU}) {
+    keep(code, "\x1bQ1 y");
+    EXPECT_EQ(kept(), "") << code;
+  }
+}
+
+TEST_F(CarriedSettings, SequencesAreCopied) {
+  std::string sequence = "\x1bQ1 y";
+  std::string general = "\x1c$!p";
+  keep(441, sequence);
+  keep(324, general);
+  sequence.assign(sequence.size(), '.');
+  general.assign(general.size(), '.');
+  EXPECT_EQ(kept(), block('6', "\x1c$!p\x1bQ1 y"));
+}
+
+TEST_F(CarriedSettings, ResetForgetsAll) {
+  for (const Destination& row : kDestinations) {
+    keep(row.command, row.sequence);
+  }
+  reset_carried_settings();
+  EXPECT_EQ(kept(), "");
+}
+
+TEST_F(CarriedSettings, FreeingTwiceIsHarmless) {
+  free_carried_settings();
+  free_carried_settings();
+  EXPECT_EQ(allocate_carried_settings(), 0);
+  keep(324, "\x1c$!p");
+  EXPECT_EQ(kept(), block('6', "\x1c$!p"));
+}
+
+}  // namespace
+}  // namespace rlx::testing
