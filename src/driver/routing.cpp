@@ -143,9 +143,13 @@ bool is_ordinary(const LoopState& loop) {
 
 }  // namespace
 
-bool is_only_written(std::uint32_t code) {
-  return kStepMasks[code] == kCommonSteps;
-}
+const std::array<bool, kHighestCommandCode + 1> only_written = [] {
+  std::array<bool, kHighestCommandCode + 1> only{};
+  for (std::size_t code = 0; code < only.size(); ++code) {
+    only[code] = kStepMasks[code] == kCommonSteps;
+  }
+  return only;
+}();
 
 bool route_record(LoopState& loop) {
   if (loop.fast_road && is_ordinary(loop)) {

@@ -10,8 +10,8 @@
 
 namespace rlx {
 
-// Looks at 16 bytes of the job at once, for the fast road. Portable: the compiler's vector types do
-// the comparisons, two 64-bit words hold their results.
+// Looks at 16 bytes of the input at once, for the fast road. Portable: the compiler's vector types
+// do the comparisons, two 64-bit words hold their results.
 
 inline constexpr std::size_t kScanBytes = 16;
 
@@ -66,6 +66,14 @@ inline std::size_t single_bytes_at_front(const std::uint8_t* bytes, std::uint8_t
                                  (text - kEsc < Byte{2}) | (text == Byte{0x8e}) |
                                  (text - Byte{0xc0} < Byte{0x3e});
   return detail::first_byte(detail::words_of(other));
+}
+
+/// Position of the first of the 16 bytes at `bytes` that lies in `low` to `low` + `range`; 16 if
+/// none does.
+inline std::size_t first_in_range(const std::uint8_t* bytes, std::uint8_t low, std::uint8_t range) {
+  const detail::ScanVector text = detail::load_scan(bytes);
+  const detail::ScanMask in_range = text - low <= range;
+  return detail::first_byte(detail::words_of(in_range));
 }
 
 /// Of the 15 bytes at `bytes` (16 are readable), how many at the front are whole characters of

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "output/carried_places.h"
+
 namespace rlx {
 
 /// Longest sequence that a slot of the carried settings keeps.
 inline constexpr std::int32_t kSlotBytes = 19;
-/// Number of slots; they are written in the order of their numbers.
-inline constexpr std::size_t kSlotCount = 12;
 
 // The printer forgets its settings at the end of a data block. Every sequence that sets a state is
 // therefore kept as it was put on the page, and all of them are written again, in a block of their
@@ -28,6 +28,10 @@ void free_carried_settings();
 /// @param bytes    the sequence; copied.
 /// @return always 0.
 int keep_setting(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes);
+
+/// Keeps a sequence in a slot, as keep_setting does once it knows the place.
+/// @param slot  1 to kSlotCount.
+void keep_in_slot(int slot, std::int32_t count, const std::uint8_t* bytes);
 
 /// Writes the carried-settings block, if anything is kept, and forgets all that is kept.
 /// @return 0 or the first non-zero status of out_bytes (then the settings stay kept).

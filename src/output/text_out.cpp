@@ -16,6 +16,18 @@ void append(OutputBuffer& out, std::int32_t count, const std::uint8_t* bytes) {
   out.length += count;
 }
 
+/// Keeps the set sequence of a switch in the carried settings.
+void keep_set(const SetSwitch& set_switch) {
+  keep_setting(set_switch.set_command, kSetSequenceBytes,
+               set_switch.bytes.data() + kSizeSequenceBytes);
+}
+
+/// Keeps both sequences of a switch.
+void keep_switch(const SetSwitch& set_switch) {
+  keep_setting(CMD_Q_YL_SP, kSizeSequenceBytes, set_switch.bytes.data());
+  keep_set(set_switch);
+}
+
 void switch_to(const SetSwitch& set_switch, OutputBuffer& out) {
   append(out, kSizeSequenceBytes + kSetSequenceBytes, set_switch.bytes.data());
   keep_switch(set_switch);
@@ -45,16 +57,6 @@ void select_single_byte_set_only(OutputBuffer& out, CharacterSetState& state) {
 }
 
 }  // namespace
-
-void keep_switch(const SetSwitch& set_switch) {
-  keep_setting(CMD_Q_YL_SP, kSizeSequenceBytes, set_switch.bytes.data());
-  keep_set(set_switch);
-}
-
-void keep_set(const SetSwitch& set_switch) {
-  keep_setting(set_switch.set_command, kSetSequenceBytes,
-               set_switch.bytes.data() + kSizeSequenceBytes);
-}
 
 int text_out(const CommandRecord& record, OutputBuffer& out, CharacterSetState& state) {
   out.length = 0;

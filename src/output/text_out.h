@@ -26,11 +26,6 @@ inline constexpr SetSwitch kToSingleByte{{kEsc, 'Q', '1', ' ', 'y', kEsc, '(', '
 inline constexpr SetSwitch kToDoubleByte{{kEsc, 'Q', '2', ' ', 'y', kEsc, '$', '@'},
                                          CMD_ESC_DOLLAR_AT};
 
-/// Keeps both sequences of a switch in the carried settings.
-void keep_switch(const SetSwitch& set_switch);
-/// Keeps only the set sequence of a switch.
-void keep_set(const SetSwitch& set_switch);
-
 /// Turns a text record into its output.
 /// @param record  CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2 or CMD_TEXT_BAD; of any other code one
 ///                NUL byte becomes.

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+
+#include "output/carried_settings.h"
+
+namespace rlx {
+
+/// Sequences of a run that belong into slots of the carried settings. Of each slot only the last
+/// one counts, so their bytes stay where they are and only the last ones are copied, when the run
+/// ends or a block is cut.
+class KeptLater {
+ public:
+  /// As keep_setting; the bytes must stay until keep_now.
+  void keep(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes) {
+    const int place = place_of_setting(command, count, bytes);
+    if (place == kKeptInGeneralBuffer) {
+      keep_setting(command, count, bytes);
+    } else if (place != kKeptNowhere && count <= kSlotBytes) {
+      sequences_[static_cast<std::size_t>(place)] = {bytes, count};
+      slots_ |= 1U << place;
+    }
+  }
+
+  /// Keeps what has come together.
+  void keep_now() {
+    for (; slots_ != 0; slots_ &= slots_ - 1) {
+      const int slot = std::countr_zero(slots_);
+      const Sequence& sequence = sequences_[static_cast<std::size_t>(slot)];
+      keep_in_slot(slot, sequence.count, sequence.bytes);
+    }
+  }
+
+ private:
+  struct Sequence {
+    const std::uint8_t* bytes;
+    std::int32_t count;
+  };
+
+  std::uint32_t slots_ = 0;  ///< a bit for each slot number
+  std::array<Sequence, kSlotCount + 1> sequences_;
+};
+
+}  // namespace rlx
