@@ -188,16 +188,5 @@ TEST_F(TextOut, MultiByteCharacterInTheDownloadSetGetsNoSwitch) {
   EXPECT_EQ(kept(), "");
 }
 
-TEST_F(TextOut, SequencesOfASwitchAreKeptSeparatelyOrTogether) {
-  keep_switch(kToDoubleByte);
-  EXPECT_EQ(kept(), block('6', kDoubleSet + kDoubleSize));
-  keep_switch(kToSingleByte);
-  EXPECT_EQ(kept(), block('6', kSingleSet + kSingleSize));
-  keep_set(kToDoubleByte);
-  EXPECT_EQ(kept(), block('6', kDoubleSet));
-  keep_set(kToSingleByte);
-  EXPECT_EQ(kept(), block('6', kSingleSet));
-}
-
 }  // namespace
 }  // namespace rlx::testing
