@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 
 namespace rlx {
 
@@ -16,5 +17,19 @@ struct OutputBuffer {
   std::int32_t length = 0;
   std::array<std::uint8_t, kPageBufferBytes> bytes;
 };
+
+/// Allocates an empty buffer, for the whole job. From the C library, deliberately: the language's
+/// own allocation would bring its error handling into a program that must start quickly.
+/// @return null when there is no memory. The caller frees it with free_output_buffer.
+inline OutputBuffer* allocate_output_buffer() {
+  auto* const buffer = static_cast<OutputBuffer*>(std::malloc(sizeof(OutputBuffer)));
+  if (buffer != nullptr) {
+    buffer->length = 0;
+  }
+  return buffer;
+}
+
+/// Frees a buffer; null does nothing.
+inline void free_output_buffer(OutputBuffer* buffer) { std::free(buffer); }
 
 }  // namespace rlx

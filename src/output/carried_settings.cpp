@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <new>
 
 #include "job/output_buffer.h"
 #include "job/status.h"
@@ -49,12 +48,12 @@ std::int32_t kept_bytes() {
 
 int allocate_carried_settings() {
   free_carried_settings();
-  carried.general = new (std::nothrow) OutputBuffer;
+  carried.general = allocate_output_buffer();
   return carried.general == nullptr ? kExitFailure : ST_OK;
 }
 
 void free_carried_settings() {
-  delete carried.general;
+  free_output_buffer(carried.general);
   carried.general = nullptr;
 }
 

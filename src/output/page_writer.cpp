@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <new>
 
 #include "job/control_bytes.h"
 #include "job/output_buffer.h"
@@ -173,12 +172,12 @@ int allocate_page_buffers() {
   if (allocate_carried_settings() != ST_OK) {
     return kExitFailure;
   }
-  page.buffer = new (std::nothrow) OutputBuffer;
+  page.buffer = allocate_output_buffer();
   return page.buffer == nullptr ? kExitFailure : ST_OK;
 }
 
 void free_page_buffers() {
-  delete page.buffer;
+  free_output_buffer(page.buffer);
   page.buffer = nullptr;
   free_carried_settings();
 }

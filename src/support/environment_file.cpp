@@ -73,7 +73,8 @@ void take_setting(std::string_view line) {
     return;
   }
   const std::string_view key = line.substr(0, colon).substr(0, kMaxFieldBytes);
-  const std::string_view value = line.substr(colon + 1).substr(0, kMaxFieldBytes);
+  line.remove_prefix(colon + 1);
+  const std::string_view value = line.substr(0, kMaxFieldBytes);
   if (key == kRoundingKey && !value.empty()) {
     environment_file.fcbprint_halfinch = value.front() == kHalfInchValue ? 1 : 0;
   }
