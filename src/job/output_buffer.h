@@ -30,6 +30,8 @@ inline OutputBuffer* allocate_output_buffer() {
 }
 
 /// Frees a buffer; null does nothing.
-inline void free_output_buffer(OutputBuffer* buffer) { std::free(buffer); }
+inline void free_output_buffer(OutputBuffer* buffer) {
+  std::free(buffer);
+}
 
 }  // namespace rlx
