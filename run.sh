@@ -46,7 +46,9 @@ print_sample() {
 }
 
 print_samples() {
+  cd "$root"
   print_sample report.txt report.rlx
+  print_sample invoice.txt invoice.rlx -p examples/forms -n INVOICE
 }
 
 # A built tree needs no set-up, whatever is installed now.
