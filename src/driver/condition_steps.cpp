@@ -5,6 +5,7 @@
 #include "driver/print_condition_record.h"
 #include "fonts/font_sets.h"
 #include "fonts/gaiji.h"
+#include "job/control_bytes.h"
 #include "job/settings.h"
 #include "output/print_conditions_out.h"
 
@@ -15,7 +16,16 @@ namespace {
 constexpr std::uint32_t kCommand479 = 479;
 constexpr std::uint32_t kCommand492 = 492;
 
+/// Form data may end in a FF, and ends the page then.
+bool form_data_ends_page(const SettingsRecord& record) {
+  const auto length = static_cast<std::size_t>(record.form_data_length);
+  return length > 0 && record.form_data[length - 1] == kFormFeed;
+}
+
 int send_conditions(LoopState& loop, std::uint32_t command) {
+  if (form_data_ends_page(job_settings.record)) {
+    gaiji_reset_size();
+  }
   return emit_print_conditions(static_cast<int>(command), job_settings.capability_F,
                                job_settings.line_unit, &loop.spacing_index, &job_settings.line_unit,
                                &loop.conditions_written, job_settings.record);
@@ -55,11 +65,13 @@ int end_page_with_content(LoopState& loop) {
   return write_form_feed();
 }
 
-void parse_condition_record(const CommandRecord& record) {
-  if (record.code == CMD_Q_NL_SP) {
+void parse_condition_record(LoopState& loop) {
+  if (loop.record.code == CMD_Q_NL_SP) {
     // A record without a data length has cleared the conditions and has been reported; the job ends
     // with it only when its form name is looked for.
-    parse_print_condition_record(record);
+    parse_print_condition_record(loop.record);
+  } else {
+    loop.form_name = parse_form_name(loop.record);
   }
   gaiji_reset_size();
 }
@@ -79,7 +91,7 @@ Next take_condition_record(LoopState& loop) {
   if (status != ST_OK) {
     return go_on_if_ok(loop, status);
   }
-  parse_condition_record(loop.record);
+  parse_condition_record(loop);
   if (conditions_due(loop)) {
     status = send_conditions(loop, loop.last_condition_code);
     if (status != ST_OK) {

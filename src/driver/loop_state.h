@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "driver/command_parameters.h"
 #include "forms/fcb.h"
 #include "job/character_set.h"
 #include "job/command_record.h"
@@ -39,6 +40,9 @@ struct LoopState {
   int command_492_state = 0;
   int command_492_result = 0;
 
+  /// What the last form name record gave; read by nothing.
+  FormName form_name;
+
   /// Forms: the one of -n, and the one a print-condition record names.
   FcbTable initial_store;
   FcbTable second_store;
@@ -49,8 +53,9 @@ struct LoopState {
   /// Vertical movements that the form produced and that wait for the next text; their length is
   /// `pending_vertical_bytes`.
   OutputBuffer pending_vertical_bytes;
-  /// LFs since the last page break, for page-length emulation.
-  int line_counter = 0;
+  /// LFs since the last page break, for page-length emulation. A negative -L is never reached, so
+  /// it has room for those of any job.
+  std::int64_t line_counter = 0;
   /// ST_EOF once a look behind a LF has found the end of the input.
   int end_marker = ST_OK;
 

@@ -28,6 +28,7 @@ int copy_rest_of_input() {
 }  // namespace
 
 int pass_through(const CommandRecord& record) {
+  flush_output();
   const int status = out_bytes(record.length, record.bytes.data());
   if (status == ST_OK && copy_rest_of_input() != ST_EOF) {
     report_system_error();

@@ -133,6 +133,10 @@ constexpr auto kStepMasks = [] {
 /// The steps that every command takes part in.
 constexpr StepMask kCommonSteps = kStepMasks[CMD_NONE];
 
+StepMask steps_of(std::uint32_t code) {
+  return code <= kHighestCommandCode ? kStepMasks[code] : kCommonSteps;
+}
+
 /// True for a command that needs nothing but to be written: no step is for it but the common ones,
 /// nothing waits to go before it and no data follows it.
 bool is_ordinary(const LoopState& loop) {
@@ -155,7 +159,7 @@ bool route_record(LoopState& loop) {
   if (loop.fast_road && is_ordinary(loop)) {
     return write_command(loop) == Next::step;
   }
-  for (StepMask mask = kStepMasks[loop.record.code]; mask != 0; mask &= mask - 1) {
+  for (StepMask mask = steps_of(loop.record.code); mask != 0; mask &= mask - 1) {
     const Next next = kSteps[static_cast<std::size_t>(std::countr_zero(mask))].take(loop);
     if (next != Next::step) {
       return next == Next::record;

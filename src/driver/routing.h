@@ -13,7 +13,7 @@ extern const std::array<bool, kHighestCommandCode + 1> only_written;
 /// True for a code that takes part in no step but those that every command takes part in: such a
 /// command is written, and that is all, unless something waits to go before it.
 inline bool is_only_written(std::uint32_t code) {
-  return only_written[code];
+  return code > kHighestCommandCode || only_written[code];
 }
 
 /// Routes the command that stands in `loop.record`, through all steps that its code takes part in.

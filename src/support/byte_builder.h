@@ -12,11 +12,11 @@ namespace rlx {
 /// Assembles a short sequence of bytes in place. Whoever uses one chooses a capacity that holds the
 /// longest sequence possible; what would not fit all the same is left out, never written past the
 /// end.
-template <std::size_t kCapacity>
+template <std::size_t Capacity>
 class ByteBuilder {
  public:
   void append(std::string_view text) {
-    if (text.size() <= kCapacity - length_) {
+    if (text.size() <= Capacity - length_) {
       std::memcpy(bytes_.data() + length_, text.data(), text.size());
       length_ += text.size();
     }
@@ -41,7 +41,7 @@ class ByteBuilder {
   std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.data()), length_}; }
 
  private:
-  std::array<std::uint8_t, kCapacity> bytes_;
+  std::array<std::uint8_t, Capacity> bytes_;
   std::size_t length_ = 0;
 };
 

@@ -50,29 +50,39 @@ void reset_filter() {
   reset_page_writer();
 }
 
-JobResult run_job(const std::vector<std::string>& options, std::string_view input, Road road) {
+int run_job_here(const std::vector<std::string>& options, Road road) {
   reset_filter();
   loop_state.fast_road = road == Road::fast;
   std::vector<std::string> words{"filter"};
   words.insert(words.end(), options.begin(), options.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) {
     argv.push_back(word.data());
   }
   argv.push_back(nullptr);
+  int status = start_up(static_cast<int>(words.size()), argv.data());
+  if (status == ST_OK) {
+    const JobEnd end = run_main_loop(loop_state);
+    status = end_job(end, loop_state.status);
+  }
+  // The settings point into `words`.
+  reset_filter();
+  return status;
+}
+
+JobResult run_job(const std::vector<std::string>& options, std::string_view input, Road road) {
   const StandardInput standard_input(input);
+  return run_job_from_current_input(options, road);
+}
+
+JobResult run_job_from_current_input(const std::vector<std::string>& options, Road road) {
   const CaptureDescriptor output(1);
   const CaptureDescriptor messages(2);
   JobResult result;
-  result.status = start_up(static_cast<int>(words.size()), argv.data());
-  if (result.status == ST_OK) {
-    const JobEnd end = run_main_loop(loop_state);
-    result.status = end_job(end, loop_state.status);
-  }
+  result.status = run_job_here(options, road);
   result.output = output.text();
   result.messages = messages.text();
-  // The settings point into `words`.
-  reset_filter();
   return result;
 }
 

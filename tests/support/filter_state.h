@@ -28,8 +28,15 @@ struct JobResult {
 /// How run_job converts: along both roads, or every command by itself.
 enum class Road { fast, record_by_record };
 
-/// Runs a whole job inside the test process, from the options (without the program name, which is
-/// "filter") to the released buffers. Not for jobs that end the process from inside.
+/// Runs a whole job inside the test process with the descriptors as they are, from the options
+/// (without the program name, which is "filter") to the released buffers. @return its exit status.
+int run_job_here(const std::vector<std::string>& options, Road road = Road::fast);
+
+/// The same with what it writes caught. Not for jobs that end the process from inside.
+JobResult run_job_from_current_input(const std::vector<std::string>& options,
+                                     Road road = Road::fast);
+
+/// The same for a job that is given.
 JobResult run_job(const std::vector<std::string>& options, std::string_view input,
                   Road road = Road::fast);
 
