@@ -39,7 +39,7 @@ std::string GaijiTest::put(std::string_view bytes, UndefinedGaijiRule rule) {
   return {out_.bytes.begin(), out_.bytes.begin() + out_.length};
 }
 
-void GaijiTest::expect_state(int set, int designation) {
+void GaijiTest::expect_state(int set, int designation) const {
   EXPECT_EQ(state_.set, set);
   EXPECT_EQ(state_.designation, designation);
 }

@@ -30,7 +30,7 @@ class GaijiTest : public FontLibraryTest {
   /// gaiji_put of a record with these bytes; what becomes of it.
   std::string put(std::string_view bytes, UndefinedGaijiRule rule = UndefinedGaijiRule::space);
 
-  void expect_state(int set, int designation);
+  void expect_state(int set, int designation) const;
 
   CharacterSetState state_;
   int status_ = 99;      ///< of the last `put`

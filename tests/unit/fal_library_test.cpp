@@ -16,7 +16,6 @@
 namespace rlx {
 namespace {
 
-using testing::describe_fonts;
 using testing::take_font_calls;
 
 using Calls = std::vector<std::string>;

@@ -1,6 +1,7 @@
 #include "forms/fcb.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -170,6 +171,15 @@ TEST_F(Fcb, CandidateThatIsADirectoryEndsTheSearchWithAnError) {
   std::filesystem::create_directories("a/fcbe/FORM");
   write_file("b/fcbe/FORM", "lpi 1200 20\n");
   EXPECT_EQ(load_named("FORM", {"a", "b"}), 1);
+}
+
+TEST_F(Fcb, CandidateThatCannotBeOpenedEndsTheSearchWithAnError) {
+  // A socket: it can be found but, even by root, not be opened.
+  std::filesystem::create_directories("a/fcbe");
+  ASSERT_EQ(mknod("a/fcbe/FORM", S_IFSOCK | 0600, 0), 0);
+  write_file("b/fcbe/FORM", "lpi 1200 20\n");
+  EXPECT_EQ(load_named("FORM", {"a", "b"}), 1);
+  EXPECT_EQ(load_named("a/fcbe/FORM", {"b"}), 1);
 }
 
 TEST_F(Fcb, SearchStopsAtTheFirstEmptyEntry) {
