@@ -241,7 +241,7 @@ TEST_F(FontSetsTest, OneSetKeepsWhatWasOpenedBeforeAnError) {
 // Lookup
 
 TEST_F(FontSetsTest, SetsStandInTheOrderOfOpening) {
-  EXPECT_EQ(find_font_set(0, kCodeSetG1), &font_sets.sets[0]);
+  EXPECT_EQ(find_font_set(0, kCodeSetG1), font_sets.sets.data());
   EXPECT_EQ(find_font_set(0, kCodeSetG3), &font_sets.sets[1]);
   EXPECT_EQ(find_font_set(1, kCodeSetG1), &font_sets.sets[2]);
   EXPECT_EQ(find_font_set(1, kCodeSetG3), &font_sets.sets[3]);
