@@ -276,13 +276,6 @@ constexpr bool every_letter_is_handled_once() {
 }
 static_assert(every_letter_is_handled_once());
 
-int apply_mode(int letter, const char* argument) {
-  if (const ModeOption* const option = find_row(kModeOptions, letter)) {
-    option->apply(argument);
-  }
-  return ST_OK;
-}
-
 int apply_value(int letter, const char* argument) {
   if (letter == kOptionError) {
     return kExitFailure;
@@ -293,13 +286,36 @@ int apply_value(int letter, const char* argument) {
   return is_skipped_in_second_pass(letter) ? ST_OK : illegal_option(letter);
 }
 
-/// Hands all options to `apply`, until it returns a status other than 0.
-int walk_options(int argc, char** argv, int (*apply)(int letter, const char* argument)) {
-  // 0 starts getopt afresh, also where an earlier walk stopped within a group of letters.
+/// The next option's letter; -1 behind the last one.
+int next_option(int argc, char** argv) {
+  return getopt(argc, argv, kOptionLetters);
+}
+
+/// Starts getopt afresh, also where an earlier walk stopped within a group of letters.
+void start_walk() {
   optind = 0;
   opterr = 1;
-  for (int letter = 0; (letter = getopt(argc, argv, kOptionLetters)) != -1;) {
-    const int status = apply(letter, optarg);
+}
+
+/// The first pass. It goes on after an error. @return 1 when there was one.
+int take_modes(int argc, char** argv) {
+  int status = ST_OK;
+  start_walk();
+  for (int letter = 0; (letter = next_option(argc, argv)) != -1;) {
+    if (letter == kOptionError) {
+      status = kExitFailure;
+    } else if (const ModeOption* const option = find_row(kModeOptions, letter)) {
+      option->apply(optarg);
+    }
+  }
+  return status;
+}
+
+/// The second pass. It ends at the first error.
+int take_values(int argc, char** argv) {
+  start_walk();
+  for (int letter = 0; (letter = next_option(argc, argv)) != -1;) {
+    const int status = apply_value(letter, optarg);
     if (status != ST_OK) {
       return status;
     }
@@ -311,13 +327,15 @@ int walk_options(int argc, char** argv, int (*apply)(int letter, const char* arg
 
 int parse_options(int argc, char** argv) {
   job_settings.program_name = argc > 0 ? argv[0] : "";
-  walk_options(argc, argv, apply_mode);
+  const int mode_status = take_modes(argc, argv);
 
   job_settings.print_conditions_enabled = 1;
   job_settings.undefined_gaiji_pattern = 0;
-  const int status = walk_options(argc, argv, apply_value);
-  if (status != ST_OK) {
-    return status;
+  const int status = take_values(argc, argv);
+  // getopt moves operands behind the options, so that the second pass may take one for an argument
+  // that the first one missed.
+  if (status != ST_OK || mode_status != ST_OK) {
+    return kExitFailure;
   }
   append_directory(fixed_paths::kDefaultResourceDirectory);
   return ST_OK;

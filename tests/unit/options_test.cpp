@@ -105,6 +105,15 @@ TEST_F(Options, NoOptionsLeaveTheDefaults) {
   EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
   EXPECT_EQ(job_settings.fcb_name, nullptr);
   EXPECT_EQ(job_settings.requested_resolution, 0);
+  EXPECT_EQ(job_settings.line_unit, 180);
+  EXPECT_EQ(job_settings.printer_class, 0x100000U);
+  EXPECT_EQ(job_settings.capability_F, 0);
+  EXPECT_EQ(job_settings.capability_g, 0);
+  EXPECT_EQ(job_settings.japanese_locale, 0);
+  EXPECT_EQ(job_settings.font_library_loaded, 0);
+  EXPECT_EQ(job_settings.ignore_flag, 0);
+  EXPECT_EQ(job_settings.record.spacing_index, 3);
+  EXPECT_EQ(job_settings.record.form_data_length, 0);
   EXPECT_EQ(job_settings.record.char_pitch_source, 0);
   EXPECT_EQ(job_settings.record.line_pitch_source, 0);
   EXPECT_EQ(job_settings.record.width_source, 0);
@@ -276,6 +285,14 @@ TEST_F(Options, MissingArgumentIsDiagnosedByBothPassesAndEndsWithStatus1) {
   for (const char letter : std::string("clLwnpbFJjerGM")) {
     const std::string line = kProgram + ": option requires an argument -- '" + letter + "'\n";
     expect_refused({std::string("-") + letter}, line + line);
+  }
+}
+
+TEST_F(Options, OperandDoesNotBecomeTheArgumentThatTheLastOptionLacks) {
+  // getopt moves it there after the first pass, so only that one speaks.
+  for (const char letter : std::string("clLwnpbFJjeGM")) {
+    expect_refused({"6", std::string("-") + letter},
+                   kProgram + ": option requires an argument -- '" + letter + "'\n");
   }
 }
 
