@@ -18,15 +18,18 @@ class KeptLater {
     const int place = place_of_setting(command, count, bytes);
     if (place == kKeptInGeneralBuffer) {
       keep_setting(command, count, bytes);
-    } else if (place != kKeptNowhere && count <= kSlotBytes) {
-      sequences_[static_cast<std::size_t>(place)] = {bytes, count};
-      slots_ |= 1U << place;
+      return;
     }
+    // Sequences that are kept nowhere, or too long, are noted in a place that is no slot: that
+    // costs less than a branch that cannot be foretold.
+    const int slot = place == kKeptNowhere || count > kSlotBytes ? 0 : place;
+    sequences_[static_cast<std::size_t>(slot)] = {bytes, count};
+    slots_ |= 1U << slot;
   }
 
   /// Keeps what has come together.
   void keep_now() {
-    for (; slots_ != 0; slots_ &= slots_ - 1) {
+    for (slots_ &= ~1U; slots_ != 0; slots_ &= slots_ - 1) {
       const int slot = std::countr_zero(slots_);
       const Sequence& sequence = sequences_[static_cast<std::size_t>(slot)];
       keep_in_slot(slot, sequence.count, sequence.bytes);
@@ -39,7 +42,7 @@ class KeptLater {
     std::int32_t count;
   };
 
-  std::uint32_t slots_ = 0;  ///< a bit for each slot number
+  std::uint32_t slots_ = 0;  ///< a bit for each slot number; bit 0 means nothing
   std::array<Sequence, kSlotCount + 1> sequences_;
 };
 

@@ -133,6 +133,18 @@ constexpr auto kStepMasks = [] {
 /// The steps that every command takes part in.
 constexpr StepMask kCommonSteps = kStepMasks[CMD_NONE];
 
+/// The steps without effect on a page that has started and has content, while nothing is held.
+constexpr StepMask kStartedPageSteps = [] {
+  StepMask mask = 0;
+  for (std::size_t step = 0; step < kSteps.size(); ++step) {
+    const auto take = kSteps[step].take;
+    if (take == note_content || take == note_page_start || take == release_movement) {
+      mask |= StepMask{1} << step;
+    }
+  }
+  return mask;
+}();
+
 StepMask steps_of(std::uint32_t code) {
   return code <= kHighestCommandCode ? kStepMasks[code] : kCommonSteps;
 }
@@ -147,10 +159,11 @@ bool is_ordinary(const LoopState& loop) {
 
 }  // namespace
 
-const std::array<bool, kHighestCommandCode + 1> only_written = [] {
-  std::array<bool, kHighestCommandCode + 1> only{};
+const std::array<OnlyWritten, kHighestCommandCode + 1> only_written = [] {
+  std::array<OnlyWritten, kHighestCommandCode + 1> only{};
   for (std::size_t code = 0; code < only.size(); ++code) {
-    only[code] = kStepMasks[code] == kCommonSteps;
+    only[code].always = kStepMasks[code] == kCommonSteps;
+    only[code].on_started_page = (kStepMasks[code] & ~kStartedPageSteps) == kCommonSteps;
   }
   return only;
 }();

@@ -16,7 +16,7 @@ namespace {
 /// is due and no character is incomplete.
 constexpr std::ptrdiff_t kBurstInput = 96;
 constexpr std::ptrdiff_t kBurstOutput = 128;
-static_assert(kBurstInput >= kScanBytes + kReadyBytes);
+static_assert(kBurstInput >= kScanBytes + kReadyBytes + kFewBytes);
 static_assert(kBurstOutput >= kScanBytes + kMaxReadySequence + kScanBytes);
 /// Room that is copied for a character at once.
 constexpr std::size_t kCharacterRoom = 8;
@@ -73,7 +73,7 @@ inline bool TextRun::burst_form_line(Cursor& at) {
 /// the loop must have been set by the text before it.
 inline bool TextRun::burst_sequence(Cursor& at) {
   const ReadySequence sequence = ready_sequence(at.next);
-  if (sequence.length == 0 || !is_only_written(sequence.code) || !text_is_noted()) {
+  if (sequence.length == 0 || !text_is_noted_ || !is_only_written_on_started_page(sequence.code)) {
     return false;
   }
   const auto length = static_cast<std::size_t>(sequence.length);
@@ -87,6 +87,9 @@ inline bool TextRun::burst_sequence(Cursor& at) {
   at.next += sequence.length;
   at.out += sequence.length;
   text_ = at.next;
+  if (!at.double_byte) {
+    copy(at, few_single_bytes_at_front(at.next));
+  }
   return true;
 }
 
@@ -104,6 +107,9 @@ inline void TextRun::keep_switches(Cursor& at) {
 
 /// Single bytes while the single-byte set is selected, and what ends them if it can be taken.
 inline bool TextRun::burst_single_byte(Cursor& at) {
+  if (kind_of(*at.next).byte_class == ByteClass::sequence) {
+    return burst_sequence(at);
+  }
   const std::size_t count = single_bytes_at_front(at.next, line_end());
   copy(at, count);
   if (count == kScanBytes) {
@@ -120,17 +126,35 @@ inline bool TextRun::burst_single_byte(Cursor& at) {
   return kind.byte_class == ByteClass::lf && lines_ == LineMode::form && burst_form_line(at);
 }
 
+/// Text behind multi-byte characters, and the switch to the next ones when it is short.
+inline void TextRun::burst_few_single_bytes(Cursor& at) {
+  put(at, kToSingleByte, 0);
+  *at.out++ = *at.next++;
+  copy(at, few_single_bytes_at_front(at.next));
+  const ByteKind kind = kind_of(*at.next);
+  if (kind.byte_class == ByteClass::lead && at.next[kind.length - 1] != kFormFeed) {
+    put(at, kToDoubleByte, 0);
+  }
+}
+
 /// Multi-byte characters while the double-byte set is selected, and one byte or character behind
 /// them.
 inline bool TextRun::burst_double_byte(Cursor& at) {
-  copy(at, three_byte_characters_at_front(at.next));
+  // Usually characters of three bytes fill the run of high bytes. Where it ends is known sooner
+  // than that they do, and what comes next need not wait for the answer, which is foretold.
+  const std::size_t high_bytes = high_bytes_at_front(at.next);
+  if (are_three_byte_characters(at.next, high_bytes)) [[likely]] {
+    copy(at, high_bytes);
+  } else {
+    copy(at, three_byte_characters_at_front(at.next));
+  }
   const ByteKind kind = kind_of(*at.next);
   switch (kind.byte_class) {
     case ByteClass::lead:
       return copy_character(at, kind.length);
     case ByteClass::printable:
-      put(at, kToSingleByte, 0);
-      break;
+      burst_few_single_bytes(at);
+      return true;
     case ByteClass::invalid:
       put(at, kToSingleByte, kSizeSequenceBytes);
       break;

@@ -39,7 +39,8 @@ TextRun::TextRun(LoopState& loop, const std::uint8_t* next, const std::uint8_t* 
       next_(next),
       end_(end),
       text_(next),
-      lines_(line_mode(loop)) {}
+      lines_(line_mode(loop)),
+      text_is_noted_(flags_are_set()) {}
 
 /// Selects the set of a switch. The switch is kept before its character is written, so that a cut
 /// which the character makes repeats it already.
@@ -190,10 +191,15 @@ bool TextRun::take_sequence() {
     return false;
   }
   const ReadySequence sequence = ready_sequence(next_);
-  if (sequence.length == 0 || !is_only_written(sequence.code) || !make_room(sequence.length)) {
+  if (sequence.length == 0) {
     return false;
   }
   note_text();
+  const bool nothing_else = text_is_noted_ ? is_only_written_on_started_page(sequence.code)
+                                           : is_only_written(sequence.code);
+  if (!nothing_else || !make_room(sequence.length)) {
+    return false;
+  }
   sink_.append(next_, sequence.length);
   if (job_settings.framed_output == 0) {
     kept_.keep(sequence.code, sequence.length, next_);
@@ -226,7 +232,7 @@ bool TextRun::take_some() {
 
 /// Sets the flags of the loop that the text taken so far sets.
 void TextRun::note_text() {
-  if (text_is_noted()) {
+  if (text_is_noted_) {
     return;
   }
   bool content = loop_.content_since_conditions && job_settings.page_has_content != 0;
@@ -240,6 +246,7 @@ void TextRun::note_text() {
   loop_.content_since_conditions = loop_.content_since_conditions || content;
   job_settings.page_has_content |= content ? 1 : 0;
   job_settings.page_started = started ? 1 : 0;
+  text_is_noted_ = flags_are_set();
 }
 
 int TextRun::take() {

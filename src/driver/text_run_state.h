@@ -51,6 +51,7 @@ class TextRun {
   void burst();
   bool burst_single_byte(Cursor& at);
   bool burst_double_byte(Cursor& at);
+  void burst_few_single_bytes(Cursor& at);
   bool burst_form_line(Cursor& at);
   bool burst_sequence(Cursor& at);
   void keep_switches(Cursor& at);
@@ -70,8 +71,7 @@ class TextRun {
   bool make_room(std::int32_t count);
   void select(const SetSwitch& set_switch);
   void note_text();
-  /// True when all that text can set in the flags of the loop is set.
-  bool text_is_noted() const {
+  bool flags_are_set() const {
     return loop_.content_since_conditions && job_settings.page_has_content != 0 &&
            job_settings.page_started != 0;
   }
@@ -88,6 +88,8 @@ class TextRun {
   /// Text from here to `next_` has not been noted in the flags of the loop.
   const std::uint8_t* text_;
   LineMode lines_;
+  /// All that text can set in the flags of the loop is set.
+  bool text_is_noted_;
   int status_ = ST_OK;
   KeptLater kept_;
   /// The pitch of the last form line, and its lines per inch.

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "job/status.h"
+#include "support/wide_pipe.h"
 
 namespace rlx {
 
@@ -20,6 +21,7 @@ struct RawInput {
   int final_status = ST_OK;  ///< ST_EOF or ST_IOERR once met
   int error_number = 0;
   void (*before_waiting)() = nullptr;
+  bool pipe_widened = false;
   std::array<std::uint8_t, kInputBufferBytes> bytes;
 };
 
@@ -64,6 +66,11 @@ int raw_refill() {
   }
   raw_window.next = input.bytes.data();
   raw_window.end = raw_window.next + count;
+  if (static_cast<std::size_t>(count) == kInputBufferBytes && !input.pipe_widened) {
+    // More stands ready than the buffer holds: a large job.
+    input.pipe_widened = true;
+    widen_pipe(STDIN_FILENO);
+  }
   return ST_OK;
 }
 
@@ -92,6 +99,7 @@ void reset_raw_input() {
   input.final_status = ST_OK;
   input.error_number = 0;
   input.before_waiting = nullptr;
+  input.pipe_widened = false;
 }
 
 }  // namespace rlx

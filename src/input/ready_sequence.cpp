@@ -15,50 +15,56 @@ constexpr std::size_t kIntroducers = 2;
 /// ESC or FS, and the byte that says what kind of sequence it is.
 constexpr std::size_t kFrontBytes = 2;
 
-/// What gives a sequence its code, once its last byte is found.
-enum class CodeFrom : std::uint8_t {
-  nothing,    ///< not for this road
-  complete,   ///< the two bytes at the front, which are all
-  front,      ///< the two bytes at the front
-  csi_final,  ///< the last byte
-  q_final,    ///< the separator and the last byte
+/// What kind of sequence the two front bytes begin; all but the first two end with a byte that
+/// gives, together with the one before it, the code.
+enum class Kind : std::uint8_t {
+  none,      ///< not for this road
+  complete,  ///< the front bytes are all
+  fixed,     ///< the front bytes alone give the code
+  csi,
+  q,
+};
+constexpr std::size_t kKinds = 5;
+
+/// How a sequence goes on behind its two front bytes: up to the first byte of a range.
+struct Shape {
+  Kind kind = Kind::none;
+  std::uint8_t most = kMaxReadySequence;  ///< bytes of the longest such sequence
+  std::uint16_t code = 0;                 ///< what the front bytes say of the code
+  ByteRange final;
 };
 
-/// How a sequence goes on behind its two front bytes: up to the first byte in `low` to `low` +
-/// `range`, which may have to be the third byte.
-struct Shape {
-  CodeFrom code_from = CodeFrom::nothing;
-  std::uint8_t low = 0;
-  std::uint8_t range = 0;
-  std::uint8_t most = kMaxReadySequence;  ///< bytes of the longest such sequence
-  std::uint32_t code = CMD_IGNORE;
-};
+constexpr Shape shape_with_code(Kind kind, std::uint8_t most, const TableRow& row,
+                                ByteRange final) {
+  return {kind, most, static_cast<std::uint16_t>(row.code), final};
+}
 
 constexpr Shape esc_shape(const TableRow& row) {
   constexpr std::uint8_t kFixedLength = 3;
   switch (row.form) {
     case kEscDollar:
-      return {CodeFrom::front, '@', 0, kFixedLength, row.code};
+      return shape_with_code(Kind::fixed, kFixedLength, row, {'@', '@'});
     case kEscParen:
-      return {CodeFrom::front, 'H', 0, kFixedLength, row.code};
+      return shape_with_code(Kind::fixed, kFixedLength, row, {'H', 'H'});
     case kEscQ:
-      return {CodeFrom::q_final, 0x40, kDel - 0x40};
+      return {Kind::q, kMaxReadySequence, 0, {0x40, kDel}};
     case kEscCsi:
-      return {CodeFrom::csi_final, 0x40, 0x7e - 0x40};
+      return {Kind::csi, kMaxReadySequence, 0, {0x40, 0x7e}};
     default:
       return {};
   }
 }
 
 constexpr Shape fs_shape(const TableRow& row) {
-  if (row.form == kFsNothingMore) {
-    return {CodeFrom::complete, 0, 0, 0, row.code};
+  switch (row.form) {
+    case kFsNothingMore:
+      return shape_with_code(Kind::complete, 0, row, {});
+    case kFsParameters:
+      return shape_with_code(Kind::fixed, kMaxReadySequence, row,
+                             {kFirstFsTerminator, kLastFsTerminator});
+    default:
+      return {};
   }
-  if (row.form != kFsParameters) {
-    return {};
-  }
-  return {CodeFrom::front, kFirstFsTerminator, kLastFsTerminator - kFirstFsTerminator,
-          kMaxReadySequence, row.code};
 }
 
 /// The shapes by introducer (ESC, FS) and second byte.
@@ -71,8 +77,19 @@ constexpr auto kShapes = [] {
   return shapes;
 }();
 
+/// The bytes before a final byte that codes depend on; 0 stands for any other.
+constexpr std::array<std::uint8_t, 4> kSeparators{0, ' ', '!', '/'};
+
+constexpr auto kSeparatorIndex = [] {
+  std::array<std::uint8_t, 256> index{};
+  for (std::uint8_t i = 1; i < kSeparators.size(); ++i) {
+    index[kSeparators[i]] = i;
+  }
+  return index;
+}();
+
 /// The code of an ESC "Q" sequence that has no data; CMD_IGNORE for any other.
-std::uint32_t code_without_data(std::uint8_t separator, std::uint8_t final) {
+constexpr std::uint32_t q_code(std::uint8_t separator, std::uint8_t final) {
   const QRow& row = row_of<kQTable>(final);
   switch (row.form) {
     case kQSpaceOrExclamation:
@@ -85,32 +102,42 @@ std::uint32_t code_without_data(std::uint8_t separator, std::uint8_t final) {
   }
 }
 
-std::uint32_t csi_code(std::uint8_t final) {
+constexpr std::uint32_t csi_code(std::uint8_t before, std::uint8_t final) {
   const TableRow& row = row_of<kCsiTable>(final);
-  return row.form == kCsiPlain ? row.code : std::uint32_t{CMD_IGNORE};
+  return row.form != kCsiAfterSpace || before == ' ' ? row.code : std::uint32_t{CMD_IGNORE};
 }
+
+/// What the end of a sequence says of its code, by kind, separator and final byte: the whole code,
+/// or nothing (0) when the front says it. Adding both needs no branch, which no processor could
+/// foretell in a job with sequences of many kinds.
+constexpr auto kEndCodes = [] {
+  std::array<std::array<std::array<std::uint16_t, 128>, kSeparators.size()>, kKinds> codes{};
+  for (std::size_t i = 0; i < kSeparators.size(); ++i) {
+    for (std::uint8_t final = 0; final < 128; ++final) {
+      codes[static_cast<std::size_t>(Kind::csi)][i][final] =
+          static_cast<std::uint16_t>(csi_code(kSeparators[i], final));
+      codes[static_cast<std::size_t>(Kind::q)][i][final] =
+          static_cast<std::uint16_t>(q_code(kSeparators[i], final));
+    }
+  }
+  return codes;
+}();
 
 std::uint32_t code_of(const Shape& shape, const std::uint8_t* last) {
-  switch (shape.code_from) {
-    case CodeFrom::q_final:
-      return code_without_data(last[-1], *last);
-    case CodeFrom::csi_final:
-      return csi_code(*last);
-    default:
-      return shape.code;
-  }
+  const auto& by_separator = kEndCodes[static_cast<std::size_t>(shape.kind)];
+  return std::uint32_t{shape.code} + by_separator[kSeparatorIndex[last[-1]]][*last];
 }
 
-/// Position, counted from the introducer, of the byte that ends a sequence; kMaxReadySequence or
-/// more if it does not stand in the 64 bytes there.
+/// Position, counted from the introducer, of the byte that ends a sequence; kReadyBytes if it does
+/// not stand there.
 std::size_t find_last(const std::uint8_t* bytes, const Shape& shape) {
-  std::size_t at = kFrontBytes;
-  std::size_t found = kScanBytes;
-  while (found == kScanBytes && at + kScanBytes <= kReadyBytes) {
-    found = first_in_range(bytes + at, shape.low, shape.range);
-    at += found;
+  for (std::size_t at = kFrontBytes; at < kReadyBytes; at += kFewBytes) {
+    const std::size_t found = first_few_in_range(bytes + at, shape.final);
+    if (found < kFewBytes) {
+      return at + found;
+    }
   }
-  return at;
+  return kReadyBytes;
 }
 
 }  // namespace
@@ -120,10 +147,10 @@ ReadySequence ready_sequence(const std::uint8_t* bytes) {
     return kNone;
   }
   const Shape& shape = kShapes[*bytes == kEsc ? 0 : 1][bytes[1]];
-  if (shape.code_from == CodeFrom::nothing) {
+  if (shape.kind == Kind::none) {
     return kNone;
   }
-  if (shape.code_from == CodeFrom::complete) {
+  if (shape.kind == Kind::complete) {
     return {shape.code, kFrontBytes};
   }
   const std::size_t last = find_last(bytes, shape);

@@ -68,25 +68,91 @@ inline std::size_t single_bytes_at_front(const std::uint8_t* bytes, std::uint8_t
   return detail::first_byte(detail::words_of(other));
 }
 
-/// Position of the first of the 16 bytes at `bytes` that lies in `low` to `low` + `range`; 16 if
-/// none does.
-inline std::size_t first_in_range(const std::uint8_t* bytes, std::uint8_t low, std::uint8_t range) {
-  const detail::ScanVector text = detail::load_scan(bytes);
-  const detail::ScanMask in_range = text - low <= range;
-  return detail::first_byte(detail::words_of(in_range));
+/// Bytes that the functions of few bytes look at. They find what they look for by a shorter chain
+/// of steps than the ones of 16, which counts where the next thing to look for stands close by.
+inline constexpr std::size_t kFewBytes = 8;
+
+namespace detail {
+
+/// A byte in each place of a word.
+constexpr std::uint64_t in_each(std::uint8_t byte) {
+  return 0x0101010101010101U * byte;
+}
+
+inline constexpr std::uint64_t kHighBits = in_each(0x80);
+
+inline std::uint64_t load_word(const std::uint8_t* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof(word));
+  return word;
+}
+
+}  // namespace detail
+
+/// Of the 8 bytes at `bytes`, how many at the front are 0x20 to 0x7f.
+inline std::size_t few_single_bytes_at_front(const std::uint8_t* bytes) {
+  const std::uint64_t word = detail::load_word(bytes);
+  const std::uint64_t at_least_0x20 = (word | detail::kHighBits) - detail::in_each(0x20);
+  return detail::first_byte((~at_least_0x20 | word) & detail::kHighBits);
+}
+
+/// A range of 7-bit bytes, made ready for first_few_in_range.
+struct ByteRange {
+  std::uint64_t low = 0;
+  std::uint64_t above_high = 0;
+
+  constexpr ByteRange() = default;
+  /// @param last  at most 0x7f.
+  constexpr ByteRange(std::uint8_t first, std::uint8_t last)
+      : low(detail::in_each(first)),
+        above_high(detail::in_each(static_cast<std::uint8_t>(last + 1))) {}
+};
+
+/// Position of the first of the 8 bytes at `bytes` that lies in a range; 8 if none does.
+inline std::size_t first_few_in_range(const std::uint8_t* bytes, const ByteRange& range) {
+  const std::uint64_t word = detail::load_word(bytes);
+  const std::uint64_t raised = word | detail::kHighBits;
+  const std::uint64_t inside = (raised - range.low) & ~(raised - range.above_high) & ~word;
+  return detail::first_byte(inside & detail::kHighBits);
+}
+
+/// Of the 16 bytes at `bytes`, how many at the front are 0x80 or above.
+inline std::size_t high_bytes_at_front(const std::uint8_t* bytes) {
+  const std::uint64_t first = ~detail::load_word(bytes) & detail::kHighBits;
+  const std::uint64_t second = ~detail::load_word(bytes + 8) & detail::kHighBits;
+  const std::size_t in_first = detail::first_byte(first);
+  const std::size_t in_second = 8 + detail::first_byte(second);
+  return first != 0 ? in_first : in_second;
+}
+
+namespace detail {
+
+/// For 16 bytes, marks where whole characters of three bytes, none of which ends in FF, are broken.
+inline ScanWords mark_broken_characters(const std::uint8_t* bytes) {
+  using Byte = std::uint8_t;
+  constexpr std::size_t kCharacter = 3;
+  const ScanVector text = load_scan(bytes);
+  const ScanMask no_lead = (text & Byte{0xf0}) != Byte{0xe0};
+  const ScanMask form_feed = text == kFormFeed;
+  return words_of((no_lead & every(kCharacter, 0)) |
+                  (form_feed & every(kCharacter, kCharacter - 1)));
+}
+
+}  // namespace detail
+
+/// True when the first `count` of the 16 bytes at `bytes`, 15 at most, are whole characters of
+/// three bytes none of which ends in FF.
+inline bool are_three_byte_characters(const std::uint8_t* bytes, std::size_t count) {
+  constexpr std::uint32_t kWholeCounts = 0b1001001001001001;
+  return (kWholeCounts >> count & 1) != 0 &&
+         detail::first_byte(detail::mark_broken_characters(bytes)) >= count;
 }
 
 /// Of the 15 bytes at `bytes` (16 are readable), how many at the front are whole characters of
 /// three bytes none of which ends in FF.
 inline std::size_t three_byte_characters_at_front(const std::uint8_t* bytes) {
-  using Byte = std::uint8_t;
   constexpr std::size_t kCharacter = 3;
-  const detail::ScanVector text = detail::load_scan(bytes);
-  const detail::ScanMask no_lead = (text & Byte{0xf0}) != Byte{0xe0};
-  const detail::ScanMask form_feed = text == kFormFeed;
-  const detail::ScanMask bad = (no_lead & detail::every(kCharacter, 0)) |
-                               (form_feed & detail::every(kCharacter, kCharacter - 1));
-  const std::size_t first_bad = detail::first_byte(detail::words_of(bad));
+  const std::size_t first_bad = detail::first_byte(detail::mark_broken_characters(bytes));
   return first_bad < kScanBytes ? first_bad / kCharacter * kCharacter : kScanBytes - 1;
 }
 

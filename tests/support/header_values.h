@@ -33,10 +33,10 @@ struct HeaderValues {
   std::int32_t second_offset = 0;
 };
 
-template <std::size_t kRoom>
-void set_text(std::array<char, kRoom>& field, std::string_view text) {
+template <std::size_t Room>
+void set_text(std::array<char, Room>& field, std::string_view text) {
   field.fill('\0');
-  text.copy(field.data(), kRoom - 1);
+  text.copy(field.data(), Room - 1);
 }
 
 /// Puts values in force, as a print-condition record and a form do.

@@ -1,0 +1,132 @@
+#include "driver/kept_later.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "support/filter_state.h"
+#include "support/page_data.h"
+#include "support/printer_blocks.h"
+
+namespace rlx::testing {
+namespace {
+
+struct Setting {
+  std::uint32_t command;
+  std::string sequence;
+};
+
+/// One of every place, of the general buffer, and of none.
+const std::vector<Setting>& settings_of_every_place() {
+  static const std::vector<Setting> settings{
+      {289, "\x1b$@"},    {292, "\x1b(H"},   {347, "\x1cJ"},    {348, "\x1cK"},
+      {328, "\x1c(`1p"},  {328, "\x1c(a1p"}, {328, "\x1c(b1p"}, {328, "\x1c("},
+      {396, "\x1b[5 E"},  {441, "\x1bQ1 y"}, {498, "\x1bQ2!f"}, {437, "\x1bQ3 p"},
+      {510, "\x1bQ4/E"},  {511, "\x1bQ5/F"}, {513, "\x1bQ6/G"}, {325, "\x1c%!\"p"},
+      {324, "\x1c$!p"},   {326, "\x1c&!p"},  {330, "\x1c*!p"},  {493, "\x1bQ7!R"},
+      {322, "\x1c\"\"p"}, {469, "\x1bQ8!y"}, {3840, "\xfe"},
+  };
+  return settings;
+}
+
+/// What the carried-settings block says; nothing is kept afterwards.
+std::string kept_block() {
+  return output_of([] { EXPECT_EQ(out_kept_settings(), 0); });
+}
+
+/// What the block says when each setting is kept at once.
+std::string kept_at_once(const std::vector<Setting>& settings) {
+  for (const Setting& setting : settings) {
+    keep(setting.command, setting.sequence);
+  }
+  return kept_block();
+}
+
+void keep_later(KeptLater& later, const Setting& setting) {
+  later.keep(setting.command, count_of(setting.sequence), raw(setting.sequence));
+}
+
+/// The same by way of KeptLater, which hands on behind every `every`-th setting and at the end.
+std::string kept_later(const std::vector<Setting>& settings, std::size_t every) {
+  KeptLater later;
+  for (std::size_t i = 0; i < settings.size(); ++i) {
+    keep_later(later, settings[i]);
+    if (i % every == every - 1) {
+      later.keep_now();
+    }
+  }
+  later.keep_now();
+  return kept_block();
+}
+
+class KeptLaterTest : public FilterTest {};
+
+TEST_F(KeptLaterTest, EachSettingAloneIsKeptAsAtOnce) {
+  for (const Setting& setting : settings_of_every_place()) {
+    EXPECT_EQ(kept_later({setting}, 1), kept_at_once({setting})) << setting.command;
+  }
+}
+
+TEST_F(KeptLaterTest, NothingIsWrittenBeforeItIsHandedOn) {
+  const Setting setting{292, "\x1b(H"};
+  KeptLater later;
+  keep_later(later, setting);
+  EXPECT_EQ(kept_block(), "");
+  later.keep_now();
+  EXPECT_EQ(kept_block(), block('6', "\x1b(H"));
+}
+
+TEST_F(KeptLaterTest, TheLastSettingOfAPlaceCounts) {
+  EXPECT_EQ(kept_later({{289, "\x1b$@"}, {292, "\x1b(H"}, {289, "\x1b$@"}}, 100),
+            block('6', "\x1b$@"));
+  EXPECT_EQ(kept_later({{289, "\x1b$@"}, {292, "\x1b(H"}}, 100), block('6', "\x1b(H"));
+}
+
+TEST_F(KeptLaterTest, SettingsThatAddUpAllCount) {
+  EXPECT_EQ(kept_later({{324, "\x1c$1p"}, {324, "\x1c$2p"}, {493, "\x1bQ7!R"}}, 100),
+            block('6', "\x1c$1p\x1c$2p\x1bQ7!R"));
+}
+
+TEST_F(KeptLaterTest, ASettingThatIsTooLongLeavesTheEarlierOne) {
+  for (std::size_t length = 15; length <= 25; ++length) {
+    const Setting wide{325, "\x1c%" + std::string(length - 3, '1') + "p"};
+    const std::vector<Setting> settings{{325, "\x1c%2p"}, wide};
+    const std::string_view kept = length <= 19 ? std::string_view(wide.sequence) : "\x1c%2p";
+    EXPECT_EQ(kept_later(settings, 100), block('6', kept)) << length;
+    EXPECT_EQ(kept_later(settings, 1), block('6', kept)) << length;
+  }
+}
+
+TEST_F(KeptLaterTest, WhatIsHandedOnIsNotHandedOnAgain) {
+  std::string bytes = "\x1bQ1 y";
+  KeptLater later;
+  later.keep(441, count_of(bytes), raw(bytes));
+  later.keep_now();
+  bytes = "\x1bQ2 y";
+  later.keep_now();
+  EXPECT_EQ(kept_block(), block('6', "\x1bQ1 y"));
+  later.keep_now();
+  EXPECT_EQ(kept_block(), "");
+}
+
+TEST_F(KeptLaterTest, AgreesOnAnyOrderHoweverOftenItIsHandedOn) {
+  std::mt19937 generator(23);
+  const std::vector<Setting>& every_place = settings_of_every_place();
+  for (std::size_t round = 0; round < 2000; ++round) {
+    std::vector<Setting> settings;
+    for (std::size_t i = 1 + generator() % 40; i > 0; --i) {
+      Setting setting = every_place[generator() % every_place.size()];
+      setting.sequence.insert(setting.sequence.size() - 1, generator() % 22, '9');
+      settings.push_back(std::move(setting));
+    }
+    ASSERT_EQ(kept_later(settings, 1 + round % 9), kept_at_once(settings)) << round;
+  }
+}
+
+}  // namespace
+}  // namespace rlx::testing
