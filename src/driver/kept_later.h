@@ -20,16 +20,18 @@ class KeptLater {
       keep_setting(command, count, bytes);
       return;
     }
-    // Sequences that are kept nowhere, or too long, are noted in a place that is no slot: that
-    // costs less than a branch that cannot be foretold.
-    const int slot = place == kKeptNowhere || count > kSlotBytes ? 0 : place;
-    sequences_[static_cast<std::size_t>(slot)] = {bytes, count};
-    slots_ |= 1U << slot;
+    if (count > kSlotBytes) [[unlikely]] {
+      return;
+    }
+    // A sequence that is kept nowhere is noted all the same, in a place that is no slot: that costs
+    // less than a branch that no processor can foretell.
+    sequences_[static_cast<std::size_t>(place)] = {bytes, count};
+    slots_ |= 1U << place;
   }
 
   /// Keeps what has come together.
   void keep_now() {
-    for (slots_ &= ~1U; slots_ != 0; slots_ &= slots_ - 1) {
+    for (slots_ &= ~(1U << kKeptNowhere); slots_ != 0; slots_ &= slots_ - 1) {
       const int slot = std::countr_zero(slots_);
       const Sequence& sequence = sequences_[static_cast<std::size_t>(slot)];
       keep_in_slot(slot, sequence.count, sequence.bytes);
@@ -42,7 +44,7 @@ class KeptLater {
     std::int32_t count;
   };
 
-  std::uint32_t slots_ = 0;  ///< a bit for each slot number; bit 0 means nothing
+  std::uint32_t slots_ = 0;  ///< a bit for each slot number; kKeptNowhere's means nothing
   std::array<Sequence, kSlotCount + 1> sequences_;
 };
 

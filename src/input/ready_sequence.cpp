@@ -31,12 +31,14 @@ struct Shape {
   Kind kind = Kind::none;
   std::uint8_t most = kMaxReadySequence;  ///< bytes of the longest such sequence
   std::uint16_t code = 0;                 ///< what the front bytes say of the code
+  std::uint8_t length_mask = 0xff;        ///< 0 when the front bytes are all
   ByteRange final;
 };
 
 constexpr Shape shape_with_code(Kind kind, std::uint8_t most, const TableRow& row,
                                 ByteRange final) {
-  return {kind, most, static_cast<std::uint16_t>(row.code), final};
+  const std::uint8_t length_mask = kind == Kind::complete ? 0 : 0xff;
+  return {kind, most, static_cast<std::uint16_t>(row.code), length_mask, final};
 }
 
 constexpr Shape esc_shape(const TableRow& row) {
@@ -47,9 +49,9 @@ constexpr Shape esc_shape(const TableRow& row) {
     case kEscParen:
       return shape_with_code(Kind::fixed, kFixedLength, row, {'H', 'H'});
     case kEscQ:
-      return {Kind::q, kMaxReadySequence, 0, {0x40, kDel}};
+      return {Kind::q, kMaxReadySequence, 0, 0xff, {0x40, kDel}};
     case kEscCsi:
-      return {Kind::csi, kMaxReadySequence, 0, {0x40, 0x7e}};
+      return {Kind::csi, kMaxReadySequence, 0, 0xff, {0x40, 0x7e}};
     default:
       return {};
   }
@@ -58,7 +60,7 @@ constexpr Shape esc_shape(const TableRow& row) {
 constexpr Shape fs_shape(const TableRow& row) {
   switch (row.form) {
     case kFsNothingMore:
-      return shape_with_code(Kind::complete, 0, row, {});
+      return shape_with_code(Kind::complete, kFrontBytes, row, {0x00, 0x7f});
     case kFsParameters:
       return shape_with_code(Kind::fixed, kMaxReadySequence, row,
                              {kFirstFsTerminator, kLastFsTerminator});
@@ -150,10 +152,9 @@ ReadySequence ready_sequence(const std::uint8_t* bytes) {
   if (shape.kind == Kind::none) {
     return kNone;
   }
-  if (shape.kind == Kind::complete) {
-    return {shape.code, kFrontBytes};
-  }
-  const std::size_t last = find_last(bytes, shape);
+  // Of a complete one the last byte is the second, whatever is found behind it; again no branch.
+  const std::size_t mask = shape.length_mask;
+  const std::size_t last = (find_last(bytes, shape) & mask) | ((kFrontBytes - 1) & ~mask);
   if (last >= shape.most) {
     return kNone;
   }

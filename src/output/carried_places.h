@@ -13,10 +13,13 @@ namespace rlx {
 /// Number of slots; they are written in the order of their numbers.
 inline constexpr std::size_t kSlotCount = 12;
 /// The places that are no slot.
-inline constexpr int kKeptNowhere = -1;
-inline constexpr int kKeptInGeneralBuffer = 0;
+inline constexpr int kKeptNowhere = 0;
+inline constexpr int kKeptInGeneralBuffer = kSlotCount + 1;
 
 namespace detail {
+
+/// In the index: FS "(" has two settings, told apart by the third byte.
+inline constexpr int kByThirdByte = kKeptInGeneralBuffer + 1;
 
 struct PlaceRow {
   std::uint32_t command;
@@ -24,18 +27,28 @@ struct PlaceRow {
 };
 
 inline constexpr std::array kPlaces{
-    PlaceRow{CMD_ESC_DOLLAR_AT, 1}, PlaceRow{CMD_ESC_PAREN_H, 1}, PlaceRow{CMD_FS_J, 2},
-    PlaceRow{CMD_FS_K, 2},          PlaceRow{CMD_CSI_SP_E, 5},    PlaceRow{CMD_Q_YL_SP, 6},
-    PlaceRow{CMD_Q_FL_EX, 7},       PlaceRow{CMD_Q_PL_SP, 8},     PlaceRow{CMD_Q_E_SL, 9},
-    PlaceRow{CMD_Q_F_SL, 10},       PlaceRow{CMD_Q_G_SL, 11},     PlaceRow{CMD_FS_PERCENT, 12},
-    PlaceRow{CMD_FS_DOLLAR, 0},     PlaceRow{CMD_FS_AMP, 0},      PlaceRow{CMD_FS_STAR, 0},
-    PlaceRow{CMD_Q_R_EX, 0},
+    PlaceRow{CMD_ESC_DOLLAR_AT, 1},
+    PlaceRow{CMD_ESC_PAREN_H, 1},
+    PlaceRow{CMD_FS_J, 2},
+    PlaceRow{CMD_FS_K, 2},
+    PlaceRow{CMD_CSI_SP_E, 5},
+    PlaceRow{CMD_Q_YL_SP, 6},
+    PlaceRow{CMD_Q_FL_EX, 7},
+    PlaceRow{CMD_Q_PL_SP, 8},
+    PlaceRow{CMD_Q_E_SL, 9},
+    PlaceRow{CMD_Q_F_SL, 10},
+    PlaceRow{CMD_Q_G_SL, 11},
+    PlaceRow{CMD_FS_PERCENT, 12},
+    PlaceRow{CMD_FS_DOLLAR, kKeptInGeneralBuffer},
+    PlaceRow{CMD_FS_AMP, kKeptInGeneralBuffer},
+    PlaceRow{CMD_FS_STAR, kKeptInGeneralBuffer},
+    PlaceRow{CMD_Q_R_EX, kKeptInGeneralBuffer},
+    PlaceRow{CMD_FS_PAREN, kByThirdByte},
 };
 
 inline constexpr int kGraveSlot = 3;
 inline constexpr int kSmallASlot = 4;
 
-/// FS "(" has two settings, told apart by the third byte.
 inline int place_of_fs_paren(std::int32_t count, const std::uint8_t* bytes) {
   if (count < 3) {
     return kKeptNowhere;
@@ -53,16 +66,14 @@ inline int place_of_fs_paren(std::int32_t count, const std::uint8_t* bytes) {
 /// Highest command that is kept, for the index below.
 inline constexpr std::size_t kIndexSize = CMD_Q_G_SL + 1;
 
-constexpr std::array<std::int8_t, kIndexSize> index_places() {
-  std::array<std::int8_t, kIndexSize> index{};
-  index.fill(kKeptNowhere);
+static_assert(kKeptNowhere == 0);
+inline constexpr auto kPlaceIndex = [] {
+  std::array<std::uint8_t, kIndexSize> index{};
   for (const PlaceRow& row : kPlaces) {
-    index[row.command] = static_cast<std::int8_t>(row.place);
+    index[row.command] = static_cast<std::uint8_t>(row.place);
   }
   return index;
-}
-
-inline constexpr std::array<std::int8_t, kIndexSize> kPlaceIndex = index_places();
+}();
 
 }  // namespace detail
 
@@ -70,10 +81,8 @@ inline constexpr std::array<std::int8_t, kIndexSize> kPlaceIndex = index_places(
 /// @param command  code of the command that the sequence belongs to.
 /// @param bytes    the sequence; the third byte tells settings of FS "(" apart.
 inline int place_of_setting(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes) {
-  if (command == CMD_FS_PAREN) {
-    return detail::place_of_fs_paren(count, bytes);
-  }
-  return command < detail::kIndexSize ? detail::kPlaceIndex[command] : kKeptNowhere;
+  const int place = command < detail::kIndexSize ? detail::kPlaceIndex[command] : kKeptNowhere;
+  return place == detail::kByThirdByte ? detail::place_of_fs_paren(count, bytes) : place;
 }
 
 }  // namespace rlx
