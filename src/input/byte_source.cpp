@@ -29,7 +29,9 @@ void close_output() {
   prtclout();
 }
 
-/// An input without an END frame is complete all the same, once the output has one.
+/// An input without an END frame is complete all the same, once the output has one. What is still
+/// held for a frame is dropped, here and with a bad frame, deliberately: the frame that it belongs
+/// to never ended.
 [[noreturn]] void end_without_end_frame() {
   close_output();
   std::exit(ST_OK);

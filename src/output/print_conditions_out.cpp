@@ -11,6 +11,7 @@
 #include "output/line_spacing.h"
 #include "output/out_piece.h"
 #include "support/columns.h"
+#include "support/error_log.h"
 
 namespace rlx {
 
@@ -55,14 +56,19 @@ bool is_record(int command) {
   return command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
 }
 
+/// The length of a setting, for the 32-bit counts of the writers.
+std::int32_t first_length(Bytes bytes) {
+  return narrow_ulong_to_int(bytes.size(), "rlxset_data", "first_length", kKeepTruncated);
+}
+
 int write_bytes(Bytes bytes) {
-  return out_piece(static_cast<std::int32_t>(bytes.size()), bytes.data());
+  return out_piece(first_length(bytes), bytes.data());
 }
 
 /// Stored whatever the write returned; a failed write ends the job anyway.
 int write_and_keep(std::uint32_t command, Bytes bytes) {
   const int status = write_bytes(bytes);
-  keep_setting(command, static_cast<std::int32_t>(bytes.size()), bytes.data());
+  keep_setting(command, first_length(bytes), bytes.data());
   return status;
 }
 

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "support/filter_state.h"
+#include "support/interruptions.h"
 #include "support/printer_blocks.h"
 
 namespace rlx::testing {
@@ -202,28 +203,6 @@ TEST_F(ByteWriter, WriteFullyGivesTheErrorOfAWriteThatFails) {
   EXPECT_EQ(error, EBADF);
 }
 
-/// Fires signals that cut blocking writes short, as long as it lives.
-class Interruptions {
- public:
-  Interruptions() {
-    struct sigaction action {};
-    action.sa_handler = [](int) {};
-    sigaction(SIGALRM, &action, &saved_);
-    const itimerval often{{0, 500}, {0, 500}};
-    setitimer(ITIMER_REAL, &often, nullptr);
-  }
-  ~Interruptions() {
-    const itimerval never{};
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &saved_, nullptr);
-  }
-  Interruptions(const Interruptions&) = delete;
-  Interruptions& operator=(const Interruptions&) = delete;
-
- private:
-  struct sigaction saved_ {};
-};
-
 /// Reads a descriptor to its end, slowly, not hearing the signals.
 std::string read_slowly(int descriptor) {
   sigset_t alarm;
@@ -247,7 +226,7 @@ TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
   std::thread reader([&] { caught = read_slowly(ends[0]); });
   {
     const StandardOutput standard_output(ends[1]);
-    const Interruptions interruptions;
+    const testing::Interruptions interruptions;
     write_text(text);
     flush_output();
   }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/interruptions.h"
 
 namespace rlx {
 namespace {
@@ -53,6 +55,29 @@ TEST_F(RawInput, AnEmptyInputEndsAtOnce) {
   EXPECT_TRUE(raw_window.empty());
   EXPECT_EQ(raw_refill(), ST_EOF);
   EXPECT_TRUE(raw_window.empty());
+}
+
+TEST_F(RawInput, ReadsThatAreInterruptedGoOn) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  const int saved = dup(STDIN_FILENO);
+  dup2(ends[0], STDIN_FILENO);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    usleep(20000);  // many signals later
+    _exit(write(ends[1], "late", 4) == 4 ? 0 : 1);
+  }
+  close(ends[1]);
+  {
+    const Interruptions interruptions;
+    EXPECT_EQ(raw_refill(), ST_OK);
+    EXPECT_EQ(take_window(), "late");
+    EXPECT_EQ(raw_refill(), ST_EOF);
+  }
+  dup2(saved, STDIN_FILENO);
+  close(saved);
+  close(ends[0]);
+  EXPECT_EQ(waitpid(writer, nullptr, 0), writer);
 }
 
 TEST_F(RawInput, GivesAllBytesInOrderAroundTheBufferSize) {
