@@ -2,6 +2,7 @@
 # Checks everything, after installing what that needs:
 #   ./test.sh         format, all builds with their tests, lint, benchmarks' build
 #   ./test.sh quick   the release build with its tests
+#   ./test.sh long    all, and both roads of the filter compared on 100,000 generated jobs
 # Ends with a summary; the exit status is 0 when every step passed.
 set -euo pipefail
 
@@ -115,11 +116,19 @@ check_quickly() {
   step "release build and tests" check_preset release
 }
 
+compare_roads() {
+  RLX_GENERATED_JOBS=100000 build-release/tests/unit_tests --gtest_filter='Roads.*' --gtest_brief=1
+}
+
 case "${1-}" in
   '') check_all ;;
   quick) check_quickly ;;
+  long)
+    check_all
+    step "both roads on 100,000 jobs" compare_roads
+    ;;
   *)
-    say "usage: ./test.sh [quick]"
+    say "usage: ./test.sh [quick|long]"
     exit 2
     ;;
 esac

@@ -1,0 +1,43 @@
+// Gathering pieces into blocks and pages.
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstdint>
+
+#include "job/control_bytes.h"
+#include "job_input.h"
+#include "output/carried_settings.h"
+#include "output/page_writer.h"
+
+namespace rlx::bench {
+namespace {
+
+constexpr std::int32_t kPageBytes = 65536;
+
+/// Pages in pieces of so many bytes, and the settings that each block repeats.
+void BM_PageWriter(benchmark::State& state) {
+  constexpr std::array<std::uint8_t, 3> kSetting{0x1b, '(', 'H'};
+  constexpr std::uint8_t kPageEnd = kFormFeed;
+  const auto piece_bytes = static_cast<std::int32_t>(state.range(0));
+  const std::array<std::uint8_t, 4096> piece{};
+  if (allocate_page_buffers() != 0) {
+    state.SkipWithError("no memory");
+    return;
+  }
+  reset_carried_settings();
+  reset_page_writer();
+  for (auto _ : state) {
+    keep_setting(CMD_ESC_PAREN_H, kSetting.size(), kSetting.data());
+    for (std::int32_t written = 0; written < kPageBytes; written += piece_bytes) {
+      out_page_data(piece_bytes, piece.data());
+    }
+    out_page_data(1, &kPageEnd);
+  }
+  free_page_buffers();
+  count_bytes(state, kPageBytes);
+}
+BENCHMARK(BM_PageWriter)->Arg(1)->Arg(16)->Arg(128)->Arg(4096);
+
+}  // namespace
+}  // namespace rlx::bench
