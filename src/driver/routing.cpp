@@ -19,7 +19,11 @@ namespace {
 struct Step {
   Next (*take)(LoopState& loop);
   CodeSet codes;
+  /// Nothing comes of the step on a page that has started and has content, while nothing is held.
+  bool idle_on_started_page = false;
 };
+
+constexpr bool kIdleOnStartedPage = true;
 
 /// What puts something on the page: text, drawing and positioning.
 constexpr CodeSet kContent{267, 301, 425, 426, 427, 434, 435, 436, 456, 468, 469,  470,  471,
@@ -82,7 +86,7 @@ Next note_page_left(LoopState& /*loop*/) {
 /// The road of a command. The order is the printer's: conditions before what they govern, vertical
 /// movement before the text that it moves to, the command's own bytes last.
 constexpr std::array kSteps{
-    Step{note_content, kContent},
+    Step{note_content, kContent, kIdleOnStartedPage},
     Step{note_new_state, kNewState},
     Step{pass_rest_through, {CMD_Q_BQ_SL}},
     Step{skip_empty_record, CodeSet::all()},
@@ -95,10 +99,10 @@ constexpr std::array kSteps{
     Step{send_due_conditions, CodeSet::all_but(kHoldsConditionsBack)},
     Step{take_named_form, {482}},
     Step{drop_record_bytes, kPrintConditions},
-    Step{note_page_start, kStartsPage},
+    Step{note_page_start, kStartsPage, kIdleOnStartedPage},
     Step{note_page_left, kLeavesPage},
     Step{begin_form, kLeavesPage},
-    Step{release_movement, kReleasesMovement},
+    Step{release_movement, kReleasesMovement, kIdleOnStartedPage},
     Step{advance_form_line, {260}},
     Step{convert_text, kText},
     Step{convert_gaiji, {1280}},
@@ -133,14 +137,11 @@ constexpr auto kStepMasks = [] {
 /// The steps that every command takes part in.
 constexpr StepMask kCommonSteps = kStepMasks[CMD_NONE];
 
-/// The steps without effect on a page that has started and has content, while nothing is held.
+/// The steps that are idle on a started page.
 constexpr StepMask kStartedPageSteps = [] {
   StepMask mask = 0;
   for (std::size_t step = 0; step < kSteps.size(); ++step) {
-    const auto take = kSteps[step].take;
-    if (take == note_content || take == note_page_start || take == release_movement) {
-      mask |= StepMask{1} << step;
-    }
+    mask |= kSteps[step].idle_on_started_page ? StepMask{1} << step : 0;
   }
   return mask;
 }();

@@ -53,6 +53,18 @@ bool copy_character(Cursor& at, std::size_t length) {
   return true;
 }
 
+/// Text behind multi-byte characters, and the switch to the next ones when it is short.
+template <typename Cursor>
+void copy_few_single_bytes(Cursor& at) {
+  put(at, kToSingleByte, 0);
+  *at.out++ = *at.next++;
+  copy(at, few_single_bytes_at_front(at.next));
+  const ByteKind kind = kind_of(*at.next);
+  if (kind.byte_class == ByteClass::lead && at.next[kind.length - 1] != kFormFeed) {
+    put(at, kToDoubleByte, 0);
+  }
+}
+
 }  // namespace
 
 inline bool TextRun::burst_form_line(Cursor& at) {
@@ -126,17 +138,6 @@ inline bool TextRun::burst_single_byte(Cursor& at) {
   return kind.byte_class == ByteClass::lf && lines_ == LineMode::form && burst_form_line(at);
 }
 
-/// Text behind multi-byte characters, and the switch to the next ones when it is short.
-inline void TextRun::burst_few_single_bytes(Cursor& at) {
-  put(at, kToSingleByte, 0);
-  *at.out++ = *at.next++;
-  copy(at, few_single_bytes_at_front(at.next));
-  const ByteKind kind = kind_of(*at.next);
-  if (kind.byte_class == ByteClass::lead && at.next[kind.length - 1] != kFormFeed) {
-    put(at, kToDoubleByte, 0);
-  }
-}
-
 /// Multi-byte characters while the double-byte set is selected, and one byte or character behind
 /// them.
 inline bool TextRun::burst_double_byte(Cursor& at) {
@@ -153,7 +154,7 @@ inline bool TextRun::burst_double_byte(Cursor& at) {
     case ByteClass::lead:
       return copy_character(at, kind.length);
     case ByteClass::printable:
-      burst_few_single_bytes(at);
+      copy_few_single_bytes(at);
       return true;
     case ByteClass::invalid:
       put(at, kToSingleByte, kSizeSequenceBytes);

@@ -51,7 +51,6 @@ class TextRun {
   void burst();
   bool burst_single_byte(Cursor& at);
   bool burst_double_byte(Cursor& at);
-  void burst_few_single_bytes(Cursor& at);
   bool burst_form_line(Cursor& at);
   bool burst_sequence(Cursor& at);
   void keep_switches(Cursor& at);

@@ -84,8 +84,8 @@ constexpr std::array<std::uint8_t, 4> kSeparators{0, ' ', '!', '/'};
 
 constexpr auto kSeparatorIndex = [] {
   std::array<std::uint8_t, 256> index{};
-  for (std::uint8_t i = 1; i < kSeparators.size(); ++i) {
-    index[kSeparators[i]] = i;
+  for (std::size_t i = 1; i < kSeparators.size(); ++i) {
+    index[kSeparators[i]] = static_cast<std::uint8_t>(i);
   }
   return index;
 }();

@@ -27,25 +27,25 @@ TEST(CodeSet, HoldsItsCodesAlone) {
 }
 
 TEST(CodeSet, HoldsNoCodeAboveTheHighest) {
-  constexpr CodeSet all = CodeSet::all();
+  constexpr CodeSet kAll = CodeSet::all();
   for (const std::uint32_t code : {3841U, 3903U, 3904U, 4096U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
-    EXPECT_FALSE(all.contains(code));
+    EXPECT_FALSE(kAll.contains(code));
   }
-  EXPECT_EQ(members(all).size(), kHighestCommandCode + 1);
+  EXPECT_EQ(members(kAll).size(), kHighestCommandCode + 1);
 }
 
 TEST(CodeSet, AllButOthersIsTheRest) {
-  constexpr CodeSet rest = CodeSet::all_but(kSome);
-  EXPECT_EQ(members(rest).size(), kHighestCommandCode + 1 - 7);
+  constexpr CodeSet kRest = CodeSet::all_but(kSome);
+  EXPECT_EQ(members(kRest).size(), kHighestCommandCode + 1 - 7);
   for (std::uint32_t code = 0; code <= kHighestCommandCode; ++code) {
-    EXPECT_NE(rest.contains(code), kSome.contains(code)) << code;
+    EXPECT_NE(kRest.contains(code), kSome.contains(code)) << code;
   }
 }
 
 TEST(CodeSet, EmptySetHoldsNothing) {
-  constexpr CodeSet none{};
-  EXPECT_TRUE(members(none).empty());
-  EXPECT_EQ(members(CodeSet::all_but(none)).size(), kHighestCommandCode + 1);
+  constexpr CodeSet kNone{};
+  EXPECT_TRUE(members(kNone).empty());
+  EXPECT_EQ(members(CodeSet::all_but(kNone)).size(), kHighestCommandCode + 1);
 }
 
 }  // namespace

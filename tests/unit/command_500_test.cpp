@@ -15,7 +15,6 @@
 namespace rlx {
 namespace {
 
-using testing::bytes;
 using testing::make_record;
 using testing::pattern;
 
