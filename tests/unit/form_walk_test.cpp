@@ -173,6 +173,8 @@ struct Mark {
   bool operator==(const Mark&) const = default;
 };
 
+// GoogleTest looks for this name.
+// NOLINTNEXTLINE(readability-identifier-naming)
 void PrintTo(const Mark& mark, std::ostream* out) {
   *out << mark.letter << " on sheet " << mark.sheet << " at " << mark.top_72nds << ", "
        << mark.height_72nds << " high";

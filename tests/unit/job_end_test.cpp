@@ -26,8 +26,6 @@ namespace rlx {
 namespace {
 
 using testing::block;
-using testing::bytes;
-using testing::CaptureDescriptor;
 using testing::cnt_frame;
 using testing::end_frame;
 using testing::FailingInput;

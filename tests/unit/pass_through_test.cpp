@@ -19,7 +19,6 @@
 namespace rlx {
 namespace {
 
-using testing::bytes;
 using testing::CaptureDescriptor;
 using testing::cnt_frame;
 using testing::end_frame;

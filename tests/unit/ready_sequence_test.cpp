@@ -180,12 +180,8 @@ TEST_F(ReadySequences, ADelAmongEscQParametersIsForTheOtherRoad) {
 TEST_F(ReadySequences, SequencesWithDataAreForTheOtherRoad) {
   for (const std::string text :
        {"\x1bQ1;5!a12345", "\x1bQ1!a", "\x1bQ1 p", "\x1bQ1!p", "\x1bQ1 ~", "\x1bQ1;1;1;1;3/~abc",
-        "\x1bQ1;5 n12345", "\x1bQ1!n", "\x1bQ1;5 o12345",
-        "\x1bQ1;5!\x7f"
-        "12345",
-        "\x1b\x7f\x01\x02\x03\x04",
-        "\x1b"
-        "c"}) {
+        "\x1bQ1;5 n12345", "\x1bQ1!n", "\x1bQ1;5 o12345", "\x1bQ1;5!\x7f\x31\x32\x33\x34\x35",
+        "\x1b\x7f\x01\x02\x03\x04", "\x1b\x63"}) {
     EXPECT_FALSE(found_as_token(text)) << text;
   }
 }
