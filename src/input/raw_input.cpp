@@ -21,7 +21,7 @@ struct RawInput {
   int final_status = ST_OK;  ///< ST_EOF or ST_IOERR once met
   int error_number = 0;
   void (*before_waiting)() = nullptr;
-  bool pipe_widened = false;
+  bool pipes_widened = false;
   std::array<std::uint8_t, kInputBufferBytes> bytes;
 };
 
@@ -39,6 +39,16 @@ ssize_t read_interruptibly() {
     count = read(STDIN_FILENO, input.bytes.data(), input.bytes.size());
   } while (count < 0 && errno == EINTR);
   return count;
+}
+
+/// A job of which more stands ready than the buffer holds is a large one, and so will its output
+/// be.
+void widen_pipes_once() {
+  if (!input.pipes_widened) {
+    input.pipes_widened = true;
+    widen_pipe(STDIN_FILENO);
+    widen_pipe(STDOUT_FILENO);
+  }
 }
 
 int finish(int status) {
@@ -66,10 +76,8 @@ int raw_refill() {
   }
   raw_window.next = input.bytes.data();
   raw_window.end = raw_window.next + count;
-  if (static_cast<std::size_t>(count) == kInputBufferBytes && !input.pipe_widened) {
-    // More stands ready than the buffer holds: a large job.
-    input.pipe_widened = true;
-    widen_pipe(STDIN_FILENO);
+  if (static_cast<std::size_t>(count) == kInputBufferBytes) {
+    widen_pipes_once();
   }
   return ST_OK;
 }
@@ -99,7 +107,7 @@ void reset_raw_input() {
   input.final_status = ST_OK;
   input.error_number = 0;
   input.before_waiting = nullptr;
-  input.pipe_widened = false;
+  input.pipes_widened = false;
 }
 
 }  // namespace rlx

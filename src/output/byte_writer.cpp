@@ -9,7 +9,6 @@
 #include <cstring>
 
 #include "job/status.h"
-#include "support/wide_pipe.h"
 
 namespace rlx {
 
@@ -18,7 +17,6 @@ namespace {
 struct ByteWriter {
   std::size_t length = 0;
   bool page_ended = false;
-  bool pipe_widened = false;
   std::array<std::uint8_t, kOutputBufferBytes> bytes;
 };
 
@@ -27,14 +25,6 @@ ByteWriter writer;
 [[noreturn]] void end_with_write_error() {
   std::fputs("write error", stderr);
   std::exit(kExitFailure);
-}
-
-/// A job that fills the buffer is a large one.
-void widen_once() {
-  if (!writer.pipe_widened) {
-    writer.pipe_widened = true;
-    widen_pipe(STDOUT_FILENO);
-  }
 }
 
 }  // namespace
@@ -81,7 +71,6 @@ int out_bytes(std::int32_t count, const std::uint8_t* bytes) {
       return ST_OK;
     }
     bytes += portion;
-    widen_once();
     flush_output();
   }
 }
@@ -99,7 +88,6 @@ void flush_finished_pages() {
 void reset_byte_writer() {
   writer.length = 0;
   writer.page_ended = false;
-  writer.pipe_widened = false;
 }
 
 }  // namespace rlx
