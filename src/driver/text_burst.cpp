@@ -14,10 +14,12 @@ namespace {
 
 /// Bytes that an iteration of a burst may look at, and bytes that it may store. Within these no cut
 /// is due and no character is incomplete.
-constexpr std::ptrdiff_t kBurstInput = 96;
-constexpr std::ptrdiff_t kBurstOutput = 128;
-static_assert(kBurstInput >= kScanBytes + kReadyBytes + kFewBytes);
-static_assert(kBurstOutput >= kScanBytes + kMaxReadySequence + kScanBytes);
+constexpr std::ptrdiff_t kBurstInput = 160;
+constexpr std::ptrdiff_t kBurstOutput = 192;
+/// Scans of single bytes in an iteration, so that long text looks at the bounds less often.
+constexpr int kScansInARow = 4;
+static_assert(kBurstInput >= kScansInARow * kScanBytes + kReadyBytes + kFewBytes);
+static_assert(kBurstOutput >= kScansInARow * kScanBytes + kMaxReadySequence + kScanBytes);
 /// Room that is copied for a character at once.
 constexpr std::size_t kCharacterRoom = 8;
 
@@ -122,8 +124,11 @@ inline bool TextRun::burst_single_byte(Cursor& at) {
   if (kind_of(*at.next).byte_class == ByteClass::sequence) {
     return burst_sequence(at);
   }
-  const std::size_t count = single_bytes_at_front(at.next, line_end());
-  copy(at, count);
+  std::size_t count = kScanBytes;
+  for (int i = 0; i < kScansInARow && count == kScanBytes; ++i) {
+    count = single_bytes_at_front(at.next, line_end());
+    copy(at, count);
+  }
   if (count == kScanBytes) {
     return true;
   }
