@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "job/settings.h"
-#include "support/columns.h"
+#include "support/number.h"
 
 namespace rlx {
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "support/columns.h"
+#include "support/number.h"
 
 namespace rlx {
 

@@ -10,7 +10,7 @@
 #include "job/settings.h"
 #include "output/line_spacing.h"
 #include "output/print_conditions_out.h"
-#include "support/columns.h"
+#include "support/number.h"
 
 namespace rlx {
 

@@ -13,8 +13,8 @@
 #include "job/fixed_paths.h"
 #include "job/settings.h"
 #include "job/status.h"
-#include "support/columns.h"
 #include "support/messages.h"
+#include "support/number.h"
 
 namespace rlx {
 

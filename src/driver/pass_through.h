@@ -10,7 +10,8 @@ namespace rlx {
 /// the input frame are dropped, and the frames that follow go out as they stand. What stands in the
 /// page buffer is not written.
 /// @return 0. A copy that fails is reported with the system's text and deliberately does not change
-/// the status; only what was written before it ends the process with "write error".
+/// the status. The command's own bytes and the pages before it are no part of the copy: when they
+/// cannot be written, the process ends with "write error".
 int pass_through(const CommandRecord& record);
 
 }  // namespace rlx

@@ -9,6 +9,7 @@
 #include "job/status.h"
 #include "support/columns.h"
 #include "support/messages.h"
+#include "support/number.h"
 
 namespace rlx {
 

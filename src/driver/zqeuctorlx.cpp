@@ -6,6 +6,7 @@
 #include "driver/main_loop.h"
 #include "driver/start_up.h"
 #include "job/status.h"
+#include "support/process_end.h"
 
 int main(int argc, char** argv) {
   const int status = rlx::start_up(argc, argv);
@@ -13,5 +14,7 @@ int main(int argc, char** argv) {
     return status;
   }
   const rlx::JobEnd end = rlx::run_main_loop(rlx::loop_state);
-  return rlx::end_job(end, rlx::loop_state.status);
+  const int exit_status = rlx::end_job(end, rlx::loop_state.status);
+  rlx::close_standard_output();
+  return exit_status;
 }

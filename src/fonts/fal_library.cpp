@@ -8,6 +8,7 @@
 #include "fonts/font_table.h"
 #include "job/fixed_paths.h"
 #include "job/settings.h"
+#include "support/text_file.h"
 
 namespace rlx {
 
@@ -80,6 +81,10 @@ void copy_pattern(const std::uint8_t* pattern, Glyph& glyph) {
 int fal_load() {
   if (fal_library.handle != nullptr) {
     return 0;
+  }
+  // The loader would wait for ever at a FIFO.
+  if (!is_regular_file(fixed_paths::kFontLibrary)) {
+    return kFalUnavailable;
   }
   fal_library.handle = dlopen(fixed_paths::kFontLibrary, RTLD_LAZY);
   if (fal_library.handle == nullptr) {

@@ -3,12 +3,12 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 
 #include "job/fixed_paths.h"
 #include "job/status.h"
 #include "support/messages.h"
+#include "support/text_file.h"
 
 namespace rlx {
 
@@ -36,17 +36,14 @@ LineStatus read_first_line(Line& line) {
   if (stat(fixed_paths::kG1GaijiFile, &attributes) != 0) {
     return errno == ENOENT ? LineStatus::kNoFile : LineStatus::kFailed;
   }
-  std::FILE* const file = std::fopen(fixed_paths::kG1GaijiFile, "r");
-  if (file == nullptr) {
+  TextFile file(fixed_paths::kG1GaijiFile);
+  if (!file.is_open()) {
     return LineStatus::kFailed;
   }
-  const bool read = std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr;
-  const bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) {
-    return LineStatus::kFailed;
+  if (file.read_line(line)) {
+    return LineStatus::kRead;
   }
-  return read ? LineStatus::kRead : LineStatus::kNoFile;
+  return file.failed() ? LineStatus::kFailed : LineStatus::kNoFile;
 }
 
 bool is_acceptable(unsigned long code) {

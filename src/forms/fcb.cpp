@@ -3,15 +3,17 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 
 #include "job/status.h"
-#include "support/columns.h"
 #include "support/environment_file.h"
 #include "support/messages.h"
+#include "support/number.h"
+#include "support/text_file.h"
 
 namespace rlx {
 
@@ -69,14 +71,22 @@ struct FormReader {
   bool print_seen = false;
 };
 
-std::FILE* open_if_exists(const char* path, bool& exists) {
-  struct stat status {};
-  exists = stat(path, &status) == 0;
-  return exists ? std::fopen(path, "r") : nullptr;
+/// True when there is something at a path, whatever it is. When the system cannot tell, it counts
+/// as there and will turn out to be unreadable: the next directory's form of that name could be
+/// another one.
+bool exists(const char* path) {
+  struct stat attributes {};
+  if (stat(path, &attributes) == 0) {
+    return true;
+  }
+  constexpr std::array kNothingThere{ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};
+  return std::ranges::find(kNothingThere, errno) == kNothingThere.end();
 }
 
-std::FILE* search_form(const char* name, const ResourceDirectories& directories) {
-  std::array<char, kPathBytes> path;
+using FormPath = std::array<char, kPathBytes>;
+
+/// Looks a form name up. @return whether there is such a form; its path is in `path` then.
+bool find_form(const char* name, const ResourceDirectories& directories, FormPath& path) {
   for (std::size_t i = 0; i < kMaxSearchedDirectories; ++i) {
     const char* const directory = directories.entries[i].data();
     if (*directory == '\0') {
@@ -87,22 +97,11 @@ std::FILE* search_form(const char* name, const ResourceDirectories& directories)
     if (length < 0 || static_cast<std::size_t>(length) >= path.size()) {
       continue;  // a name that no file system knows
     }
-    bool exists = false;
-    std::FILE* const file = open_if_exists(path.data(), exists);
-    if (exists) {
-      return file;
+    if (exists(path.data())) {
+      return true;
     }
   }
-  return nullptr;
-}
-
-/// Null when there is no such form or it cannot be opened.
-std::FILE* open_form(const char* name, const ResourceDirectories& directories) {
-  if (std::strchr(name, '/') != nullptr) {
-    bool exists = false;
-    return open_if_exists(name, exists);
-  }
-  return search_form(name, directories);
+  return false;
 }
 
 /// Takes the next word off a line. A comment behind it ends the line.
@@ -183,7 +182,6 @@ int take_length(FormReader& reader, std::string_view word) {
     return kExitFailure;
   }
   reader.form_height = std::max(length, short_forms ? kShortFormMinHeight : kInch);
-  reader.table.form_halfinch = rounded_halfinch(reader.form_height);
   return 0;
 }
 
@@ -239,7 +237,10 @@ int take_line(FormReader& reader, std::string_view text) {
   return keyword == kKeywords.end() ? kExitFailure : keyword->take(reader, line);
 }
 
+/// What is left when the file has been read and closed: the environment file, which the rounding
+/// asks for, may need the descriptor that the form had.
 int finish_form(FormReader& reader) {
+  reader.table.form_halfinch = rounded_halfinch(reader.form_height);
   if (reader.form_height < reader.lines_height) {
     return kExitFailure;
   }
@@ -253,15 +254,24 @@ int finish_form(FormReader& reader) {
   return reader.lines < reader.table.top_line ? kExitFailure : 0;
 }
 
-int read_form(std::FILE* file, FcbTable& table) {
-  FormReader reader{.table = table};
+int read_lines(const char* path, FormReader& reader) {
+  TextFile file(path);
+  if (!file.is_open()) {
+    return kExitFailure;
+  }
   std::array<char, kLineBytes> buffer;
-  while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) != nullptr) {
+  while (file.read_line(buffer)) {
     if (const int status = take_line(reader, buffer.data()); status != 0) {
       return status;
     }
   }
-  return std::ferror(file) != 0 ? kExitFailure : finish_form(reader);
+  return file.failed() ? kExitFailure : 0;
+}
+
+int read_form(const char* path, FcbTable& table) {
+  FormReader reader{.table = table};
+  const int status = read_lines(path, reader);
+  return status != 0 ? status : finish_form(reader);
 }
 
 void clear_form(FcbTable& table) {
@@ -271,13 +281,11 @@ void clear_form(FcbTable& table) {
 }
 
 int find_and_read(const char* name, FcbTable& table, const ResourceDirectories& directories) {
-  std::FILE* const file = open_form(name, directories);
-  if (file == nullptr) {
-    return kExitFailure;
+  if (std::strchr(name, '/') != nullptr) {
+    return read_form(name, table);
   }
-  const int status = read_form(file, table);
-  std::fclose(file);
-  return status;
+  FormPath path;
+  return find_form(name, directories, path) ? read_form(path.data(), table) : kExitFailure;
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ struct FcbTable {
 ///
 /// A name with a '/' is a path. Any other is looked up as <directory>/fcbe/<name> in the
 /// directories in order, up to the first empty entry and 128 of them at most; the first one that
-/// exists is the form, also when it turns out to be unreadable (a directory, say).
+/// exists is the form, also when it turns out to be unreadable. Only a regular file can be read:
+/// a directory, a FIFO or a device is an error.
 ///
 /// The form file is text. Lengths are in 1/7200 inch; '#' starts a comment; words are separated by
 /// blanks and tabs, keywords are in lower case:

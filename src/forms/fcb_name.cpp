@@ -5,6 +5,7 @@
 #include "job/status.h"
 #include "support/columns.h"
 #include "support/messages.h"
+#include "support/number.h"
 
 namespace rlx {
 
@@ -20,14 +21,6 @@ constexpr std::size_t kNameColumnLongFormName = 15;
 constexpr std::uint8_t kLongFormNameLayout = '2';
 
 std::array<char, kNameBytes + 1> fcb_name;
-
-/// Any number of leading zeros would fill the room that decimal_column has.
-std::size_t skip_leading_zeros(const CommandRecord& record, std::size_t position) {
-  while (column_at(record, position) == '0' && is_digit(column_at(record, position + 1))) {
-    ++position;
-  }
-  return position;
-}
 
 /// Copies the name to fcb_name; false when it holds a character that no name has.
 bool copy_name(const CommandRecord& record, std::size_t position) {
@@ -55,9 +48,8 @@ RecordShape record_shape(const CommandRecord& record) {
   if (blank == kLengthPosition) {
     return {};
   }
-  const std::size_t number = skip_leading_zeros(record, kLengthPosition);
   return {.has_length = true,
-          .data_length = decimal_column(record, number, blank - number),
+          .data_length = decimal_column(record, kLengthPosition, blank - kLengthPosition),
           .layout = blank + kBlankToLayout};
 }
 

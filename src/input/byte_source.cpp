@@ -1,8 +1,7 @@
 #include "input/byte_source.h"
 
-#include <cstdlib>
-
 #include "support/messages.h"
+#include "support/process_end.h"
 
 namespace rlx {
 
@@ -24,7 +23,8 @@ int plain_getc(int flags, std::uint8_t* byte) {
   return ST_OK;
 }
 
-void close_output() {
+/// Closes the job that went out so far, with an empty END frame.
+void end_output() {
   framed_transfer.frame_kind = kEndFrame;
   prtclout();
 }
@@ -33,20 +33,21 @@ void close_output() {
 /// held for a frame is dropped, here and with a bad frame, deliberately: the frame that it belongs
 /// to never ended.
 [[noreturn]] void end_without_end_frame() {
-  close_output();
-  std::exit(ST_OK);
+  end_output();
+  close_standard_output();
+  end_process(ST_OK);
 }
 
 [[noreturn]] void end_with_bad_frame() {
   if (framed_transfer.last_data_kind != kEndFrame) {
-    close_output();
+    end_output();
   }
-  std::exit(kExitFailure);
+  end_process(kExitFailure);
 }
 
 int framed_read_error() {
   if (framed_transfer.last_data_kind == kCntFrame) {
-    close_output();
+    end_output();
   }
   return ST_IOERR;
 }

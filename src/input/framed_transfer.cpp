@@ -3,13 +3,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "job/status.h"
-#include "support/columns.h"
+#include "support/descriptor_io.h"
 #include "support/error_log.h"
+#include "support/number.h"
+#include "support/process_end.h"
 
 namespace rlx {
 
@@ -109,13 +111,20 @@ void fill_header(std::uint8_t* header, std::int32_t count, FrameKind kind) {
   std::memcpy(header + kFrameCountDigits, kMarkers[kind].data(), kFrameMarkerBytes);
 }
 
-/// Writes a whole frame in one write. @return true when all of it was taken.
+/// Writes a whole frame: in one write, unless a signal or a printer that is slow to take it cuts
+/// that short. @return false when it cannot be written.
 bool write_frame(const std::uint8_t* frame, std::int32_t data_bytes, const char* module,
                  const char* function) {
-  const std::size_t size = kFrameHeaderBytes + static_cast<std::size_t>(data_bytes);
-  const std::int32_t written =
-      narrow_long_to_int(write(STDOUT_FILENO, frame, size), module, function, -1);
-  return written == static_cast<std::int32_t>(size);
+  std::span left(frame, kFrameHeaderBytes + static_cast<std::size_t>(data_bytes));
+  while (!left.empty()) {
+    const std::int32_t written =
+        narrow_long_to_int(write_some(STDOUT_FILENO, left), module, function, -1);
+    if (written < 0) {
+      return false;
+    }
+    left = left.subspan(static_cast<std::size_t>(written));
+  }
+  return true;
 }
 
 bool write_out_frame(FrameKind kind, const char* module, const char* function) {
@@ -128,7 +137,7 @@ bool write_out_frame(FrameKind kind, const char* module, const char* function) {
 
 int write_gathered(FrameKind kind) {
   if (!write_out_frame(kind, "rlxinout_ctl", "directout")) {
-    std::exit(kExitFailure);
+    end_process(kExitFailure);
   }
   return ST_OK;
 }
@@ -176,7 +185,7 @@ void prtclout() {
   std::array<std::uint8_t, kFrameHeaderBytes> frame{};
   fill_header(frame.data(), 0, framed_transfer.frame_kind);
   if (!write_frame(frame.data(), 0, "rlxinout_ctl", "prtclout")) {
-    std::exit(kExitFailure);
+    end_process(kExitFailure);
   }
 }
 

@@ -71,7 +71,7 @@ int prtclin(std::uint8_t* byte);
 /// @param length  bytes of one piece, at most kMaxOutputFrame (a longer piece is divided); 0 is
 ///                allowed and writes a frame, even an empty one, when the input frame is used up.
 /// @param bytes   null does nothing.
-/// @return 0. A write that is not complete ends the process with status 1, without a message.
+/// @return 0. A frame that cannot be written ends the process with status 1, without a message.
 int directout(std::int32_t length, const std::uint8_t* bytes);
 
 /// Writes an empty frame with the marker of the current input frame. Ends the process as directout
@@ -79,7 +79,7 @@ int directout(std::int32_t length, const std::uint8_t* bytes);
 void prtclout();
 
 /// Writes what is held at the end of the job, if anything, as the END frame.
-/// @return 0, or 1 when it could not be written whole.
+/// @return 0, or 1 when it could not be written.
 int out_end_frame();
 
 /// The output frame, for runs of pieces while the input frame has bytes left.

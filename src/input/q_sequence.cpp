@@ -7,7 +7,7 @@
 #include "job/control_bytes.h"
 #include "job/settings.h"
 #include "job/status.h"
-#include "support/columns.h"
+#include "support/number.h"
 
 namespace rlx {
 

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "job/status.h"
+#include "support/descriptor_io.h"
 #include "support/wide_pipe.h"
 
 namespace rlx {
@@ -30,15 +31,7 @@ RawInput input;
 /// True when a read would return at once: with bytes, the end or an error.
 bool input_is_ready() {
   pollfd descriptor{STDIN_FILENO, POLLIN, 0};
-  return poll(&descriptor, 1, 0) != 0;
-}
-
-ssize_t read_interruptibly() {
-  ssize_t count = 0;
-  do {
-    count = read(STDIN_FILENO, input.bytes.data(), input.bytes.size());
-  } while (count < 0 && errno == EINTR);
-  return count;
+  return poll(&descriptor, 1, 0) > 0;
 }
 
 /// A job of which more stands ready than the buffer holds is a large one, and so will its output
@@ -70,7 +63,7 @@ int raw_refill() {
   if (input.before_waiting != nullptr && !input_is_ready()) {
     input.before_waiting();
   }
-  const ssize_t count = read_interruptibly();
+  const ssize_t count = read_some(STDIN_FILENO, input.bytes);
   if (count <= 0) {
     return finish(count == 0 ? ST_EOF : ST_IOERR);
   }

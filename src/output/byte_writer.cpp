@@ -3,12 +3,12 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <span>
 
 #include "job/status.h"
+#include "support/descriptor_io.h"
+#include "support/process_end.h"
 
 namespace rlx {
 
@@ -22,35 +22,13 @@ struct ByteWriter {
 
 ByteWriter writer;
 
-[[noreturn]] void end_with_write_error() {
-  std::fputs("write error", stderr);
-  std::exit(kExitFailure);
-}
-
 }  // namespace
 
-int write_fully(const std::uint8_t* bytes, std::size_t count) {
-  while (count > 0) {
-    const ssize_t written = write(STDOUT_FILENO, bytes, count);
-    if (written > 0) {
-      bytes += written;
-      count -= static_cast<std::size_t>(written);
-    } else if (written < 0 && errno != EINTR) {
-      return -1;
-    }
-  }
-  return 0;
-}
-
-int try_flush_output() {
-  const std::size_t gathered = writer.length;
+int flush_output() {
+  const std::span gathered(writer.bytes.data(), writer.length);
   writer.length = 0;
   writer.page_ended = false;
-  return write_fully(writer.bytes.data(), gathered);
-}
-
-int flush_output() {
-  if (try_flush_output() != 0) {
+  if (write_whole(STDOUT_FILENO, gathered) != 0) {
     end_with_write_error();
   }
   return ST_OK;

@@ -20,13 +20,6 @@ int out_bytes(std::int32_t count, const std::uint8_t* bytes);
 /// @return 0.
 int flush_output();
 
-/// Writes all that is gathered; a failure is left to the caller.
-/// @return 0, or -1 with errno set; what is gathered is lost then.
-int try_flush_output();
-
-/// Writes bytes past the buffer, whole. @return 0, or -1 with errno set.
-int write_fully(const std::uint8_t* bytes, std::size_t count);
-
 /// Notes that the gathered bytes hold the end of a page, which a waiting printer should get.
 void note_page_end();
 

@@ -10,8 +10,8 @@
 #include "output/carried_settings.h"
 #include "output/line_spacing.h"
 #include "output/out_piece.h"
-#include "support/columns.h"
 #include "support/error_log.h"
+#include "support/number.h"
 
 namespace rlx {
 

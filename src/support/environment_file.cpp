@@ -3,11 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <string_view>
 
 #include "job/fixed_paths.h"
 #include "support/error_log.h"
+#include "support/text_file.h"
 
 namespace rlx {
 
@@ -94,9 +94,9 @@ void take_line(SectionReader& reader, const SignificantLine& line) {
 }
 
 /// The next piece of the file as text; false at its end.
-bool read_chunk(std::FILE* file, std::array<char, kChunkBytes>& buffer, std::string_view& chunk) {
+bool read_chunk(TextFile& file, std::array<char, kChunkBytes>& buffer, std::string_view& chunk) {
   buffer.fill('\0');
-  if (std::fgets(buffer.data(), static_cast<int>(buffer.size()), file) == nullptr) {
+  if (!file.read_line(buffer)) {
     return false;
   }
   const std::string_view text(buffer.data());
@@ -106,7 +106,7 @@ bool read_chunk(std::FILE* file, std::array<char, kChunkBytes>& buffer, std::str
   return true;
 }
 
-bool read_sections(std::FILE* file) {
+bool read_sections(TextFile& file) {
   SectionReader reader;
   SignificantLine line;
   std::array<char, kChunkBytes> buffer;
@@ -133,13 +133,11 @@ int tqdxgetenv() {
     return 0;
   }
   environment_file.loaded = 1;
-  std::FILE* const file = std::fopen(fixed_paths::kEnvironmentFile, "r");
-  if (file == nullptr) {
+  TextFile file(fixed_paths::kEnvironmentFile);
+  if (!file.is_open()) {
     return kCannotOpen;
   }
-  const bool common_seen = read_sections(file);
-  std::fclose(file);
-  return common_seen ? 0 : kNoCommonSection;
+  return read_sections(file) ? 0 : kNoCommonSection;
 }
 
 }  // namespace rlx

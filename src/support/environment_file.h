@@ -33,7 +33,7 @@ void reset_environment_file();
 ///   to the piece's end are lost, a line end among them too (the next piece continues the line).
 ///
 /// @return 0 when the file held a *COMMON section, or when it had been read before; -1 when it
-/// cannot be opened; -2 when it holds no *COMMON section.
+/// cannot be opened or is no regular file; -2 when it holds no *COMMON section.
 int tqdxgetenv();
 
 }  // namespace rlx

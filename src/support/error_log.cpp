@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "job/fixed_paths.h"
+#include "support/descriptor_io.h"
 
 namespace rlx {
 
@@ -23,28 +24,38 @@ constexpr mode_t kLogMode = 0666;
 constexpr std::size_t kLogLineBytes = 256;
 constexpr std::size_t kTimeBytes = 32;
 
+constexpr char kLineEnd = '\n';
+
 int write_all(int file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(file, bytes.data(), bytes.size());
-    if (written <= 0) {
-      return kLogWriteFailed;
-    }
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
+  return write_whole(file, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}) == 0
+             ? 0
+             : kLogWriteFailed;
+}
+
+/// True when the last line of a file of this size has its newline. One that a full disk or the end
+/// of a process cut short has none.
+bool ends_with_newline(int file, off_t size) {
+  char last = kLineEnd;
+  return size == 0 || pread(file, &last, 1, size - 1) != 1 || last == kLineEnd;
 }
 
 /// Leaves the file's offset where the next line of `line_bytes` bytes goes: behind the last line,
-/// or at the start of the file, emptied, when the line has no room.
+/// or at the start of the file, emptied, when the line has no room. A last line that was cut short
+/// gets its newline first.
 int make_room(int file, std::size_t line_bytes) {
   struct stat status {};
-  if (stat(fixed_paths::kLostBitLog, &status) != 0) {
+  if (fstat(file, &status) != 0) {
     return kLogStatFailed;
   }
-  if (status.st_size + static_cast<off_t>(line_bytes) > kLogCapBytes) {
-    return truncate(fixed_paths::kLostBitLog, 0) == 0 ? 0 : kLogTruncateFailed;
+  const bool needs_newline = !ends_with_newline(file, status.st_size);
+  const off_t size = status.st_size + (needs_newline ? 1 : 0);
+  if (size + static_cast<off_t>(line_bytes) > kLogCapBytes) {
+    return ftruncate(file, 0) == 0 ? 0 : kLogTruncateFailed;
   }
-  return lseek(file, status.st_size, SEEK_SET) >= 0 ? 0 : kLogSeekFailed;
+  if (lseek(file, status.st_size, SEEK_SET) < 0) {
+    return kLogSeekFailed;
+  }
+  return needs_newline ? write_all(file, {&kLineEnd, 1}) : 0;
 }
 
 /// What happens while the lock is held.
@@ -55,7 +66,33 @@ int append_locked(int file, std::string_view line) {
   if (const int status = write_all(file, line); status != 0) {
     return status;
   }
-  return write_all(file, "\n");
+  return write_all(file, {&kLineEnd, 1});
+}
+
+int open_log() {
+  constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+  int file = -1;
+  do {
+    file = open(fixed_paths::kLostBitLog, kFlags, kLogMode);
+  } while (file < 0 && errno == EINTR);
+  return file;
+}
+
+/// Anything but a regular file in the log's place is not written to.
+int check_regular(int file) {
+  struct stat status {};
+  if (fstat(file, &status) != 0) {
+    return kLogStatFailed;
+  }
+  return S_ISREG(status.st_mode) ? 0 : kLogOpenFailed;
+}
+
+int lock(int file) {
+  int status = 0;
+  do {
+    status = lockf(file, F_LOCK, 0);
+  } while (status != 0 && errno == EINTR);
+  return status == 0 ? 0 : kLogLockFailed;
 }
 
 /// A lock reaches from the file's offset on, hence the way back to the start.
@@ -97,16 +134,18 @@ std::uint32_t replace_lost(std::uint64_t value, const char* module, const char* 
 }  // namespace
 
 int log_append(const char* line) {
-  const int file = open(fixed_paths::kLostBitLog, O_RDWR | O_CREAT | O_CLOEXEC, kLogMode);
+  const int file = open_log();
   if (file < 0) {
     return kLogOpenFailed;
   }
-  if (lockf(file, F_LOCK, 0) != 0) {
-    close(file);
-    return kLogLockFailed;
+  int status = check_regular(file);
+  if (status == 0) {
+    status = lock(file);
   }
-  const int status = append_locked(file, line);
-  unlock(file);
+  if (status == 0) {
+    status = append_locked(file, line);
+    unlock(file);
+  }
   close(file);
   return status;
 }

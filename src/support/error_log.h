@@ -26,7 +26,9 @@ inline constexpr int kLogWriteFailed = -6;
 /// Appends a line and a newline to the log (fixed_paths::kLostBitLog), which is created with mode
 /// 0666 (less the umask) when it is missing; its directory is not. A line that would take the file
 /// above kLogCapBytes empties it first: all earlier lines are lost, there is no rotation. The file
-/// is locked meanwhile, so the lines of several processes never mix.
+/// is locked meanwhile, so the lines of several processes never mix. A line whose newline could not
+/// be written gets it from the next call. Only a regular file is written to: a symbolic link, a
+/// FIFO or a device in its place counts as a log that cannot be opened.
 /// @param line  without a newline, NUL-terminated.
 /// @return 0, or the negative result above that names the step that failed.
 int log_append(const char* line);

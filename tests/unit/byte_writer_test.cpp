@@ -133,29 +133,6 @@ TEST_F(ByteWriter, GathersUntilItIsFlushed) {
   EXPECT_EQ(output.text(), "abc");
 }
 
-TEST_F(ByteWriter, TryFlushWritesWhatIsGathered) {
-  const CaptureDescriptor output(1);
-  write_text("abc");
-  EXPECT_EQ(try_flush_output(), 0);
-  EXPECT_EQ(output.text(), "abc");
-  EXPECT_EQ(try_flush_output(), 0);
-  EXPECT_EQ(output.text(), "abc");
-}
-
-TEST_F(ByteWriter, TryFlushLeavesAFailureToItsCaller) {
-  int status = 0;
-  int error = 0;
-  {
-    const StandardOutput standard_output(full_device());
-    write_text("lost");
-    status = try_flush_output();
-    error = errno;
-  }
-  EXPECT_EQ(status, -1);
-  EXPECT_EQ(error, ENOSPC);
-  EXPECT_EQ(output_of([] { write_text("next"); }), "next");
-}
-
 TEST_F(ByteWriter, FinishedPagesAreFlushedBeforeWaitingOthersAreNot) {
   const CaptureDescriptor output(1);
   write_text("abc");
@@ -180,50 +157,12 @@ TEST_F(ByteWriter, PageEndIsForgottenOnceItsBytesAreWritten) {
   EXPECT_EQ(output.text(), "abc");
 }
 
-TEST_F(ByteWriter, WriteFullyGoesPastTheBuffer) {
-  const CaptureDescriptor output(1);
-  write_text("gathered");
-  const std::string text = pattern(3 * kOutputBufferBytes);
-  EXPECT_EQ(write_fully(raw(text), text.size()), 0);
-  EXPECT_TRUE(output.text() == text);
-  EXPECT_EQ(write_fully(nullptr, 0), 0);
-  flush_output();
-  EXPECT_TRUE(output.text() == text + "gathered");
-}
-
-TEST_F(ByteWriter, WriteFullyGivesTheErrorOfAWriteThatFails) {
-  int status = 0;
-  int error = 0;
-  {
-    const StandardOutput closed(-1);
-    status = write_fully(raw("abc"), 3);
-    error = errno;
-  }
-  EXPECT_EQ(status, -1);
-  EXPECT_EQ(error, EBADF);
-}
-
-/// Reads a descriptor to its end, slowly, not hearing the signals.
-std::string read_slowly(int descriptor) {
-  sigset_t alarm;
-  sigemptyset(&alarm);
-  sigaddset(&alarm, SIGALRM);
-  pthread_sigmask(SIG_BLOCK, &alarm, nullptr);
-  std::string all;
-  std::array<char, 5000> part{};
-  for (ssize_t got = 0; (got = read(descriptor, part.data(), part.size())) > 0;) {
-    all.append(part.data(), static_cast<std::size_t>(got));
-    usleep(200);
-  }
-  return all;
-}
-
 TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
   const std::string text = pattern(5 * kOutputBufferBytes + 99);
   std::string caught;
-  std::thread reader([&] { caught = read_slowly(ends[0]); });
+  std::thread reader([&] { caught = testing::read_slowly(ends[0]); });
   {
     const StandardOutput standard_output(ends[1]);
     const testing::Interruptions interruptions;

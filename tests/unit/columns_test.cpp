@@ -37,46 +37,6 @@ TEST(Columns, FullRecordIsReadToItsLastByte) {
   EXPECT_EQ(column(record, 4096), ' ');
 }
 
-TEST(Columns, LettersAndDigitsOfAllByteValues) {
-  const std::string all = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-  for (int byte = 0; byte < 256; ++byte) {
-    const bool expected = byte < 128 && all.find(static_cast<char>(byte)) != std::string::npos;
-    EXPECT_EQ(is_letter_or_digit(static_cast<std::uint8_t>(byte)), expected) << byte;
-  }
-}
-
-TEST(Columns, DigitsOfAllByteValues) {
-  const std::string all = "0123456789";
-  for (int byte = 0; byte < 256; ++byte) {
-    const bool expected = byte < 128 && all.find(static_cast<char>(byte)) != std::string::npos;
-    EXPECT_EQ(is_digit(static_cast<std::uint8_t>(byte)), expected) << byte;
-  }
-}
-
-TEST(Columns, DecimalValueSkipsBlanksAndIgnoresJunk) {
-  EXPECT_EQ(decimal_value("12"), 12);
-  EXPECT_EQ(decimal_value("  12"), 12);
-  EXPECT_EQ(decimal_value("007"), 7);
-  EXPECT_EQ(decimal_value("12x3"), 12);
-  EXPECT_EQ(decimal_value("-5"), -5);
-  EXPECT_EQ(decimal_value("+5"), 5);
-}
-
-TEST(Columns, DecimalValueWithoutDigitsIsZero) {
-  EXPECT_EQ(decimal_value(""), 0);
-  EXPECT_EQ(decimal_value("   "), 0);
-  EXPECT_EQ(decimal_value("x12"), 0);
-  EXPECT_EQ(decimal_value("- 5"), 0);
-}
-
-TEST(Columns, DecimalValueKeepsTheLowBitsOfLargeNumbers) {
-  EXPECT_EQ(decimal_value("2147483647"), 2147483647);
-  EXPECT_EQ(decimal_value("2147483648"), -2147483647 - 1);
-  EXPECT_EQ(decimal_value("4294967296"), 0);
-  EXPECT_EQ(decimal_value("4294967301"), 5);
-  EXPECT_EQ(decimal_value("99999999999999999999999"), -1);
-}
-
 TEST(Columns, DecimalColumnReadsItsWidthOnly) {
   const CommandRecord record = make_record(CMD_Q_NL_SP, "1234567");
   EXPECT_EQ(decimal_column(record, 0, 3), 123);

@@ -8,6 +8,7 @@
 
 #include "job/fixed_paths.h"
 #include "support/descriptors.h"
+#include "support/odd_files.h"
 
 namespace rlx {
 namespace {
@@ -81,10 +82,12 @@ TEST_F(EnvironmentFileTest, ResetForgetsEverything) {
   EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
 }
 
-TEST_F(EnvironmentFileTest, DirectoryInPlaceOfTheFileHoldsNoSection) {
-  std::filesystem::create_directories(fixed_paths::kEnvironmentFile);
-  EXPECT_EQ(tqdxgetenv(), -2);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+TEST_F(EnvironmentFileTest, WhatIsNoRegularFileCannotBeOpened) {
+  testing::for_each_odd_file(fixed_paths::kEnvironmentFile, [] {
+    reset_environment_file();
+    EXPECT_EQ(tqdxgetenv(), -1);
+    EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+  });
 }
 
 TEST_F(EnvironmentFileTest, StatusSaysWhetherThereWasACommonSection) {

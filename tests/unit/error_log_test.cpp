@@ -22,6 +22,7 @@
 
 #include "job/fixed_paths.h"
 #include "support/descriptors.h"
+#include "support/odd_files.h"
 
 namespace rlx {
 namespace {
@@ -103,7 +104,7 @@ TEST_F(ErrorLog, LogAt1999990BytesIsEmptiedByA20ByteLine) {
 TEST_F(ErrorLog, CapLeavesRoomForTheNewlineAlone) {
   const std::string line = "12345678901234567890";
   for (std::size_t size = 1'999'977; size <= 1'999'983; ++size) {
-    const std::string old(size, 'o');
+    const std::string old = std::string(size - 1, 'o') + "\n";
     write_file(log_path(), old);
     EXPECT_EQ(log_append(line.c_str()), 0);
     const bool fits = size <= 1'999'980;
@@ -202,60 +203,83 @@ class Ticker {
   struct sigaction saved_ {};
 };
 
-TEST_F(ErrorLog, InterruptedLockIsLockFailed) {
-  write_file(log_path(), "old\n");
-  const int descriptor = next_descriptor();
-  {
-    const LockHolder holder(log_path());
-    const Ticker ticker([](int) {}, 0);
-    EXPECT_EQ(log_append("x"), -2);
-  }
-  EXPECT_EQ(next_descriptor(), descriptor);
-  EXPECT_EQ(log_text(), "old\n");
-}
-
 const LockHolder* holder_to_release = nullptr;
 int awaited_descriptor = -1;
+int signals_left = 0;
 
-/// Once the log is open (and its opener waits for the lock), takes the file away and lets the
-/// opener have the lock.
-void remove_log_when_open(int) {
-  if (fcntl(awaited_descriptor, F_GETFD) != -1 && unlink(fixed_paths::kLostBitLog) == 0) {
+void release_after_some_signals(int) {
+  if (--signals_left == 0) {
     holder_to_release->let_go();
   }
 }
 
-TEST_F(ErrorLog, FileThatVanishesWhileTheLockIsAwaitedIsStatFailed) {
+TEST_F(ErrorLog, SignalsDoNotEndTheWaitForTheLock) {
+  write_file(log_path(), "old\n");
+  const LockHolder holder(log_path());
+  holder_to_release = &holder;
+  signals_left = 5;
+  {
+    const Ticker ticker(release_after_some_signals, 0);
+    EXPECT_EQ(log_append("x"), 0);
+  }
+  EXPECT_LE(signals_left, 0);
+  EXPECT_EQ(log_text(), "old\nx\n");
+}
+
+/// Once the log is open (and its opener waits for the lock), puts another file in its place and
+/// lets the opener have the lock.
+void replace_log_when_open(int) {
+  if (fcntl(awaited_descriptor, F_GETFD) != -1 && rename("other", fixed_paths::kLostBitLog) == 0) {
+    holder_to_release->let_go();
+  }
+}
+
+TEST_F(ErrorLog, FileThatTakesTheLogsPlaceMeanwhileIsLeftAlone) {
+  write_file(log_path(), std::string(2'000'000, 'o'));
+  write_file("other", "other\n");
   const LockHolder holder(log_path());
   holder_to_release = &holder;
   awaited_descriptor = next_descriptor();
   {
-    const Ticker ticker(remove_log_when_open, SA_RESTART);
-    EXPECT_EQ(log_append("x"), -3);
+    const Ticker ticker(replace_log_when_open, SA_RESTART);
+    EXPECT_EQ(log_append("x"), 0);
   }
   EXPECT_EQ(next_descriptor(), awaited_descriptor);
-  EXPECT_FALSE(fs::exists(log_path()));
+  EXPECT_EQ(log_text(), "other\n");
 }
 
-TEST_F(ErrorLog, FileThatCannotBeTruncatedIsTruncateFailed) {
-  put_link_to("/dev/full");
+TEST_F(ErrorLog, OnlyARegularFileIsWrittenTo) {
   const int descriptor = next_descriptor();
-  EXPECT_EQ(log_append(std::string(2'000'001, 'l').c_str()), -4);
+  testing::for_each_odd_file(log_path(), [] { EXPECT_EQ(log_append("x"), -1); });
   EXPECT_EQ(next_descriptor(), descriptor);
 }
 
-TEST_F(ErrorLog, FileThatCannotSeekIsSeekFailed) {
-  ASSERT_EQ(mkfifo(log_path().c_str(), 0666), 0);
-  const int descriptor = next_descriptor();
-  EXPECT_EQ(log_append("x"), -5);
-  EXPECT_EQ(next_descriptor(), descriptor);
+TEST_F(ErrorLog, SymbolicLinksAreNotFollowed) {
+  write_file("elsewhere", "text\n");
+  put_link_to(fs::absolute("elsewhere"));
+  EXPECT_EQ(log_append("x"), -1);
+  EXPECT_EQ(testing::read_file("elsewhere"), "text\n");
+  fs::remove(log_path());
+  put_link_to(fs::absolute("missing"));
+  EXPECT_EQ(log_append("x"), -1);
+  EXPECT_FALSE(fs::exists("missing"));
 }
 
-TEST_F(ErrorLog, FullDeviceIsWriteFailed) {
-  put_link_to("/dev/full");
-  const int descriptor = next_descriptor();
-  EXPECT_EQ(log_append("x"), -6);
-  EXPECT_EQ(next_descriptor(), descriptor);
+TEST_F(ErrorLog, LineWithoutItsNewlineGetsItBeforeTheNextOne) {
+  write_file(log_path(), "whole\ncut");
+  EXPECT_EQ(log_append("next"), 0);
+  EXPECT_EQ(log_text(), "whole\ncut\nnext\n");
+}
+
+TEST_F(ErrorLog, TheMissingNewlineCountsForTheCap) {
+  const std::string line = "12345678901234567890";
+  for (std::size_t size = 1'999'977; size <= 1'999'983; ++size) {
+    const std::string old(size, 'o');
+    write_file(log_path(), old);
+    EXPECT_EQ(log_append(line.c_str()), 0);
+    const bool fits = size <= 1'999'979;
+    EXPECT_TRUE(log_text() == (fits ? old + "\n" : "") + line + "\n") << size;
+  }
 }
 
 TEST_F(ErrorLog, LineThatDoesNotFitTheFileSizeLimitIsWriteFailed) {
@@ -275,6 +299,8 @@ TEST_F(ErrorLog, NewlineThatDoesNotFitTheFileSizeLimitIsWriteFailed) {
     return log_append("12345678901234567890") == -6 ? 0 : 1;
   }));
   EXPECT_EQ(log_text(), "12345678901234567890");
+  EXPECT_EQ(log_append("next"), 0);
+  EXPECT_EQ(log_text(), "12345678901234567890\nnext\n");
 }
 
 // Several jobs log at once.

@@ -11,6 +11,7 @@
 #include "job/fixed_paths.h"
 #include "job/settings.h"
 #include "support/glyph_bitmap.h"
+#include "support/odd_files.h"
 #include "support/standin_font_library.h"
 
 namespace rlx {
@@ -78,6 +79,13 @@ TEST_F(FalLibraryTest, AFileThatIsNoLibraryCountsAsMissing) {
   testing::write_file(fixed_paths::kFontLibrary, "no shared object");
   EXPECT_EQ(fal_load(), -128);
   expect_not_loaded();
+}
+
+TEST_F(FalLibraryTest, WhatIsNoRegularFileCountsAsMissing) {
+  testing::for_each_odd_file(fixed_paths::kFontLibrary, [] {
+    EXPECT_EQ(fal_load(), kFalUnavailable);
+    expect_not_loaded();
+  });
 }
 
 TEST_F(FalLibraryTest, ALibraryThatLacksOneEntryPointCountsAsMissing) {

@@ -116,6 +116,15 @@ TEST_F(FcbName, LengthWithLotsOfLeadingZeros) {
   EXPECT_EQ(name_of_bytes("\x1bQ1;" + zeros + " n  2              FRM2"), kDataError);
 }
 
+TEST_F(FcbName, LengthBehindAnyNumberOfTabs) {
+  for (const std::size_t count : {1U, 27U, 28U, 30U, 31U, 32U, 500U}) {
+    const std::string tabs(count, '\t');
+    EXPECT_EQ(name_of_bytes("\x1bQ12" + tabs + "100;100 n  2              FRM2"), "FRM2") << count;
+    EXPECT_EQ(name_of_bytes("\x1bQ12" + tabs + "16;16 n  2              FRM2"), kDataError)
+        << count;
+  }
+}
+
 TEST_F(FcbName, LengthUpToSixteenIsADataError) {
   for (int length = 0; length <= 16; ++length) {
     EXPECT_EQ(name_of_bytes("\x1bQ1;" + std::to_string(length) + " n  2              FRM2"),

@@ -1,6 +1,7 @@
 #include "forms/fcb.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include "job/fixed_paths.h"
 #include "support/descriptors.h"
 #include "support/environment_file.h"
+#include "support/odd_files.h"
 
 namespace rlx {
 namespace {
@@ -145,6 +147,21 @@ TEST_F(Fcb, NameWithASlashIsNotSearchedInTheDirectories) {
 TEST_F(Fcb, PathThatIsADirectoryIsAnError) {
   std::filesystem::create_directories("here/FORM");
   EXPECT_EQ(load_named("here/FORM", {"forms"}), 1);
+}
+
+TEST_F(Fcb, OnlyARegularFileIsAForm) {
+  testing::for_each_odd_file("odd", [this] { EXPECT_EQ(load_named("./odd", {}), 1); });
+  write_file("later/fcbe/ODD", "lpi 1200 5\n");
+  testing::for_each_odd_file("forms/fcbe/ODD", [this] {
+    EXPECT_EQ(load_named("ODD", {"forms", "later"}), 1);
+  });
+}
+
+TEST_F(Fcb, LinkToAFormIsTheForm) {
+  write_file("elsewhere", "lpi 1200 5\n");
+  std::filesystem::create_symlink("elsewhere", "link");
+  EXPECT_EQ(load_named("./link", {}), 0);
+  expect_table(run(5, 6));
 }
 
 TEST_F(Fcb, EmptyDirectoryListIsAnError) {
@@ -601,6 +618,22 @@ TEST_F(FcbLength, EnvironmentFileIsLookedAtOnlyWhenALengthIsNotWholeInches) {
   }
   EXPECT_EQ(load("print 1 79201\n"), 0);
   EXPECT_EQ(environment_file.loaded, 1);
+}
+
+TEST_F(FcbLength, OneFreeDescriptorIsEnough) {
+  round_to_half_inch(true);
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  write_file("forms/fcbe/FORM", "print 1 30000\n");
+  const int next_descriptor = dup(0);
+  close(next_descriptor);
+  // Two more are what catching the messages takes.
+  const rlimit just_one{static_cast<rlim_t>(next_descriptor) + 3, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &just_one), 0);
+  const int status = load_named("FORM", {"forms"});
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(table_.form_halfinch, 8);
 }
 
 TEST_F(FcbLength, RaisedLengthOfStreamVariant4LooksAtTheEnvironmentFile) {

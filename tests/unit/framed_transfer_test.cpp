@@ -1,13 +1,16 @@
 #include "input/framed_transfer.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "input/byte_source.h"
 #include "job/settings.h"
@@ -15,6 +18,7 @@
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/interruptions.h"
 
 namespace rlx {
 namespace {
@@ -407,6 +411,42 @@ void limit_output(rlim_t room) {
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit limit{room, room};
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+/// Writes frames into a pipe that holds a page only while signals interrupt the writes.
+void put_frames_through_a_small_pipe(int flags) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  ASSERT_GT(fcntl(ends[1], F_SETPIPE_SZ, 4096), 0);
+  ASSERT_EQ(fcntl(ends[1], F_SETFL, flags), 0);
+  std::string caught;
+  std::thread reader([&] { caught = read_slowly(ends[0]); });
+  std::string expected;
+  const int saved = dup(STDOUT_FILENO);
+  dup2(ends[1], STDOUT_FILENO);
+  close(ends[1]);
+  {
+    const Interruptions interruptions;
+    for (int i = 0; i < 20; ++i) {
+      const std::string data(4000, static_cast<char>('a' + i));
+      directout(4000, reinterpret_cast<const std::uint8_t*>(data.data()));
+      prtclout();
+      expected += end_frame(data) + kEmptyEnd;
+    }
+  }
+  dup2(saved, STDOUT_FILENO);
+  close(saved);
+  reader.join();
+  close(ends[0]);
+  EXPECT_TRUE(caught == expected);
+}
+
+TEST_F(FramedTransferTest, FramesThatSignalsCutShortAreWrittenOn) {
+  put_frames_through_a_small_pipe(0);
+}
+
+TEST_F(FramedTransferTest, FramesWaitForADescriptorThatDoesNotBlock) {
+  put_frames_through_a_small_pipe(O_NONBLOCK);
 }
 
 TEST_F(FramedTransferTest, AFrameThatIsNotWrittenWholeEndsTheProcess) {

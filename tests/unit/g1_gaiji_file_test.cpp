@@ -13,6 +13,7 @@
 #include "job/fixed_paths.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
+#include "support/odd_files.h"
 
 namespace rlx {
 namespace {
@@ -104,6 +105,13 @@ TEST_F(G1GaijiFileTest, ADirectoryInPlaceOfTheFileIsAFileError) {
   std::filesystem::create_directories(fixed_paths::kG1GaijiFile);
   load();
   expect_error(kFileError);
+}
+
+TEST_F(G1GaijiFileTest, WhatIsNoRegularFileIsAFileError) {
+  testing::for_each_odd_file(fixed_paths::kG1GaijiFile, [this] {
+    load();
+    expect_error(kFileError);
+  });
 }
 
 TEST_F(G1GaijiFileTest, AFileThatCannotBeOpenedIsAFileError) {

@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -97,9 +99,10 @@ TEST_F(PassThrough, FinishedPagesBeforeItThatCannotBeWrittenAreAWriteError) {
               ::testing::ExitedWithCode(1), "^write error$");
 }
 
-TEST_F(PassThrough, CopyThatCannotBeWrittenIsReportedAndExits0) {
-  EXPECT_EXIT(run_into_full_device(kParameterBlock + "rest"), ::testing::ExitedWithCode(0),
-              "^filter: No space left on device\n$");
+TEST_F(PassThrough, ItsOwnBytesThatCannotBeWrittenAreAWriteError) {
+  EXPECT_EXIT(run_into_full_device(kParameterBlock + "rest"), ::testing::ExitedWithCode(1),
+              "^write error$");
+  EXPECT_EXIT(run_into_full_device(kParameterBlock), ::testing::ExitedWithCode(1), "^write error$");
 }
 
 TEST_F(PassThrough, NothingThatWaitsIsWrittenBefore) {
@@ -148,15 +151,34 @@ TEST_F(PassThrough, FramedCopyThatFailsExits0) {
   EXPECT_EQ(result.messages, "filter: Connection reset by peer\n");
 }
 
-TEST_F(PassThrough, CopyThatCannotBeWrittenIsReportedAndReturns0) {
-  for (const std::size_t length : {0U, 10U, 300000U}) {
-    testing::reset_filter();
-    const std::string rest = all_values(length);
-    const StandardInput input(rest);
-    const RedirectedDescriptor full(STDOUT_FILENO, "/dev/full", O_WRONLY);
-    const CaptureDescriptor messages(STDERR_FILENO);
-    EXPECT_EQ(pass_through(testing::make_record(CMD_Q_BQ_SL, kParameterBlock)), 0);
-    EXPECT_EQ(messages.text(), "filter: No space left on device\n");
+/// Lets the files of the process grow to `bytes` and no further.
+void limit_files(rlim_t bytes) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{bytes, bytes};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+/// Passes a job through to a file that takes `room` bytes; exits with the status.
+[[noreturn]] void pass_through_with_room(rlim_t room, const std::string& rest) {
+  const StandardInput input(rest);
+  limit_files(room);
+  std::exit(pass_through(testing::make_record(CMD_Q_BQ_SL, kParameterBlock)));
+}
+
+TEST_F(PassThrough, CopyThatCannotBeWrittenIsReportedAndExits0) {
+  // The limit holds for the file that catches the message, too.
+  for (const std::size_t length : {200U, 300000U}) {
+    for (const std::size_t room : {50U, 199U}) {
+      const std::string rest = all_values(length);
+      std::string caught;
+      {
+        const CaptureDescriptor output(STDOUT_FILENO);
+        EXPECT_EXIT(pass_through_with_room(kParameterBlock.size() + room, rest),
+                    ::testing::ExitedWithCode(0), "^filter: File too large\n$");
+        caught = output.text();
+      }
+      EXPECT_TRUE(caught == kParameterBlock + rest.substr(0, room));
+    }
   }
 }
 

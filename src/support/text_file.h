@@ -1,0 +1,54 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace rlx {
+
+/// True when a path names a regular file, by itself or through symbolic links.
+bool is_regular_file(const char* path);
+
+/// A text file of the site (a form, the environment file, the G1 range file), read line by line.
+///
+/// Only a regular file is opened: a FIFO, a device or a socket in its place would block every job
+/// or never end. Opening does not block, nor does it make a device act.
+class TextFile {
+ public:
+  /// Opens the file; is_open() tells whether that worked.
+  explicit TextFile(const char* path);
+  ~TextFile();
+  TextFile(const TextFile&) = delete;
+  TextFile& operator=(const TextFile&) = delete;
+
+  bool is_open() const { return descriptor_ >= 0; }
+
+  /// Reads the next line, as fgets does: up to and with its LF, at most line.size() - 1 bytes, and
+  /// a NUL behind them; the rest of a longer line comes with the next call. The last line may lack
+  /// its LF.
+  /// @param line  room of 2 bytes or more; not changed when there is no line.
+  /// @return false at the end of the file or when it cannot be read on (failed() tells which); the
+  /// beginning of a line that cannot be read on is dropped.
+  bool read_line(std::span<char> line);
+
+  /// True when the file could not be read to its end.
+  bool failed() const { return failed_; }
+
+  /// Gives the descriptor back before the object's end.
+  void close();
+
+ private:
+  bool refill();
+
+  static constexpr std::size_t kBufferBytes = 4096;
+
+  int descriptor_ = -1;
+  bool failed_ = false;
+  std::span<const std::uint8_t> unread_;
+  std::array<std::uint8_t, kBufferBytes> buffer_;
+};
+
+}  // namespace rlx

@@ -1,0 +1,129 @@
+#include "support/text_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/descriptors.h"
+#include "support/odd_files.h"
+
+namespace rlx {
+namespace {
+
+using testing::ScratchDirectory;
+using testing::write_file;
+
+class TextFileTest : public ::testing::Test {
+ protected:
+  const ScratchDirectory scratch_;
+};
+
+/// All lines of a file, with room for `room` bytes each (the NUL among them).
+std::vector<std::string> lines_of(const std::string& path, std::size_t room) {
+  TextFile file(path.c_str());
+  EXPECT_TRUE(file.is_open());
+  std::vector<std::string> lines;
+  std::vector<char> line(room);
+  while (file.read_line(line)) {
+    const auto nul = std::ranges::find(line, '\0');
+    EXPECT_NE(nul, line.end());
+    lines.emplace_back(line.begin(), nul);
+  }
+  EXPECT_FALSE(file.failed());
+  return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST_F(TextFileTest, GivesTheLinesWithTheirEnds) {
+  write_file("file", "one\n\ntwo words\nlast");
+  EXPECT_EQ(lines_of("file", 512), (Lines{"one\n", "\n", "two words\n", "last"}));
+}
+
+TEST_F(TextFileTest, AnEmptyFileHasNoLine) {
+  write_file("file", "");
+  EXPECT_EQ(lines_of("file", 512), Lines{});
+}
+
+TEST_F(TextFileTest, ALongLineComesInPieces) {
+  write_file("file", "abcdefg\nh\n");
+  EXPECT_EQ(lines_of("file", 4), (Lines{"abc", "def", "g\n", "h\n"}));
+  EXPECT_EQ(lines_of("file", 8), (Lines{"abcdefg", "\n", "h\n"}));
+  EXPECT_EQ(lines_of("file", 9), (Lines{"abcdefg\n", "h\n"}));
+  EXPECT_EQ(lines_of("file", 2), (Lines{"a", "b", "c", "d", "e", "f", "g", "\n", "h", "\n"}));
+}
+
+TEST_F(TextFileTest, LinesMayCrossTheBufferAnywhere) {
+  for (std::size_t before = 4090; before < 4100; ++before) {
+    const std::string first(before, 'x');
+    write_file("file", first + "\nsecond\nthird");
+    EXPECT_EQ(lines_of("file", 9000), (Lines{first + "\n", "second\n", "third"})) << before;
+  }
+}
+
+TEST_F(TextFileTest, ANulIsAByteOfTheLine) {
+  write_file("file", testing::bytes("a\0b\nc"));
+  TextFile file("file");
+  std::array<char, 8> line{};
+  ASSERT_TRUE(file.read_line(line));
+  EXPECT_EQ(std::string(line.data(), 5), testing::bytes("a\0b\n\0"));
+  ASSERT_TRUE(file.read_line(line));
+  EXPECT_STREQ(line.data(), "c");
+}
+
+TEST_F(TextFileTest, LinksToRegularFilesAreFollowed) {
+  write_file("file", "text\n");
+  std::filesystem::create_symlink("file", "link");
+  std::filesystem::create_symlink("link", "link2");
+  EXPECT_TRUE(is_regular_file("link2"));
+  EXPECT_EQ(lines_of("link2", 512), Lines{"text\n"});
+}
+
+TEST_F(TextFileTest, WhatIsMissingIsNotOpened) {
+  EXPECT_FALSE(is_regular_file("missing"));
+  EXPECT_FALSE(TextFile("missing").is_open());
+  std::filesystem::create_symlink("missing", "dangling");
+  EXPECT_FALSE(TextFile("dangling").is_open());
+}
+
+TEST_F(TextFileTest, OnlyRegularFilesAreOpened) {
+  testing::for_each_odd_file("odd", [] {
+    EXPECT_FALSE(is_regular_file("odd"));
+    EXPECT_FALSE(TextFile("odd").is_open());
+  });
+}
+
+TEST_F(TextFileTest, TheDescriptorIsGivenBack) {
+  write_file("file", "text\n");
+  const int next_descriptor = dup(0);
+  close(next_descriptor);
+  {
+    TextFile file("file");
+    EXPECT_EQ(fcntl(next_descriptor, F_GETFD), FD_CLOEXEC);
+    file.close();
+    EXPECT_EQ(fcntl(next_descriptor, F_GETFD), -1);
+  }
+  { const TextFile file("file"); }
+  EXPECT_EQ(fcntl(next_descriptor, F_GETFD), -1);
+  testing::for_each_odd_file("odd", [next_descriptor] {
+    const TextFile file("odd");
+    EXPECT_EQ(fcntl(next_descriptor, F_GETFD), -1);
+  });
+}
+
+/// The memory of the process can be opened and not be read from its start.
+TEST_F(TextFileTest, AFileThatCannotBeReadHasFailed) {
+  TextFile file("/proc/self/mem");
+  ASSERT_TRUE(file.is_open());
+  std::array<char, 8> line{};
+  EXPECT_FALSE(file.read_line(line));
+  EXPECT_TRUE(file.failed());
+}
+
+}  // namespace
+}  // namespace rlx
