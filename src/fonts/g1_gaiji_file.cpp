@@ -1,8 +1,5 @@
 #include "fonts/g1_gaiji_file.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdlib>
 
 #include "job/fixed_paths.h"
@@ -32,13 +29,9 @@ enum class LineStatus { kRead, kNoFile, kFailed };
 
 /// Reads the first line of the file. An empty file counts as no file.
 LineStatus read_first_line(Line& line) {
-  struct stat attributes {};
-  if (stat(fixed_paths::kG1GaijiFile, &attributes) != 0) {
-    return errno == ENOENT ? LineStatus::kNoFile : LineStatus::kFailed;
-  }
   TextFile file(fixed_paths::kG1GaijiFile);
   if (!file.is_open()) {
-    return LineStatus::kFailed;
+    return file.is_missing() ? LineStatus::kNoFile : LineStatus::kFailed;
   }
   if (file.read_line(line)) {
     return LineStatus::kRead;

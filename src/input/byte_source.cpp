@@ -26,12 +26,13 @@ int plain_getc(int flags, std::uint8_t* byte) {
 /// Closes the job that went out so far, with an empty END frame.
 void end_output() {
   framed_transfer.frame_kind = kEndFrame;
+  framed_transfer.output_closed = true;
   prtclout();
 }
 
 /// An input without an END frame is complete all the same, once the output has one. What is still
-/// held for a frame is dropped, here and with a bad frame, deliberately: the frame that it belongs
-/// to never ended.
+/// held for a frame is dropped, here, with a bad frame and after a read error, deliberately: the
+/// frame that it belongs to never ended.
 [[noreturn]] void end_without_end_frame() {
   end_output();
   close_standard_output();

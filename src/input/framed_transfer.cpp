@@ -190,7 +190,7 @@ void prtclout() {
 }
 
 int out_end_frame() {
-  if (framed_transfer.out_len == 0) {
+  if (framed_transfer.out_len == 0 || framed_transfer.output_closed) {
     return ST_OK;
   }
   return write_out_frame(kEndFrame, "zqeuctorlx", "main") ? ST_OK : kExitFailure;
@@ -205,6 +205,7 @@ void reset_framed_transfer() {
   framed_transfer.frame_kind = kEndFrame;
   framed_transfer.last_data_kind = kEndFrame;
   framed_transfer.end_frame_read = false;
+  framed_transfer.output_closed = false;
   framed_transfer.window = {};
   framed_transfer.out_len = 0;
 }

@@ -37,6 +37,9 @@ struct FramedTransfer {
   FrameKind last_data_kind = kEndFrame;
   /// An END frame has been read; nothing is read behind its data.
   bool end_frame_read = false;
+  /// The output has been closed with an empty END frame, because the input failed. Nothing may
+  /// follow it: what is still held for a frame is dropped.
+  bool output_closed = false;
   /// Data of the current input frame that has not been handed out.
   ByteWindow window;
   /// Data bytes gathered for the next output frame.
@@ -78,7 +81,8 @@ int directout(std::int32_t length, const std::uint8_t* bytes);
 /// does.
 void prtclout();
 
-/// Writes what is held at the end of the job, if anything, as the END frame.
+/// Writes what is held at the end of the job, if anything, as the END frame; nothing when the
+/// output has been closed already.
 /// @return 0, or 1 when it could not be written.
 int out_end_frame();
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -35,8 +36,15 @@ int write_all(int file, std::string_view bytes) {
 /// True when the last line of a file of this size has its newline. One that a full disk or the end
 /// of a process cut short has none.
 bool ends_with_newline(int file, off_t size) {
+  if (size == 0) {
+    return true;
+  }
   char last = kLineEnd;
-  return size == 0 || pread(file, &last, 1, size - 1) != 1 || last == kLineEnd;
+  ssize_t count = 0;
+  do {
+    count = pread(file, &last, 1, size - 1);
+  } while (count < 0 && errno == EINTR);
+  return last == kLineEnd;
 }
 
 /// Leaves the file's offset where the next line of `line_bytes` bytes goes: behind the last line,

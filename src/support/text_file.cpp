@@ -30,6 +30,7 @@ bool is_regular(int descriptor) {
 
 bool is_regular_file(const char* path) {
   struct stat attributes {};
+  errno = 0;
   return stat(path, &attributes) == 0 && S_ISREG(attributes.st_mode);
 }
 
@@ -38,6 +39,7 @@ bool is_regular_file(const char* path) {
 TextFile::TextFile(const char* path) {
   // A device is not even opened; some act on it.
   if (!is_regular_file(path)) {
+    missing_ = errno == ENOENT;
     return;
   }
   descriptor_ = open_for_reading(path);

@@ -9,7 +9,8 @@
 
 namespace rlx {
 
-/// True when a path names a regular file, by itself or through symbolic links.
+/// True when a path names a regular file, by itself or through symbolic links. When not, errno is
+/// 0, or tells why nothing can be said of the path.
 bool is_regular_file(const char* path);
 
 /// A text file of the site (a form, the environment file, the G1 range file), read line by line.
@@ -25,6 +26,9 @@ class TextFile {
   TextFile& operator=(const TextFile&) = delete;
 
   bool is_open() const { return descriptor_ >= 0; }
+
+  /// True when there is nothing at the path.
+  bool is_missing() const { return missing_; }
 
   /// Reads the next line, as fgets does: up to and with its LF, at most line.size() - 1 bytes, and
   /// a NUL behind them; the rest of a longer line comes with the next call. The last line may lack
@@ -46,6 +50,7 @@ class TextFile {
   static constexpr std::size_t kBufferBytes = 4096;
 
   int descriptor_ = -1;
+  bool missing_ = false;
   bool failed_ = false;
   std::span<const std::uint8_t> unread_;
   std::array<std::uint8_t, kBufferBytes> buffer_;

@@ -131,11 +131,6 @@ TEST(LogFaults, AGuardLogsWithoutAClock) {
   EXPECT_TRUE(LogRig::log().starts_with(kEarlier + ":ERROR:module:function:"));
 }
 
-TEST(LogFaults, ALineAndItsNewlineAreOneWrite) {
-  LogRig rig({"append", kLine});
-  EXPECT_EQ(calls_of(rig.run().tally, Call::write, Role::log), 1U);
-}
-
 TEST(LogFaults, ShortWritesOfEverySizeAreContinued) {
   LogRig rig({"append", kLine, "the next line"});
   for (std::uint32_t size = 1; size < 20; ++size) {
