@@ -49,6 +49,14 @@ inline std::ostream& operator<<(std::ostream& stream, const Token& token) {
                 << encode_escaped_line(token.bytes.substr(0, 60));
 }
 
+/// What a read behind the last command gives.
+inline const Token kEndOfInput{ST_EOF, 0, "", 0};
+
+/// One byte as a string.
+inline std::string one(int value) {
+  return std::string(1, static_cast<char>(value));
+}
+
 /// One record for all reads, as in the filter: what the last command left in it is still there.
 inline CommandRecord& reused_record() {
   static CommandRecord record;

@@ -21,7 +21,7 @@ namespace {
 constexpr auto kBufferBytes = static_cast<std::int32_t>(kOutputBufferBytes);
 
 /// Bytes that show where they stand.
-std::string pattern(std::size_t count) {
+std::string varied_text(std::size_t count) {
   std::string text(count, '\0');
   for (std::size_t i = 0; i < count; ++i) {
     text[i] = static_cast<char>((i * 31 + i / 251) & 0xff);
@@ -87,15 +87,15 @@ TEST_F(ByteWriter, NullBytesOrACountBelow1WriteNothing) {
 
 TEST_F(ByteWriter, LengthsAroundTheBufferInOnePiece) {
   for (std::int32_t count = kBufferBytes - 2; count <= kBufferBytes + 2; ++count) {
-    const std::string text = pattern(static_cast<std::size_t>(count));
+    const std::string text = varied_text(static_cast<std::size_t>(count));
     EXPECT_TRUE(output_of([&] { write_text(text); }) == text) << count;
   }
-  const std::string text = pattern(3 * kOutputBufferBytes + 7);
+  const std::string text = varied_text(3 * kOutputBufferBytes + 7);
   EXPECT_TRUE(output_of([&] { write_text(text); }) == text);
 }
 
 TEST_F(ByteWriter, LengthsAroundTheBufferBehindGatheredBytes) {
-  const std::string text = pattern(3 * kOutputBufferBytes);
+  const std::string text = varied_text(3 * kOutputBufferBytes);
   for (const std::size_t first :
        {std::size_t{1}, kOutputBufferBytes / 2, kOutputBufferBytes - 1, kOutputBufferBytes}) {
     for (std::size_t total = kOutputBufferBytes - 1; total <= kOutputBufferBytes + 2; ++total) {
@@ -112,7 +112,7 @@ TEST_F(ByteWriter, LengthsAroundTheBufferBehindGatheredBytes) {
 }
 
 TEST_F(ByteWriter, SmallPiecesAcrossTheBuffer) {
-  const std::string text = pattern(2 * kOutputBufferBytes + 13);
+  const std::string text = varied_text(2 * kOutputBufferBytes + 13);
   for (const std::size_t piece : {std::size_t{7}, std::size_t{1000}, std::size_t{8192}}) {
     const std::string caught = output_of([&] {
       for (std::size_t at = 0; at < text.size(); at += piece) {
@@ -160,7 +160,7 @@ TEST_F(ByteWriter, PageEndIsForgottenOnceItsBytesAreWritten) {
 TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
-  const std::string text = pattern(5 * kOutputBufferBytes + 99);
+  const std::string text = varied_text(5 * kOutputBufferBytes + 99);
   std::string caught;
   std::thread reader([&] { caught = testing::read_slowly(ends[0]); });
   {
@@ -194,7 +194,7 @@ TEST_F(ByteWriter, ResetForgetsWhatIsGathered) {
 
 [[noreturn]] void overfill(std::size_t count) {
   const StandardOutput standard_output(full_device());
-  write_text(pattern(count));
+  write_text(varied_text(count));
   write_text("abc");
   _exit(0);
 }

@@ -18,10 +18,6 @@ namespace {
 
 using namespace rlx::testing;
 
-std::string one(int value) {
-  return std::string(1, static_cast<char>(value));
-}
-
 /// Bytes that a lead byte brings with it.
 int bytes_behind(int lead) {
   if (lead >= 0xc0 && lead <= 0xdf) {

@@ -46,7 +46,7 @@ class NonBlockingPipe {
   std::array<int, 2> ends_{};
 };
 
-std::string pattern(std::size_t count) {
+std::string varied_text(std::size_t count) {
   std::string text(count, '\0');
   for (std::size_t i = 0; i < count; ++i) {
     text[i] = static_cast<char>(i * 13 + i / 251);
@@ -91,7 +91,7 @@ TEST(DescriptorIo, ReadWaitsForADescriptorThatDoesNotBlock) {
 
 TEST(DescriptorIo, WriteWaitsForADescriptorThatDoesNotBlock) {
   NonBlockingPipe pipe;
-  const std::string text = pattern(1'000'003);
+  const std::string text = varied_text(1'000'003);
   std::string caught;
   std::thread reader([&] {
     usleep(kAWhile);
@@ -106,12 +106,13 @@ TEST(DescriptorIo, WriteWaitsForADescriptorThatDoesNotBlock) {
 TEST(DescriptorIo, WriteSomeGivesWhatWasTakenAtOnce) {
   const NonBlockingPipe pipe;
   const auto room = static_cast<std::size_t>(fcntl(pipe.writing_end(), F_GETPIPE_SZ));
-  EXPECT_EQ(write_some(pipe.writing_end(), view(pattern(room + 1000))), static_cast<ssize_t>(room));
+  EXPECT_EQ(write_some(pipe.writing_end(), view(varied_text(room + 1000))),
+            static_cast<ssize_t>(room));
 }
 
 TEST(DescriptorIo, SignalsChangeNothing) {
   NonBlockingPipe pipe;
-  const std::string text = pattern(300'001);
+  const std::string text = varied_text(300'001);
   std::string caught;
   const testing::Interruptions interruptions;
   std::thread reader([&] { caught = read_all(pipe.reading_end(), 700); });

@@ -19,13 +19,7 @@ namespace {
 
 using namespace rlx::testing;
 
-const std::string kEsc = "\x1bQ";
-const Token kEnd{ST_EOF, 0, "", 0};
-
-std::string one(int value) {
-  return std::string(1, static_cast<char>(value));
-}
-
+const std::string kEscQ = "\x1bQ";
 /// What a final byte makes with each separator; 0 is a separator that it does not take.
 struct Final {
   char final;
@@ -101,16 +95,16 @@ class QSequence : public FilterTest {
 
   static const std::vector<CountForm>& count_forms() {
     static const std::vector<CountForm> forms{
-        {kEsc + "1;", "!a", 456},      {kEsc + "1;", " n", 482},
-        {kEsc + "2;", " n", 483},      {kEsc + "9;", " n", 416},
-        {kEsc + "6;", " o", 500},      {kEsc + "1;", "!\x7f", 475},
-        {kEsc + "1;", ";!\x7f", 475},  {kEsc + "1;2;3;4;", "/~", 485},
-        {kEsc + ";;;;", "/~", 485},    {kEsc + ";", "!a", 456},
-        {kEsc + ";", " n", 482},       {kEsc + ";", " o", 500},
-        {kEsc + ";", "!\x7f", 475},    {kEsc + "1;", "!9!a", 456},
-        {kEsc + "1;", " 77 n", 482},   {kEsc + "1;", " ; o", 500},
-        {kEsc + "1;", "!1!\x7f", 475}, {kEsc + "1;2;3;4;", "/5;/~", 485},
-        {kEsc + "\x7f;", "!a", 456},
+        {kEscQ + "1;", "!a", 456},      {kEscQ + "1;", " n", 482},
+        {kEscQ + "2;", " n", 483},      {kEscQ + "9;", " n", 416},
+        {kEscQ + "6;", " o", 500},      {kEscQ + "1;", "!\x7f", 475},
+        {kEscQ + "1;", ";!\x7f", 475},  {kEscQ + "1;2;3;4;", "/~", 485},
+        {kEscQ + ";;;;", "/~", 485},    {kEscQ + ";", "!a", 456},
+        {kEscQ + ";", " n", 482},       {kEscQ + ";", " o", 500},
+        {kEscQ + ";", "!\x7f", 475},    {kEscQ + "1;", "!9!a", 456},
+        {kEscQ + "1;", " 77 n", 482},   {kEscQ + "1;", " ; o", 500},
+        {kEscQ + "1;", "!1!\x7f", 475}, {kEscQ + "1;2;3;4;", "/5;/~", 485},
+        {kEscQ + "\x7f;", "!a", 456},
     };
     return forms;
   }
@@ -147,7 +141,7 @@ TEST_F(QSequence, NWithSpaceAndFirstParameter2Is483) {
 
 TEST_F(QSequence, MoreThan4095ParameterDigitsAreConsumedAndIgnored) {
   restart();
-  const StandardInput input(kEsc + std::string(5000, '1') + "!CZ");
+  const StandardInput input(kEscQ + std::string(5000, '1') + "!CZ");
   const Token token = next_token();
   EXPECT_EQ(token.status, ST_OK);
   EXPECT_EQ(token.code, 766U);
@@ -157,7 +151,7 @@ TEST_F(QSequence, MoreThan4095ParameterDigitsAreConsumedAndIgnored) {
 TEST_F(QSequence, EndOfInputRightAfterQ1) {
   const StandardInput input("\x1bQ1");
   EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(QSequence, EveryFinalByteWithEverySeparator) {
@@ -166,7 +160,7 @@ TEST_F(QSequence, EveryFinalByteWithEverySeparator) {
       if (separator >= 0x40 && separator <= 0x7f) {
         continue;
       }
-      const std::string sequence = kEsc + parameters_for(final) + one(separator) + one(final) +
+      const std::string sequence = kEscQ + parameters_for(final) + one(separator) + one(final) +
                                    (final == 'p' && separator == '!' ? std::string(32, 'd') : "");
       expect_whole(sequence, expected_code(final, separator));
     }
@@ -178,7 +172,7 @@ TEST_F(QSequence, DelEndsASequenceOnlyBehindAnExclamationMark) {
     if (separator >= 0x40 && separator <= 0x7f) {
       continue;
     }
-    const std::string sequence = kEsc + "1;0" + one(separator) + "\x7f";
+    const std::string sequence = kEscQ + "1;0" + one(separator) + "\x7f";
     if (separator == '!') {
       expect_whole(sequence, 475);
     } else {
@@ -188,20 +182,20 @@ TEST_F(QSequence, DelEndsASequenceOnlyBehindAnExclamationMark) {
 }
 
 TEST_F(QSequence, OnlyTheFirstDelCanEndTheSequence) {
-  expect_whole(kEsc +
+  expect_whole(kEscQ +
                    "1\x7f"
                    "2;0!\x7f"
                    "3!C",
                448);
-  expect_whole(kEsc +
+  expect_whole(kEscQ +
                    "\x7f"
                    "!C",
                448);
-  expect_whole(kEsc +
+  expect_whole(kEscQ +
                    "\x7f"
                    "C",
                766);
-  expect_whole(kEsc + "1!2\x7f\x7f!C", 448);
+  expect_whole(kEscQ + "1!2\x7f\x7f!C", 448);
 }
 
 TEST_F(QSequence, EveryFinalByteWithoutParameters) {
@@ -213,32 +207,32 @@ TEST_F(QSequence, EveryFinalByteWithoutParameters) {
         code = 766;  // the count is missing
       }
       const std::string data = final == 'p' && separator == '!' ? std::string(32, 'd') : "";
-      expect_whole((kEsc + separator).append(one(final)).append(data), code);
+      expect_whole((kEscQ + separator).append(one(final)).append(data), code);
     }
   }
-  expect_whole(kEsc + "!\x7f", 766);
+  expect_whole(kEscQ + "!\x7f", 766);
 }
 
 TEST_F(QSequence, EveryFinalByteRightBehindTheQIsIgnored) {
   for (int final = 0x40; final <= 0x7e; ++final) {
-    expect_whole(kEsc + one(final), 766);
+    expect_whole(kEscQ + one(final), 766);
   }
 }
 
 TEST_F(QSequence, ParametersOfSequencesWithoutDataAreNotChecked) {
   for (const char* parameters :
        {"", "0", ";;;;", "1!2/3 4", "\n\r\f\x1b\x1c", "\x80\xff", "-+*", "\x7f"}) {
-    expect_whole(kEsc + parameters + "!C", 448);
-    expect_whole(kEsc + parameters + "!x", 468);
-    expect_whole(kEsc + parameters + " y", 441);
-    expect_whole(kEsc + parameters + "/G", 513);
-    expect_whole(kEsc + parameters + "/F", 511);
-    expect_whole(kEsc + parameters + "!F", 476);
-    expect_whole(kEsc + parameters + " p", 437);
-    expect_whole(kEsc + parameters + "/p", 462);
-    expect_whole(kEsc + parameters + "!n", 461);
-    expect_whole(kEsc + parameters + "!~", 474);
-    expect_whole(kEsc + parameters + " ~", 474);
+    expect_whole(kEscQ + parameters + "!C", 448);
+    expect_whole(kEscQ + parameters + "!x", 468);
+    expect_whole(kEscQ + parameters + " y", 441);
+    expect_whole(kEscQ + parameters + "/G", 513);
+    expect_whole(kEscQ + parameters + "/F", 511);
+    expect_whole(kEscQ + parameters + "!F", 476);
+    expect_whole(kEscQ + parameters + " p", 437);
+    expect_whole(kEscQ + parameters + "/p", 462);
+    expect_whole(kEscQ + parameters + "!n", 461);
+    expect_whole(kEscQ + parameters + "!~", 474);
+    expect_whole(kEscQ + parameters + " ~", 474);
   }
 }
 
@@ -268,9 +262,9 @@ TEST_F(QSequence, CountsOfEveryLength) {
 
 TEST_F(QSequence, EveryByteInACount) {
   for (const CountForm& form :
-       {CountForm{kEsc + "1;", "!a", 456}, CountForm{kEsc + "1;", " n", 482},
-        CountForm{kEsc + "1;", " o", 500}, CountForm{kEsc + "1;", "!\x7f", 475},
-        CountForm{kEsc + "1;2;3;4;", "/~", 485}}) {
+       {CountForm{kEscQ + "1;", "!a", 456}, CountForm{kEscQ + "1;", " n", 482},
+        CountForm{kEscQ + "1;", " o", 500}, CountForm{kEscQ + "1;", "!\x7f", 475},
+        CountForm{kEscQ + "1;2;3;4;", "/~", 485}}) {
     for (int value = 0; value < 256; ++value) {
       if (value >= 0x40 && value <= 0x7f) {
         continue;
@@ -297,10 +291,10 @@ TEST_F(QSequence, EveryByteInACount) {
 }
 
 TEST_F(QSequence, ACountIsCheckedThroughTheSevenDigits) {
-  expect_whole(kEsc + "1;12345678:!a", 766);
-  expect_whole(kEsc + "1;1234567:!a", 766);
-  expect_whole(kEsc + "1;-1!a", 766);
-  expect_whole(kEsc + "1;+1!a", 766);
+  expect_whole(kEscQ + "1;12345678:!a", 766);
+  expect_whole(kEscQ + "1;1234567:!a", 766);
+  expect_whole(kEscQ + "1;-1!a", 766);
+  expect_whole(kEscQ + "1;+1!a", 766);
 }
 
 TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
@@ -312,32 +306,32 @@ TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
     const std::string longer_field = "1" + field;
     // "!" in front of the first ";" ends what is looked at, without data.
     if (value == '!') {
-      expect_whole(kEsc + "!;2!a", 456);
-      expect_whole(kEsc + "1!;2!a", 456);
-      expect_whole(kEsc + "!;2!\x7f", 766);
-      expect_whole(kEsc + "1!;2!\x7f", 766);
+      expect_whole(kEscQ + "!;2!a", 456);
+      expect_whole(kEscQ + "1!;2!a", 456);
+      expect_whole(kEscQ + "!;2!\x7f", 766);
+      expect_whole(kEscQ + "1!;2!\x7f", 766);
     } else if (value != ';') {
-      expect_whole(kEsc + field + ";2!add", 456);
-      expect_whole(kEsc + longer_field + ";2!add", 456);
-      expect_whole(kEsc + field +
+      expect_whole(kEscQ + field + ";2!add", 456);
+      expect_whole(kEscQ + longer_field + ";2!add", 456);
+      expect_whole(kEscQ + field +
                        ";2!\x7f"
                        "dd",
                    475);
-      expect_whole(kEsc + longer_field +
+      expect_whole(kEscQ + longer_field +
                        ";2!\x7f"
                        "dd",
                    475);
     }
     if (value == ' ') {
-      expect_whole(kEsc + " ;2 n", 766);
-      expect_whole(kEsc + "1 ;2 n", 766);
+      expect_whole(kEscQ + " ;2 n", 766);
+      expect_whole(kEscQ + "1 ;2 n", 766);
     } else if (value != ';') {
-      expect_whole(kEsc + field + ";2 ndd", value == '2' ? 483 : value == '9' ? 416 : 482);
-      expect_whole(kEsc + longer_field + ";2 ndd", 482);
+      expect_whole(kEscQ + field + ";2 ndd", value == '2' ? 483 : value == '9' ? 416 : 482);
+      expect_whole(kEscQ + longer_field + ";2 ndd", 482);
     }
     if (value != ';') {
-      expect_whole(kEsc + field + ";2 odd", 500);
-      expect_whole(kEsc + longer_field + ";2 odd", 500);
+      expect_whole(kEscQ + field + ";2 odd", 500);
+      expect_whole(kEscQ + longer_field + ";2 odd", 500);
     }
   }
 }
@@ -345,50 +339,50 @@ TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
 TEST_F(QSequence, TheFirstParameterByteChoosesThePrintConditionCode) {
   for (int digit = '0'; digit <= '9'; ++digit) {
     const std::uint32_t code = digit == '2' ? 483 : digit == '9' ? 416 : 482;
-    expect_whole(kEsc + one(digit) + ";3 nabc", code);
-    expect_whole(kEsc + one(digit) + "7;3 nabc", code);
-    expect_whole(kEsc + "0" + one(digit) + ";3 nabc", 482);
-    expect_whole(kEsc + one(digit) + "!n", 461);
-    expect_whole(kEsc + one(digit) + "/n", 766);
+    expect_whole(kEscQ + one(digit) + ";3 nabc", code);
+    expect_whole(kEscQ + one(digit) + "7;3 nabc", code);
+    expect_whole(kEscQ + "0" + one(digit) + ";3 nabc", 482);
+    expect_whole(kEscQ + one(digit) + "!n", 461);
+    expect_whole(kEscQ + one(digit) + "/n", 766);
   }
 }
 
 TEST_F(QSequence, PrintConditionAndFormParameterNeedASemicolon) {
   for (const char* parameters : {"", "1", "2", "9", "12", "1 2"}) {
-    expect_whole(kEsc + parameters + " n", 766);
-    expect_whole(kEsc + parameters + " o", 766);
+    expect_whole(kEscQ + parameters + " n", 766);
+    expect_whole(kEscQ + parameters + " o", 766);
   }
 }
 
 TEST_F(QSequence, ASpaceInTheFirstFieldMattersToPrintConditionsOnly) {
-  expect_whole(kEsc + "1 2;3 n", 766);
-  expect_whole(kEsc + "1 2;3 oabc", 500);
+  expect_whole(kEscQ + "1 2;3 n", 766);
+  expect_whole(kEscQ + "1 2;3 oabc", 500);
 }
 
 TEST_F(QSequence, OptionalDataWithoutASemicolonIsACommandWithoutData) {
   for (const char* parameters : {"", "1", "5", "123", "1!2;3"}) {
-    expect_whole(kEsc + parameters + "!a", 456);
+    expect_whole(kEscQ + parameters + "!a", 456);
   }
 }
 
 TEST_F(QSequence, DelDataWithoutASemicolonIsIgnored) {
   for (const char* parameters : {"", "1", "5", "!", "!1;2", "1!2;3"}) {
-    expect_whole(kEsc + parameters + "!\x7f", 766);
+    expect_whole(kEscQ + parameters + "!\x7f", 766);
   }
 }
 
 TEST_F(QSequence, TransparentTakes32BytesWithAnExclamationMarkOnly) {
   const std::string data = "\x1b\n\f!a0123456789abcdef0123456789\xff";
   ASSERT_EQ(data.size(), 32U);
-  expect_whole(kEsc + "1!p" + data, 462);
-  expect_front(kEsc + "1!p" + data + "Z", 5 + 32, 462);
-  expect_front(kEsc + "1 p" + data, 5, 437);
-  expect_front(kEsc + "1/p" + data, 5, 462);
+  expect_whole(kEscQ + "1!p" + data, 462);
+  expect_front(kEscQ + "1!p" + data + "Z", 5 + 32, 462);
+  expect_front(kEscQ + "1 p" + data, 5, 437);
+  expect_front(kEscQ + "1/p" + data, 5, 462);
 }
 
 TEST_F(QSequence, TransparentDataAroundTheRecordsEnd) {
   for (std::size_t before = 4060; before <= 4070; ++before) {
-    const std::string sequence = kEsc + std::string(before - 4, '1') + "!p";
+    const std::string sequence = kEscQ + std::string(before - 4, '1') + "!p";
     const std::string data(32, 'd');
     if (before + 32 <= 4096) {
       expect_whole(sequence + data, 462);
@@ -399,23 +393,23 @@ TEST_F(QSequence, TransparentDataAroundTheRecordsEnd) {
 }
 
 TEST_F(QSequence, FifthFieldCountNeedsFourFieldsInFront) {
-  expect_whole(kEsc + "1;2;3;4;2/~dd", 485);
-  expect_whole(kEsc + " ;!;#;\n;2/~dd", 485);
+  expect_whole(kEscQ + "1;2;3;4;2/~dd", 485);
+  expect_whole(kEscQ + " ;!;#;\n;2/~dd", 485);
   for (const char* few : {"", "2", "1;2", "1;2;2", "1;2;3;2"}) {
-    expect_whole(kEsc + few + "/~", 766);
+    expect_whole(kEscQ + few + "/~", 766);
   }
-  expect_whole(kEsc + "1;2;3;4;5;6/~", 766);
+  expect_whole(kEscQ + "1;2;3;4;5;6/~", 766);
   // A "/" in each of the four fields, in front of the field and behind it.
   for (const char* slash : {"/1;2;3;4;0", "1/;2;3;4;0", "1;/2;3;4;0", "1;2/;3;4;0", "1;2;/3;4;0",
                             "1;2;3/;4;0", "1;2;3;/4;0", "1;2;3;4/;0"}) {
-    expect_whole(kEsc + slash + "/~", 766);
+    expect_whole(kEscQ + slash + "/~", 766);
   }
 }
 
 TEST_F(QSequence, FifthFieldCountIsIgnoredBehindItsDataWithTheSwitchOff) {
   for (const std::size_t count : {0UL, 1UL, 5UL, 4078UL, 4079UL, 4080UL, 9999UL, 70000UL}) {
     reset_filter();
-    const std::string sequence = kEsc + "1;2;3;4;" + std::to_string(count) + "/~";
+    const std::string sequence = kEscQ + "1;2;3;4;" + std::to_string(count) + "/~";
     const std::string data(count, 'd');
     const StandardInput input(sequence + data + "Z");
     const Token token = next_token();
@@ -429,11 +423,11 @@ TEST_F(QSequence, FifthFieldCountIsIgnoredBehindItsDataWithTheSwitchOff) {
 }
 
 TEST_F(QSequence, DiscardedDataThatIsCutGivesTheReadersStatus) {
-  const std::string sequence = kEsc + "1;2;3;4;5000/~";
+  const std::string sequence = kEscQ + "1;2;3;4;5000/~";
   {
     const StandardInput input(sequence + std::string(4999, 'd'));
     EXPECT_EQ(next_token(), (Token{ST_OK, 766, sequence, 0}));
-    EXPECT_EQ(next_token(), kEnd);
+    EXPECT_EQ(next_token(), kEndOfInput);
   }
   reset_filter();
   {
@@ -445,17 +439,17 @@ TEST_F(QSequence, DiscardedDataThatIsCutGivesTheReadersStatus) {
   job_settings.framed_output = 1;
   const StandardInput input(end_frame(sequence + std::string(4999, 'd')));
   EXPECT_EQ(next_token(), (Token{6, 766, sequence, 0}));
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(QSequence, FifthFieldCountWithTheSwitchOnLeavesLargeDataPending) {
-  const std::string sequence = kEsc + "1;2;3;4;5000/~";
+  const std::string sequence = kEscQ + "1;2;3;4;5000/~";
   expect_front(sequence + std::string(5000, 'd'), sequence.size(), 485, 5000);
 }
 
 TEST_F(QSequence, TheSwitchMattersToTheSlashOnly) {
   reset_filter();
-  const StandardInput input(kEsc + "1 ~" + kEsc + "1!~" + kEsc + "1;2;3;4;0/~");
+  const StandardInput input(kEscQ + "1 ~" + kEscQ + "1!~" + kEscQ + "1;2;3;4;0/~");
   EXPECT_EQ(next_token().code, 474U);
   EXPECT_EQ(next_token().code, 474U);
   EXPECT_EQ(next_token().code, 766U);
@@ -480,12 +474,12 @@ TEST_F(QSequence, DataThatJustFitsIsReadAndOneByteMoreIsPending) {
 
 TEST_F(QSequence, AFullRecordTakesDataOfNoBytesOnly) {
   const std::string filling(4096 - 6, '1');
-  expect_whole(kEsc + filling +
+  expect_whole(kEscQ + filling +
                    ";"
                    "0"
                    "!a",
                456);
-  expect_front(kEsc + filling +
+  expect_front(kEscQ + filling +
                    ";"
                    "1"
                    "!a"
@@ -500,7 +494,7 @@ TEST_F(QSequence, ShortDataAtTheEndOfTheInputIsIgnored) {
       const std::string all = form.front + "5" + form.back + std::string(given, 'd');
       const StandardInput input(all);
       EXPECT_EQ(next_token(), (Token{ST_OK, 766, all, 0}));
-      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
 }
@@ -513,7 +507,7 @@ TEST_F(QSequence, ShortDataAtTheEndOfTheEndFrameIsCut) {
       const std::string all = form.front + "5" + form.back + std::string(given, 'd');
       const StandardInput input(end_frame(all));
       EXPECT_EQ(next_token(), (Token{6, 766, all, 0}));
-      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
 }
@@ -542,16 +536,16 @@ TEST_F(QSequence, NoDataNeedsNoByteBehindTheEndFrame) {
 TEST_F(QSequence, LargeDataStaysPendingBehindTheEndFrame) {
   restart();
   job_settings.framed_output = 1;
-  const StandardInput input(end_frame(kEsc + "1;5000!a"));
-  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEsc + "1;5000!a", 5000}));
-  EXPECT_EQ(next_token(), kEnd);
+  const StandardInput input(end_frame(kEscQ + "1;5000!a"));
+  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5000!a", 5000}));
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(QSequence, DataGoesOnAcrossFrames) {
   restart();
   job_settings.framed_output = 1;
-  const StandardInput input(cnt_frame(kEsc + "1;5!aab") + cnt_frame("c") + end_frame("deZ"));
-  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEsc + "1;5!aabcde", 0}));
+  const StandardInput input(cnt_frame(kEscQ + "1;5!aab") + cnt_frame("c") + end_frame("deZ"));
+  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5!aabcde", 0}));
   EXPECT_EQ(rest_of_input(), "Z");
 }
 
@@ -559,7 +553,7 @@ TEST_F(QSequence, AnOverlongSequenceEndsAtItsFirstByteFrom40To7f) {
   for (int value = 0; value < 256; ++value) {
     for (const std::size_t behind : {4097UL, 4098UL, 5000UL}) {
       // The byte stands at this place, no "!" in front of it.
-      const std::string sequence = kEsc + std::string(behind - 3, '1') + one(value) +
+      const std::string sequence = kEscQ + std::string(behind - 3, '1') + one(value) +
                                    (value >= 0x40 && value <= 0x7f ? "" : "A");
       restart();
       const StandardInput input(sequence + "Z");
@@ -572,7 +566,7 @@ TEST_F(QSequence, AnOverlongSequenceEndsAtItsFirstByteFrom40To7f) {
 TEST_F(QSequence, ADelAsTheLastByteThatFitsIsAParameter) {
   // It is the 4096th byte and no "!" stands in front, so the sequence goes on, and overflows; a
   // further DEL does not end it.
-  const std::string sequence = kEsc + std::string(4093, '1') +
+  const std::string sequence = kEscQ + std::string(4093, '1') +
                                "\x7f"
                                "2\x7f"
                                "3A";
@@ -587,7 +581,7 @@ TEST_F(QSequence, ADelAsTheLastByteThatFitsIsAParameter) {
 
 TEST_F(QSequence, AnEndingDelAroundTheRecordsCapacity) {
   for (const std::size_t total : {4095UL, 4096UL, 4097UL, 4098UL}) {
-    const std::string sequence = kEsc + "1;0;" + std::string(total - 8, '1') + "!\x7f";
+    const std::string sequence = kEscQ + "1;0;" + std::string(total - 8, '1') + "!\x7f";
     restart();
     const StandardInput input(sequence + "Z");
     const Token expected = total <= 4096 ? Token{ST_OK, 475, sequence, 0}
@@ -600,7 +594,7 @@ TEST_F(QSequence, AnEndingDelAroundTheRecordsCapacity) {
 TEST_F(QSequence, AnOverlongSequenceNeverReadsData) {
   for (const char* end : {"1;2!a", "!p", "1;2 n", "1;2 o", "1;2!\x7f", "1;2;3;4;2/~"}) {
     restart();
-    const StandardInput input(kEsc + std::string(4094, '1') + end + "ddZ");
+    const StandardInput input(kEscQ + std::string(4094, '1') + end + "ddZ");
     EXPECT_EQ(next_token(), (Token{ST_OK, 766, end, 0}));
     EXPECT_EQ(rest_of_input(), "ddZ");
   }

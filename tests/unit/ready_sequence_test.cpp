@@ -13,15 +13,12 @@
 #include "job/status.h"
 #include "support/filter_state.h"
 #include "support/guarded_bytes.h"
+#include "support/input_stream.h"
 
 namespace rlx::testing {
 namespace {
 
 constexpr std::size_t kLongestParameters = 70;
-
-std::string one(int value) {
-  return std::string(1, static_cast<char>(value));
-}
 
 bool one_of(int value, std::string_view bytes) {
   return value != 0 && bytes.find(static_cast<char>(value)) != std::string_view::npos;

@@ -21,17 +21,11 @@ namespace {
 
 using namespace rlx::testing;
 
-const Token kEnd{ST_EOF, 0, "", 0};
-
 /// A whole command and its code.
 struct Command {
   std::string bytes;
   std::uint32_t code;
 };
-
-std::string one(int value) {
-  return std::string(1, static_cast<char>(value));
-}
 
 /// One command of every kind, each way that a sequence can go on.
 const std::vector<Command>& commands_of_every_kind() {
@@ -120,8 +114,8 @@ class Tokenizer : public FilterTest {
 
 TEST_F(Tokenizer, AnEmptyInputEndsAtOnceAndStaysEnded) {
   const StandardInput input("");
-  EXPECT_EQ(next_token(), kEnd);
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(Tokenizer, EveryFirstByteThatStartsNoSequenceIsACommand) {
@@ -283,7 +277,7 @@ TEST_F(Tokenizer, ADelSecondByteEndsAnUnknownSequenceAfterFsOnly) {
 TEST_F(Tokenizer, EndOfInputRightAfterEscQ1) {
   const StandardInput input("\x1bQ1");
   EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(Tokenizer, EveryKindOfCommandIsReadWhole) {
@@ -301,7 +295,7 @@ TEST_F(Tokenizer, CommandsFollowOneAnother) {
   for (const Command& command : commands_of_every_kind()) {
     EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
   }
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
@@ -311,8 +305,8 @@ TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
       restart(false);
       const StandardInput input(command.bytes.substr(0, cut));
       EXPECT_EQ(next_token(), (Token{ST_OK, 766, command.bytes.substr(0, cut), 0}));
-      EXPECT_EQ(next_token(), kEnd);
-      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEndOfInput);
+      EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
 }
@@ -322,8 +316,8 @@ TEST_F(Tokenizer, TheEndStaysAfterACutSequenceEvenIfMoreBytesCome) {
   EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b", 0}));
   reset_raw_input();
   const StandardInput more("A");
-  EXPECT_EQ(next_token(), kEnd);
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
+  EXPECT_EQ(next_token(), kEndOfInput);
   reset_tokenizer();
   EXPECT_EQ(next_token(), (Token{ST_OK, 767, "A", 0}));
 }
@@ -358,7 +352,7 @@ TEST_F(Tokenizer, TheEndFrameCutsEverySequenceAtEveryByte) {
                                 end_frame(command.bytes.substr(cut)));
       const CaptureDescriptor output(1);
       EXPECT_EQ(next_token(), (Token{6, 766, command.bytes.substr(0, cut), 0}));
-      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEndOfInput);
       EXPECT_EQ(output.text(), "");
     }
   }
@@ -369,7 +363,7 @@ TEST_F(Tokenizer, ASequenceThatEndsWithTheEndFrameIsWhole) {
     restart(true);
     const StandardInput input(end_frame(command.bytes));
     EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
-    EXPECT_EQ(next_token(), kEnd);
+    EXPECT_EQ(next_token(), kEndOfInput);
   }
 }
 
@@ -384,7 +378,7 @@ TEST_F(Tokenizer, SequencesGoOnAcrossEveryFrameBorder) {
                                   end_frame(command.bytes.substr(cut)));
         const CaptureDescriptor output(1);
         EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
-        EXPECT_EQ(next_token(), kEnd);
+        EXPECT_EQ(next_token(), kEndOfInput);
         EXPECT_EQ(output.text(), empty_between ? cnt_frame("") : "");
       }
     }
@@ -399,7 +393,7 @@ TEST_F(Tokenizer, AnEmptyEndFrameInsideASequenceIsACut) {
   const CaptureDescriptor output(1);
   EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b[1", 0}));
   EXPECT_EQ(output.text(), end_frame(""));
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(Tokenizer, AMissingEndFrameInsideASequenceEndsTheProcess) {
@@ -425,7 +419,7 @@ TEST_F(Tokenizer, SequencesOfEveryKindAcrossTheInputBufferBorder) {
     for (const Command& command : commands_of_every_kind()) {
       ASSERT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0})) << before;
     }
-    EXPECT_EQ(next_token(), kEnd);
+    EXPECT_EQ(next_token(), kEndOfInput);
   }
 }
 
@@ -440,7 +434,7 @@ TEST_F(Tokenizer, SequencesThatArriveByteByByte) {
   for (const Command& command : commands_of_every_kind()) {
     EXPECT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0}));
   }
-  EXPECT_EQ(next_token(), kEnd);
+  EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 /// A sequence of `total` bytes out of its start, filling and its end.
@@ -503,12 +497,12 @@ TEST_F(Tokenizer, AnOverlongSequenceThatIsCutIsIgnored) {
       {
         const StandardInput input(bytes);
         EXPECT_TRUE(next_token() == (Token{ST_OK, 766, kept, 0})) << total;
-        EXPECT_EQ(next_token(), kEnd);
+        EXPECT_EQ(next_token(), kEndOfInput);
       }
       restart(true);
       const StandardInput input(end_frame(bytes));
       EXPECT_TRUE(next_token() == (Token{6, 766, kept, 0})) << total;
-      EXPECT_EQ(next_token(), kEnd);
+      EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
 }
