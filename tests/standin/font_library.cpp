@@ -2,9 +2,6 @@
 // description file, and it keeps a log of every call; both are found relative to the current
 // directory, so that tests of the whole program can use it too. support/standin_font_library.h says
 // what the two files hold.
-//
-// Built with OMIT_<entry point> it lacks that entry point, which then has a name that nobody asks
-// for.
 
 #include <cstdarg>
 #include <cstdint>
@@ -15,28 +12,6 @@
 
 #include "fonts/fal_api.h"
 #include "standin/glyph_dots.h"
-
-#ifdef OMIT_FalOpenSysFont
-#define FalOpenSysFont omitted_entry_point
-#endif
-#ifdef OMIT_FalReadFont
-#define FalReadFont omitted_entry_point
-#endif
-#ifdef OMIT_FalCloseFont
-#define FalCloseFont omitted_entry_point
-#endif
-#ifdef OMIT_FalFreeFontList
-#define FalFreeFontList omitted_entry_point
-#endif
-#ifdef OMIT_fal_utyerror
-#define fal_utyerror omitted_entry_point
-#endif
-#ifdef OMIT_fal_utyderror
-#define fal_utyderror omitted_entry_point
-#endif
-#ifdef OMIT_fal_utyexists
-#define fal_utyexists omitted_entry_point
-#endif
 
 namespace rlx {
 
