@@ -59,16 +59,20 @@ check_preset() {
 }
 
 # clang-tidy reads the compile commands of the clang build: the tests in pieces, in which it goes
-# through GoogleTest's header and the library's once for several files. All checks but one hold there
-# too (bugprone-suspicious-include would see the pieces themselves). What was clean is not looked at
-# again before it, a header of it, the settings, the tool or the compile command changes.
+# through GoogleTest's header and the library's once for several files. What was clean is not looked
+# at again before it, a header of it, the settings, the tool or the compile command changes.
+#
+# Three checks see only what stands in a piece itself and so nothing of the tests in it:
+# bugprone-suspicious-include (off there: it would see the piece), misc-unused-using-decls and
+# misc-unused-alias-decls. All three are only about tidiness, hold for src/ in every run, and for the
+# tests in `long`. Clang's warnings about unused names are like that too; g++'s are not.
 lint() {
   cmake --preset clang >/dev/null && tools/lint.sh "$tidy_tool" build-clang .cache/lint
 }
 
-# Each source by itself, with all checks, whatever was clean before. What this finds besides is a test
-# file that lacks an include which its piece has, or a name that only seems used because another file
-# of the piece uses it; neither can make a wrong filter, so it need not be in every run.
+# Each source by itself, with all checks, whatever was clean before. Besides what is said above this
+# finds a test file that lacks an include which another one of its piece has. None of it can hide a
+# fault of the filter, so it need not be in every run.
 lint_apart() {
   cmake --preset apart >/dev/null && tools/lint.sh "$tidy_tool" build-apart
 }
