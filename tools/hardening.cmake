@@ -15,7 +15,7 @@ endforeach()
 
 # The checks of the C library's calls need an optimising build, and the sanitizers' own checks of the
 # same calls stand in their way.
-if(CMAKE_BUILD_TYPE STREQUAL "Release" OR CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
   add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 endif()
 

@@ -21,6 +21,8 @@ struct LoopState {
   bool record_cut = false;
   /// The rest of the job has gone out as it stood.
   bool passed_through = false;
+  /// That failed, and has been reported.
+  bool copy_failed = false;
   /// Exit status of the job so far.
   int status = ST_OK;
 

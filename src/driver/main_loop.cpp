@@ -23,6 +23,13 @@ bool read_record(LoopState& loop) {
   return true;
 }
 
+JobEnd end_of(const LoopState& loop) {
+  if (!loop.passed_through) {
+    return JobEnd::flush;
+  }
+  return loop.copy_failed ? JobEnd::copy_failed : JobEnd::passed_through;
+}
+
 }  // namespace
 
 JobEnd run_main_loop(LoopState& loop) {
@@ -32,7 +39,7 @@ JobEnd run_main_loop(LoopState& loop) {
       return JobEnd::flush;
     }
     if (!route_record(loop)) {
-      return loop.passed_through ? JobEnd::passed_through : JobEnd::flush;
+      return end_of(loop);
     }
   }
 }

@@ -8,6 +8,7 @@ namespace rlx {
 enum class JobEnd {
   flush,           ///< what is gathered must be written
   passed_through,  ///< the rest of the job has gone out as it stood; nothing is left to write
+  copy_failed,  ///< the same, but not all of it: that has been reported, and is all there is to say
 };
 
 /// Converts the job: reads one command after the other and routes it (driver/routing.h), until the

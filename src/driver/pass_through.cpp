@@ -27,11 +27,12 @@ int copy_rest_of_input() {
 
 }  // namespace
 
-int pass_through(const CommandRecord& record) {
+int pass_through(const CommandRecord& record, bool& copy_failed) {
   const int status = out_bytes(record.length, record.bytes.data());
   flush_output();
   if (status == ST_OK && copy_rest_of_input() != ST_EOF) {
     report_system_error();
+    copy_failed = true;
   }
   return status;
 }

@@ -9,9 +9,10 @@ namespace rlx {
 /// input, with neither blocks nor frames; of a framed job what is held for a frame and the rest of
 /// the input frame are dropped, and the frames that follow go out as they stand. What stands in the
 /// page buffer is not written.
+/// @param copy_failed  becomes true when the copy failed.
 /// @return 0. A copy that fails is reported with the system's text and deliberately does not change
 /// the status. The command's own bytes and the pages before it are no part of the copy: when they
 /// cannot be written, the process ends with "write error".
-int pass_through(const CommandRecord& record);
+int pass_through(const CommandRecord& record, bool& copy_failed);
 
 }  // namespace rlx

@@ -54,7 +54,7 @@ Next note_new_state(LoopState& loop) {
 
 Next pass_rest_through(LoopState& loop) {
   loop.passed_through = true;
-  loop.status = pass_through(loop.record);
+  loop.status = pass_through(loop.record, loop.copy_failed);
   return Next::end;
 }
 

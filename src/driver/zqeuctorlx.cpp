@@ -15,6 +15,8 @@ int main(int argc, char** argv) {
   }
   const rlx::JobEnd end = rlx::run_main_loop(rlx::loop_state);
   const int exit_status = rlx::end_job(end, rlx::loop_state.status);
-  rlx::close_standard_output();
+  if (end != rlx::JobEnd::copy_failed) {
+    rlx::close_standard_output();
+  }
   return exit_status;
 }

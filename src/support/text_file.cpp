@@ -4,18 +4,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-
-#include "support/descriptor_io.h"
+#include <cstdio>
 
 namespace rlx {
 
 namespace {
 
-int open_for_reading(const char* path) {
+int open_file(const char* path, int flags) {
   int descriptor = -1;
   do {
-    descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    descriptor = open(path, flags | O_RDONLY | O_NOCTTY | O_CLOEXEC);
   } while (descriptor < 0 && errno == EINTR);
   return descriptor;
 }
@@ -24,6 +24,28 @@ int open_for_reading(const char* path) {
 bool is_regular(int descriptor) {
   struct stat attributes {};
   return fstat(descriptor, &attributes) == 0 && S_ISREG(attributes.st_mode);
+}
+
+/// A file server holds a lease on the file and gives it back in a moment. The file is held first,
+/// without opening it, so that what is waited for is a regular file for certain.
+int open_leased_file(const char* path) {
+  const int held = open_file(path, O_PATH);
+  if (held < 0) {
+    return -1;
+  }
+  int descriptor = -1;
+  if (is_regular(held)) {
+    std::array<char, 32> link{};
+    std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", held);
+    descriptor = open_file(link.data(), 0);
+  }
+  close(held);
+  return descriptor;
+}
+
+int open_for_reading(const char* path) {
+  const int descriptor = open_file(path, O_NONBLOCK);
+  return descriptor < 0 && errno == EWOULDBLOCK ? open_leased_file(path) : descriptor;
 }
 
 }  // namespace
@@ -60,7 +82,11 @@ void TextFile::close() {
 }
 
 bool TextFile::refill() {
-  const ssize_t count = read_some(descriptor_, buffer_);
+  // No regular file makes a read wait; what does, and calls itself one, cannot be read.
+  ssize_t count = 0;
+  do {
+    count = read(descriptor_, buffer_.data(), buffer_.size());
+  } while (count < 0 && errno == EINTR);
   failed_ = count < 0;
   if (count <= 0) {
     return false;

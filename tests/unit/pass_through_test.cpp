@@ -162,7 +162,9 @@ void limit_files(rlim_t bytes) {
 [[noreturn]] void pass_through_with_room(rlim_t room, const std::string& rest) {
   const StandardInput input(rest);
   limit_files(room);
-  std::exit(pass_through(testing::make_record(CMD_Q_BQ_SL, kParameterBlock)));
+  bool copy_failed = false;
+  const int status = pass_through(testing::make_record(CMD_Q_BQ_SL, kParameterBlock), copy_failed);
+  std::exit(copy_failed ? status : 99);
 }
 
 TEST_F(PassThrough, CopyThatCannotBeWrittenIsReportedAndExits0) {

@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -114,6 +117,54 @@ TEST_F(TextFileTest, TheDescriptorIsGivenBack) {
     const TextFile file("odd");
     EXPECT_EQ(fcntl(next_descriptor, F_GETFD), -1);
   });
+}
+
+/// A file server with a lease on the file, which gives it back when somebody asks for the file.
+class Leaseholder {
+ public:
+  explicit Leaseholder(const char* path) {
+    std::array<int, 2> ready{};
+    EXPECT_EQ(pipe(ready.data()), 0);
+    child_ = fork();
+    if (child_ == 0) {
+      sigset_t asked;
+      sigemptyset(&asked);
+      sigaddset(&asked, SIGIO);
+      sigprocmask(SIG_BLOCK, &asked, nullptr);
+      const int file = open(path, O_RDWR);
+      const char answer = fcntl(file, F_SETLEASE, F_WRLCK) == 0 ? 'y' : 'n';
+      int signal = 0;
+      if (write(ready[1], &answer, 1) == 1 && answer == 'y' && sigwait(&asked, &signal) == 0) {
+        usleep(50'000);
+        fcntl(file, F_SETLEASE, F_UNLCK);
+      }
+      _exit(0);
+    }
+    EXPECT_EQ(read(ready[0], &holds_, 1), 1);
+    close(ready[0]);
+    close(ready[1]);
+  }
+  ~Leaseholder() {
+    kill(child_, SIGIO);
+    waitpid(child_, nullptr, 0);
+  }
+  Leaseholder(const Leaseholder&) = delete;
+  Leaseholder& operator=(const Leaseholder&) = delete;
+
+  bool holds() const { return holds_ == 'y'; }
+
+ private:
+  pid_t child_ = 0;
+  char holds_ = 'n';
+};
+
+TEST_F(TextFileTest, ALeaseOnTheFileIsWaitedFor) {
+  write_file("file", "text\n");
+  const Leaseholder server("file");
+  if (!server.holds()) {
+    GTEST_SKIP() << "this file system knows no leases";
+  }
+  EXPECT_EQ(lines_of("file", 512), Lines{"text\n"});
 }
 
 /// The memory of the process can be opened and not be read from its start.
