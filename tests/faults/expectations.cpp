@@ -30,8 +30,6 @@ const std::vector<int> kFstatErrors{EIO, EBADF, ENOMEM, EOVERFLOW};
 constexpr const char* kNoMessage = "";
 constexpr const char* kSystemError = "filter: %m\n";
 constexpr const char* kWriteError = "write error";
-constexpr const char* kFormError = "filter: FCB data error\n";
-constexpr const char* kG1Error = "filter: g1gaiji file error\n";
 
 std::vector<int> without(std::vector<int> errors, int error) {
   std::erase(errors, error);

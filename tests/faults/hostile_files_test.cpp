@@ -10,6 +10,7 @@
 #include "faults/fault_jobs.h"
 #include "faults/fault_rig.h"
 #include "faults/hostile_files.h"
+#include "faults/output_rules.h"
 #include "job/fixed_paths.h"
 
 namespace rlx::testing {
@@ -27,9 +28,6 @@ struct Place {
   OutputRule output;
   bool may_be_absent;  ///< an absent one is no error
 };
-
-constexpr const char* kFormError = "filter: FCB data error\n";
-constexpr const char* kG1Error = "filter: g1gaiji file error\n";
 
 const std::vector<Place> kPlaces{
     {"Form", JobKind::form, kFormPlace, 1, kFormError, OutputRule::nothing, false},

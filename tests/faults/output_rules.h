@@ -9,6 +9,10 @@
 
 namespace rlx::testing {
 
+// The messages of files that cannot be used.
+inline constexpr const char* kFormError = "filter: FCB data error\n";
+inline constexpr const char* kG1Error = "filter: g1gaiji file error\n";
+
 /// What a disturbed run may have written.
 enum class OutputRule : std::uint8_t {
   same,            ///< all, as undisturbed
