@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks everything, after installing what that needs:
 #   ./test.sh         format, all builds with their tests, lint, benchmarks' build
-#   ./test.sh quick   the release build with its tests
+#   ./test.sh quick   the release build with its tests, less the fault tests
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, and both
 #                     roads of the filter compared on 100,000 generated jobs
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
@@ -119,9 +119,14 @@ check_all() {
   fi
 }
 
+# The fault tests take as long as all the others of the release build: a full run has them.
+check_release_quickly() {
+  build_preset release && ctest --preset release --parallel "$jobs" --exclude-regex '^fault_tests'
+}
+
 check_quickly() {
   install_missing "${build_needs[@]}" "${quick_test_needs[@]}"
-  step "release build and tests" check_preset release
+  step "release build and tests, less the fault tests" check_release_quickly
 }
 
 compare_roads() {
