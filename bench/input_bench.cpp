@@ -8,6 +8,7 @@
 #include "job/status.h"
 #include "job_input.h"
 #include "sample_jobs.h"
+#include "support/the_filter.h"
 
 namespace rlx::bench {
 namespace {
@@ -27,13 +28,15 @@ void read_job(benchmark::State& state, const char* kind, Read read) {
 }
 
 void BM_Tokenizer(benchmark::State& state, const char* kind) {
-  read_job(state, kind, [](CommandRecord& record) { return zqtoken(0, &record); });
+  read_job(state, kind,
+           [](CommandRecord& record) { return zqtoken(the_filter().tokenizer, 0, &record); });
 }
 BENCHMARK_CAPTURE(BM_Tokenizer, plain, "plain");
 BENCHMARK_CAPTURE(BM_Tokenizer, sequences, "sequences");
 
 void BM_Classifier(benchmark::State& state, const char* kind) {
-  read_job(state, kind, [](CommandRecord& record) { return zqclass(&record); });
+  read_job(state, kind,
+           [](CommandRecord& record) { return zqclass(the_filter().classifier, &record); });
 }
 BENCHMARK_CAPTURE(BM_Classifier, plain, "plain");
 BENCHMARK_CAPTURE(BM_Classifier, mixed, "mixed");

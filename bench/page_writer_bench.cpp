@@ -9,6 +9,7 @@
 #include "job_input.h"
 #include "output/carried_settings.h"
 #include "output/page_writer.h"
+#include "support/the_filter.h"
 
 namespace rlx::bench {
 namespace {
@@ -21,20 +22,14 @@ void BM_PageWriter(benchmark::State& state) {
   constexpr std::uint8_t kPageEnd = kFormFeed;
   const auto piece_bytes = static_cast<std::int32_t>(state.range(0));
   const std::array<std::uint8_t, 4096> piece{};
-  if (allocate_page_buffers() != 0) {
-    state.SkipWithError("no memory");
-    return;
-  }
-  reset_carried_settings();
-  reset_page_writer();
+  renew_filter();
   for (auto _ : state) {
-    keep_setting(CMD_ESC_PAREN_H, kSetting.size(), kSetting.data());
+    keep_setting(the_filter().carried, CMD_ESC_PAREN_H, kSetting.size(), kSetting.data());
     for (std::int32_t written = 0; written < kPageBytes; written += piece_bytes) {
-      out_page_data(piece_bytes, piece.data());
+      out_page_data(the_filter().page, piece_bytes, piece.data());
     }
-    out_page_data(1, &kPageEnd);
+    out_page_data(the_filter().page, 1, &kPageEnd);
   }
-  free_page_buffers();
   count_bytes(state, kPageBytes);
 }
 BENCHMARK(BM_PageWriter)->Arg(1)->Arg(16)->Arg(128)->Arg(4096);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string>
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 #include "driver/main_loop.h"
 #include "job/print_conditions.h"
 #include "job_input.h"
@@ -15,26 +15,12 @@
 #include "output/line_spacing.h"
 #include "output/page_writer.h"
 #include "sample_jobs.h"
+#include "support/the_filter.h"
 
 namespace rlx::bench {
 namespace {
 
 constexpr std::size_t kJobBytes = 1048576;
-
-bool set_up_job() {
-  reset_job_settings();
-  reset_print_conditions();
-  reset_byte_writer();
-  reset_job_header();
-  reset_line_spacing();
-  reset_loop_state();
-  if (allocate_page_buffers() != 0) {
-    return false;
-  }
-  reset_carried_settings();
-  reset_page_writer();
-  return true;
-}
 
 /// Six lines per inch all over a form of eleven inches.
 void put_form_in_force(LoopState& loop) {
@@ -50,20 +36,16 @@ void convert(benchmark::State& state, const char* kind, bool with_form) {
   const std::string job = sample_job(kind, kJobBytes);
   for (auto _ : state) {
     state.PauseTiming();
-    if (!set_up_job()) {
-      state.SkipWithError("no memory");
-      return;
-    }
+    renew_filter();
     if (with_form) {
-      put_form_in_force(loop_state);
+      put_form_in_force(the_filter().loop);
     }
-    loop_state.fast_road = state.range(0) != 0;
+    the_filter().loop.fast_road = state.range(0) != 0;
     put_in_buffer(job);
     state.ResumeTiming();
-    run_main_loop(loop_state);
-    flush_output();
+    run_main_loop(the_filter().loop);
+    flush_output(the_filter().writer);
   }
-  free_page_buffers();
   count_bytes(state, job.size());
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "driver/byte_kinds.h"
+#include "driver/fast_road/byte_kinds.h"
 #include "input/ready_sequence.h"
 #include "input/wide_scan.h"
 #include "job_input.h"

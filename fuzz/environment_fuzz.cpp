@@ -4,6 +4,7 @@
 
 #include "fresh_filter.h"
 #include "support/environment_file.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -74,10 +75,11 @@ Model read_model(std::string_view file) {
 void check_file(std::string_view bytes, const MemoryFile& file) {
   file.set(bytes);
   const Model model = read_model(bytes);
-  reset_environment_file();
-  require(tqdxgetenv() == (model.common_seen ? 0 : -2), "status of the environment file");
-  require(environment_file.fcbprint_halfinch == model.halfinch, "FCBPRINT");
-  require(tqdxgetenv() == 0, "the environment file was read again");
+  the_filter().environment = {};
+  require(tqdxgetenv(the_filter().environment) == (model.common_seen ? 0 : -2),
+          "status of the environment file");
+  require(the_filter().environment.fcbprint_halfinch == model.halfinch, "FCBPRINT");
+  require(tqdxgetenv(the_filter().environment) == 0, "the environment file was read again");
 }
 
 }  // namespace

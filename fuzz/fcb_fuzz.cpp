@@ -4,6 +4,7 @@
 
 #include "forms/fcb.h"
 #include "fresh_filter.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -12,12 +13,12 @@ constexpr std::int32_t kStartLine = 77;
 /// Longest pitch command with its LF.
 constexpr std::int32_t kLongestLine = 17;
 
-FcbTable load(const std::string& path, int& status) {
+FcbTable load(const std::string& path, Status& status) {
   FcbTable form;
   form.cur_line = kStartLine;
   form.lpi.fill(5);
   const Messages messages;
-  status = fcb_load(path.c_str(), form, resource_directories);
+  status = fcb_load(the_filter().forms, path.c_str(), form, the_filter().directories);
   require(form.cur_line == kStartLine, "the current line was touched");
   const std::string expected = status == 0 ? "" : "filter: FCB data error\n";
   require(messages.text() == expected, "messages of the form reader");
@@ -32,7 +33,7 @@ std::size_t line_count(const FcbTable& form) {
 
 void check_form(const FcbTable& form) {
   const std::size_t lines = line_count(form);
-  const bool short_forms = job_settings.stream_variant == 4;
+  const bool short_forms = the_filter().command_line.stream_variant == 4;
   require(form.form_halfinch >= (short_forms ? 7 : 2), "a form is too short");
   require(form.form_halfinch <= 40, "a form is too long");
   require(form.top_line >= 1 && static_cast<std::size_t>(form.top_line) <= lines, "top line");
@@ -62,7 +63,7 @@ void walk(FcbTable& form) {
   static OutputBuffer pending;
   static CommandRecord record;
   pending.length = 0;
-  require(top_of_form(form, pending) == 0, "status of the top of a form");
+  top_of_form(the_filter().spacing, form, pending);
   check_movement(pending, form);
   const std::size_t lines = line_count(form);
   for (std::size_t i = 0; i < 2 * lines; ++i) {
@@ -71,7 +72,7 @@ void walk(FcbTable& form) {
     record.bytes[0] = 0x0a;
     record.length = 1;
     const std::int32_t before = form.cur_line;
-    require(next_line(record, form, pending) == 0, "status of a line");
+    next_line(the_filter().spacing, record, form, pending);
     if (static_cast<std::size_t>(before) + 1 < lines) {
       require(form.cur_line == before + 1 && pending.length == 0, "a line inside the form");
       require(record.length > 1 && record.length <= kLongestLine, "a pitch behind LF");
@@ -91,13 +92,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const std::string path = file.path();
   Choices choices(data, size);
   const std::uint8_t switches = choices.byte();
-  rlx::reset_job_settings();
-  rlx::job_settings.program_name = "filter";
-  rlx::job_settings.stream_variant = 2 + switches % 3;
-  rlx::job_settings.page_started = (switches & 8) != 0 ? 1 : 0;
-  rlx::environment_file = {1, (switches & 16) != 0 ? 1 : 0};
+  rlx::testing::restart_settings();
+  rlx::testing::the_filter().messages.program_name = "filter";
+  rlx::testing::the_filter().command_line.stream_variant = 2 + switches % 3;
+  rlx::testing::the_filter().job.page_started = (switches & 8) != 0 ? 1 : 0;
+  rlx::testing::the_filter().environment = {1, (switches & 16) != 0 ? 1 : 0};
   file.set(choices.rest());
-  int status = 0;
+  rlx::Status status = rlx::ST_OK;
   rlx::FcbTable form = load(path, status);
   if (status == 0) {
     check_form(form);

@@ -6,6 +6,7 @@
 #include "fresh_filter.h"
 #include "input/byte_source.h"
 #include "printer_output.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -13,11 +14,11 @@ namespace {
 /// What a framed input consists of.
 struct FramedInput {
   std::vector<Frame> frames;
-  int final_status = ST_OK;
+  Status final_status = ST_OK;
 };
 
 /// Takes one frame off the front. @return its status when it is malformed or there is none.
-int take_frame(std::string_view& input, std::vector<Frame>& frames) {
+Status take_frame(std::string_view& input, std::vector<Frame>& frames) {
   if (!frames.empty() && frames.back().is_end) {
     return ST_EOF;
   }
@@ -59,14 +60,16 @@ FramedInput take_apart(std::string_view input) {
 }
 
 void start() {
-  reset_input();
-  job_settings.framed_output = 1;
+  restart_input();
+  the_filter().command_line.framed_output = 1;
   standard_output().set("");
 }
 
 void expect_byte(char expected) {
   std::uint8_t byte = 0;
-  require(prtclin(&byte) == ST_OK && byte == static_cast<std::uint8_t>(expected), "frame data");
+  require(prtclin(the_filter().source.frames, &byte) == ST_OK &&
+              byte == static_cast<std::uint8_t>(expected),
+          "frame data");
 }
 
 void read_frames(const FramedInput& parts, std::string_view job, std::size_t cut) {
@@ -75,15 +78,18 @@ void read_frames(const FramedInput& parts, std::string_view job, std::size_t cut
   std::uint8_t byte = 0;
   for (const Frame& frame : parts.frames) {
     if (frame.data.empty()) {
-      require(prtclin(&byte) == ST_FRAME_EMPTY, "an empty frame");
+      require(prtclin(the_filter().source.frames, &byte) == ST_FRAME_EMPTY, "an empty frame");
     }
     for (std::size_t i = 0; i < frame.data.size(); ++i) {
       expect_byte(frame.data[i]);
-      require(frame_left() == frame.data.size() - i - 1, "what is left of a frame");
+      require(frame_left(the_filter().source.frames) == frame.data.size() - i - 1,
+              "what is left of a frame");
     }
-    require(framed_transfer.frame_kind == (frame.is_end ? kEndFrame : kCntFrame), "frame kind");
+    require(the_filter().source.frames.frame_kind == (frame.is_end ? kEndFrame : kCntFrame),
+            "frame kind");
   }
-  require(prtclin(&byte) == parts.final_status, "the status behind the last frame");
+  require(prtclin(the_filter().source.frames, &byte) == parts.final_status,
+          "the status behind the last frame");
   require(standard_output().content().empty(), "output of the frame reader");
 }
 
@@ -105,12 +111,12 @@ void copy_job(const FramedInput& parts, std::string_view job, std::size_t cut) {
   start();
   const JobInput input(job, cut);
   std::uint8_t byte = 0;
-  int status = ST_OK;
-  while ((status = zqgetc(0, &byte)) == ST_OK) {
-    require(directout(1, &byte) == 0, "status of directout");
+  Status status = ST_OK;
+  while ((status = zqgetc(the_filter().source, 0, &byte)) == ST_OK) {
+    directout(the_filter().frame_writer, 1, &byte);
   }
   require(status == ST_EOF, "the end of a framed job");
-  require(framed_transfer.out_len == 0, "output is held at the end");
+  require(the_filter().frame_writer.out_len == 0, "output is held at the end");
   require(frames_of(standard_output().content()) == copied_frames(parts), "copied frames");
 }
 
@@ -120,14 +126,14 @@ void copy_commands(std::string_view job, std::size_t cut) {
   const JobInput input(job, cut);
   static CommandRecord record;
   std::string data;
-  int status = ST_OK;
-  while ((status = zqclass(&record)) == ST_OK || status == ST_CUT) {
+  Status status = ST_OK;
+  while ((status = zqclass(the_filter().classifier, &record)) == ST_OK || status == ST_CUT) {
     require(record.length >= 0 && record.length <= kRecordCapacity, "length out of range");
     data += text_of(record.bytes.data(), static_cast<std::size_t>(record.length));
-    require(directout(record.length, record.bytes.data()) == 0, "status of directout");
+    directout(the_filter().frame_writer, record.length, record.bytes.data());
   }
   require(status == ST_EOF, "the end of a framed job");
-  require(out_end_frame() == 0, "status of the end frame");
+  require(out_end_frame(the_filter().frame_writer) == 0, "status of the end frame");
   std::string written;
   for (const Frame& frame : frames_of(standard_output().content())) {
     written += frame.data;
@@ -151,6 +157,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     copy_job(parts, job, cut);
     copy_commands(job, cut);
   }
-  rlx::job_settings.framed_output = 0;
+  rlx::testing::the_filter().command_line.framed_output = 0;
   return 0;
 }

@@ -6,6 +6,7 @@
 
 #include "fonts/g1_gaiji_file.h"
 #include "fresh_filter.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -71,7 +72,7 @@ void check_file(std::string_view bytes, const MemoryFile& file) {
   const auto expected = range_of(first_line(bytes));
   const Messages messages;
   G1GaijiRange range{2, {}, {}};
-  const int status = g1gaiji_load(range);
+  const Status status = g1gaiji_load(the_filter().messages, range);
   const bool accepted = bytes.empty() || expected.has_value();
   require(status == (accepted ? 0 : 1), "status of the range file");
   require(messages.text() == (accepted ? "" : "filter: g1gaiji code error\n"), "its message");
@@ -91,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const Scratch scratch;
   static const bool linked = (scratch.link("sandbox/etc/lp/g1gaiji", file), true);
   require(linked, "no place for the range file");
-  rlx::job_settings.program_name = "filter";
+  rlx::testing::the_filter().messages.program_name = "filter";
   const InsideScratch inside(scratch);
   check_file(text_of(data, size), file);
   return 0;

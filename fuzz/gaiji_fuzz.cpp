@@ -9,6 +9,7 @@
 #include <set>
 
 #include "fresh_filter.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -82,25 +83,26 @@ void free_list(FalFontList* list) {
 void install(Choices& choices) {
   library = {};
   library.choices = &choices;
-  fal_library.handle = dlopen(nullptr, RTLD_LAZY);
-  fal_library.open_sys_font = open_font;
-  fal_library.read_font = read_font;
-  fal_library.close_font = close_font;
-  fal_library.free_font_list = free_list;
-  fal_library.error_class = &library.error_class;
-  fal_library.error_detail = &library.error_detail;
-  fal_library.missing_glyph = &library.missing_glyph;
-  job_settings.font_library_loaded = 1;
+  the_filter().library.handle = dlopen(nullptr, RTLD_LAZY);
+  the_filter().library.open_sys_font = open_font;
+  the_filter().library.read_font = read_font;
+  the_filter().library.close_font = close_font;
+  the_filter().library.free_font_list = free_list;
+  the_filter().library.error_class = &library.error_class;
+  the_filter().library.error_detail = &library.error_detail;
+  the_filter().library.missing_glyph = &library.missing_glyph;
+  the_filter().job.font_library_loaded = 1;
 }
 
 /// Opens the fonts of the job's class. @return false when the library failed; then none is open.
 bool open_fonts(std::uint8_t switches) {
-  const int status = fonts_open(job_settings.font_variant, job_settings.high_resolution_fonts,
-                                switches & 1, switches >> 1 & 1);
-  require(status == 0 || status == kFalError, "status of the fonts");
+  const Status status =
+      fonts_open(the_filter().fonts, the_filter().command_line.font_variant,
+                 the_filter().job.high_resolution_fonts, switches & 1, switches >> 1 & 1);
+  require(status == 0 || status == ST_FONT_ERROR, "status of the fonts");
   require(status == 0 || library.open_fonts.empty(), "a font is left open");
   require(library.lists == 0, "a list is not freed");
-  gaiji_reset_cache();
+  gaiji_reset_cache(the_filter().gaiji);
   return status == 0;
 }
 
@@ -112,16 +114,16 @@ bool is_download_code(std::string_view code) {
 constexpr std::int32_t kLongest = 3 + 4 + 5 + 2 + 72 * 18 + 2;
 
 struct Put {
-  int status;
+  Status status;
   std::string text;
 };
 
 Put put(const CommandRecord& record, UndefinedGaijiRule rule, CharacterSetState& state) {
   static OutputBuffer out;
   out.length = 4711;
-  const int status = gaiji_put(record, rule, state, out);
-  const bool in_range = job_settings.gaiji_typeface < kTypefaces;
-  require(status == 0 || status == (in_range ? kFalError : kGlyphOutOfRange),
+  const Status status = gaiji_put(the_filter().gaiji, record, rule, state, out);
+  const bool in_range = the_filter().job.gaiji_typeface < kTypefaces;
+  require(status == 0 || status == (in_range ? ST_FONT_ERROR : kGlyphOutOfRange),
           "status of a character");
   require(out.length >= 0 && out.length <= kLongest, "length of a download");
   require((status == 0) == (out.length != 0), "output of a character");
@@ -179,28 +181,29 @@ void put_many(Choices& choices, CharacterSetState& state) {
 void change_class(std::uint8_t switches) {
   constexpr int kClasses[][2] = {{0, 0}, {0, 1}, {1, 0}, {1, 1}, {2, 1}};
   const auto& chosen = kClasses[switches % 5];
-  job_settings.font_variant = chosen[0];
-  job_settings.high_resolution_fonts = chosen[1];
-  job_settings.printer_class = (switches & 0x40) != 0 ? kPrinterClassF1 : kPrinterClassF0;
+  the_filter().command_line.font_variant = chosen[0];
+  the_filter().job.high_resolution_fonts = chosen[1];
+  the_filter().command_line.printer_class =
+      (switches & 0x40) != 0 ? kPrinterClassF1 : kPrinterClassF0;
 }
 
 bool take_operation(Choices& choices, CharacterSetState& state) {
   const std::uint8_t what = choices.byte();
   switch (what % 8) {
     case 0:
-      job_settings.gaiji_size_index = what / 8 % 7;
+      the_filter().job.gaiji_size_index = what / 8 % 7;
       return true;
     case 1:
-      job_settings.gaiji_typeface = what / 8 % 3;
+      the_filter().job.gaiji_typeface = what / 8 % 3;
       return true;
     case 2:
-      fonts_close();
+      fonts_close(the_filter().fonts);
       require(library.open_fonts.empty(), "a font is left open");
       change_class(choices.byte());
       return open_fonts(what >> 3);
     case 3:
       state.select_single_byte();
-      gaiji_reset_size();
+      gaiji_reset_size(the_filter().gaiji);
       return true;
     case 4:
       if (what == 4) {
@@ -222,7 +225,7 @@ void run(Choices& choices) {
   while (open && !choices.empty()) {
     open = take_operation(choices, state);
   }
-  fonts_close();
+  fonts_close(the_filter().fonts);
   require(library.open_fonts.empty(), "a font is left open");
 }
 
@@ -236,6 +239,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   install(choices);
   const Messages messages;
   run(choices);
-  rlx::reset_fal_library();
+  static_cast<void>(rlx::fal_unload(the_filter().library));
   return 0;
 }

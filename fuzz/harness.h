@@ -16,8 +16,20 @@
 #include <string_view>
 
 #include "input/raw_input.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
+
+using testing::forget_output;
+using testing::option_targets;
+using testing::renew_filter;
+using testing::restart_frames;
+using testing::restart_gaiji;
+using testing::restart_input;
+using testing::restart_page;
+using testing::restart_raw_input;
+using testing::restart_settings;
+using testing::the_filter;
 
 // What the fuzz targets have in common. Nothing of it writes to the descriptors that the fuzzer
 // reports on: standard error is swapped as a stream only.
@@ -149,14 +161,14 @@ class JobInput {
         later_(size_ - static_cast<std::size_t>(ready_.end() - ready_.begin())) {
     require(later_ <= kInputBufferBytes, "more than one read");
     standard_input().set(job.substr(size_ - later_));
-    reset_raw_input();
-    raw_window = {ready_.begin(), ready_.end()};
+    restart_raw_input();
+    the_filter().source.raw.window = {ready_.begin(), ready_.end()};
   }
 
   /// Bytes that the filter has taken so far.
   std::size_t taken() const {
-    const bool before_read = raw_window.end == ready_.end();
-    return size_ - raw_window.size() - (before_read ? later_ : 0);
+    const bool before_read = the_filter().source.raw.window.end == ready_.end();
+    return size_ - the_filter().source.raw.window.size() - (before_read ? later_ : 0);
   }
 
  private:

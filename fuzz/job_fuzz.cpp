@@ -17,6 +17,7 @@
 #include "driver/start_up.h"
 #include "fresh_filter.h"
 #include "printer_output.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -33,7 +34,7 @@ struct Job {
 };
 
 struct Result {
-  int status = 0;
+  Status status = ST_OK;
   bool passed_through = false;
   std::string output;
   std::string messages;
@@ -126,32 +127,32 @@ Job make_job(Choices& choices) {
   return job;
 }
 
-int convert(Job& job) {
+Status convert(Job& job) {
   std::vector<char*> argv;
   for (std::string& word : job.words) {
     argv.push_back(word.data());
   }
   argv.push_back(nullptr);
-  const int status = start_up(static_cast<int>(job.words.size()), argv.data());
+  const Status status = start_up(the_filter(), static_cast<int>(job.words.size()), argv.data());
   if (status != 0) {
     return status;
   }
-  const JobEnd end = run_main_loop(loop_state);
-  return end_job(end, loop_state.status);
+  const JobEnd end = run_main_loop(the_filter().loop);
+  return end_job(the_filter(), end, the_filter().loop.status);
 }
 
 Result run(Job job, bool fast) {
   reset_filter();
   standard_output().set("");
   const JobInput input(job.bytes, fast ? job.cut : job.bytes.size());
-  loop_state.fast_road = fast;
+  the_filter().loop.fast_road = fast;
   const Messages messages;
   Result result;
   result.status = convert(job);
-  result.passed_through = loop_state.passed_through;
+  result.passed_through = the_filter().loop.passed_through;
   result.output = standard_output().content();
   result.messages = messages.text();
-  reset_job_settings();
+  restart_settings();
   return result;
 }
 

@@ -5,10 +5,11 @@
 
 #include <vector>
 
-#include "driver/options.h"
+#include "driver/options/options.h"
 #include "fresh_filter.h"
 #include "output/print_conditions_out.h"
 #include "printer_output.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -50,7 +51,7 @@ bool has_end(const std::array<char, Size>& text) {
 }
 
 void check_directories() {
-  const ResourceDirectories& directories = resource_directories;
+  const ResourceDirectories& directories = the_filter().directories;
   require(directories.count >= 1 && directories.count <= kMaxSearchedDirectories + 1,
           "number of directories");
   for (std::size_t i = 0; i < directories.count; ++i) {
@@ -60,7 +61,7 @@ void check_directories() {
 }
 
 void check_settings() {
-  const JobSettings& settings = job_settings;
+  const rlx::CommandLine& settings = the_filter().command_line;
   require(settings.emulation_mode >= 1 && settings.emulation_mode <= 7, "emulation mode");
   require(settings.stream_variant >= 2 && settings.stream_variant <= 4, "stream variant");
   require(settings.character_pitch >= 0 && settings.character_pitch <= 7200, "character pitch");
@@ -71,37 +72,41 @@ void check_settings() {
   require(settings.fcb_name == nullptr || std::strlen(settings.fcb_name) <= kMaxNameBytes,
           "form name");
   const auto resolution = static_cast<std::uint32_t>(settings.resolution);
-  const std::uint32_t first = printer_has(kHasResolution, 0);
-  require(first != 0 ? printer_has(kHasResolution, resolution) == 1
+  const std::uint32_t first = printer_has(the_filter().printer, kHasResolution, 0);
+  require(first != 0 ? printer_has(the_filter().printer, kHasResolution, resolution) == 1
                      : resolution == 240 || resolution == 400,
           "resolution");
-  require(printer_resolution(nullptr) == first, "first resolution");
+  require(printer_resolution(the_filter().printer, nullptr) == first, "first resolution");
 }
 
 void check_capabilities(unsigned value) {
   for (int kind = -1; kind <= 11; ++kind) {
-    const std::uint32_t any = printer_has(kind, 0);
+    const std::uint32_t any = printer_has(the_filter().printer, kind, 0);
     require(kind == kHasResolution || any <= 1, "answer of a capability");
-    require(printer_has(kind, value) <= 1 || value == 0, "answer of a capability");
+    require(printer_has(the_filter().printer, kind, value) <= 1 || value == 0,
+            "answer of a capability");
   }
-  static_cast<void>(printer_resolution(std::to_string(value).c_str()));
+  static_cast<void>(printer_resolution(the_filter().printer, std::to_string(value).c_str()));
 }
 
 /// Sends the print conditions of every command as a job would.
 void check_conditions() {
-  pitch_sequences();
-  for (const int command : {0, 446, 478, 479, 482, 483, 492, 500, 1}) {
+  pitch_sequences(the_filter().spacing);
+  for (const std::uint32_t command : std::initializer_list<std::uint32_t>{
+           0, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2,
+           CMD_SECOND_VARIANT_492, CMD_Q_OL_SP, 1}) {
     std::int32_t index = 0;
     std::int32_t unit = 0;
     std::int32_t written = 0;
-    require(emit_print_conditions(command, 0, 0, &index, &unit, &written, job_settings.record) == 0,
-            "status of the print conditions");
+    emit_print_conditions(the_filter().conditions_output, command, 0, 0, &index, &unit, &written,
+                          the_filter().settings);
     require(index >= 0 && index <= 4, "spacing index");
   }
-  job_settings.page_has_content = 1;
-  require(out_page_data(0, nullptr) == 0 && flush_output() == 0, "status of the job end");
+  the_filter().job.page_has_content = 1;
+  out_page_data(the_filter().page, 0, nullptr);
+  flush_output(the_filter().writer);
   const std::string output = standard_output().content();
-  if (job_settings.framed_output != 0) {
+  if (the_filter().command_line.framed_output != 0) {
     frames_of(output);
   } else {
     blocks_of(output);
@@ -112,25 +117,25 @@ void check_options(std::string_view text) {
   reset_filter();
   CommandLine line(text);
   std::string messages;
-  int status = 0;
+  Status status = ST_OK;
   {
     const Messages caught;
-    status = parse_options(line.count(), line.arguments());
+    status = parse_options(option_targets(), line.count(), line.arguments());
     messages = caught.text();
   }
   require(status == 0 || status == 1, "status of the options");
   require((status == 0) == messages.empty(), "messages of the options");
   if (status == 0) {
     check_directories();
-    choose_resolution();
-    query_printer();
+    choose_resolution(the_filter().printer, the_filter().command_line);
+    query_printer(the_filter().printer, the_filter().command_line);
     check_settings();
     check_capabilities(static_cast<unsigned>(text.size() * 0x1011));
     standard_output().set("");
     check_conditions();
   }
   // The settings point into the command line.
-  reset_job_settings();
+  restart_settings();
 }
 
 }  // namespace

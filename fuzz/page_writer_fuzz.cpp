@@ -5,9 +5,10 @@
 
 #include <map>
 
-#include "driver/print_condition_record.h"
+#include "driver/loop/print_condition_record.h"
 #include "fresh_filter.h"
 #include "printer_output.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -109,12 +110,12 @@ std::int32_t count_of(std::string_view bytes) {
 void put(Model& model, const std::string& piece, bool through_sink) {
   model.put(piece);
   if (through_sink && !piece.empty() && piece.back() != '\f') {
-    const PieceSink sink = page_sink();
-    require(sink.make_room(count_of(piece)) == 0, "status of the sink");
+    const PieceSink sink = page_sink(the_filter().page);
+    sink.make_room(count_of(piece));
     sink.append(raw(piece), count_of(piece));
   } else {
     const ExactBytes bytes(piece);
-    require(out_page_data(count_of(piece), bytes.begin()) == 0, "status of the page writer");
+    out_page_data(the_filter().page, count_of(piece), bytes.begin());
   }
 }
 
@@ -123,7 +124,7 @@ void put_bytes(Model& model, const std::string& bytes) {
   for (const char byte : bytes) {
     model.put(std::string_view(&byte, 1));
   }
-  require(page_sink().append_bytes(raw(bytes), bytes.size()) == 0, "status of the sink");
+  page_sink(the_filter().page).append_bytes(raw(bytes), bytes.size());
 }
 
 void keep(Model& model, std::uint8_t choice, const std::string& sequence) {
@@ -131,13 +132,13 @@ void keep(Model& model, std::uint8_t choice, const std::string& sequence) {
   const std::uint32_t command = kCommands[choice % 3];
   model.keep(command, sequence);
   const ExactBytes bytes(sequence);
-  require(keep_setting(command, count_of(sequence), bytes.begin()) == 0, "status of a setting");
+  keep_setting(the_filter().carried, command, count_of(sequence), bytes.begin());
 }
 
 void end_job(Model& model) {
-  model.end_job(job_settings.page_has_content != 0);
-  require(out_page_data(0, nullptr) == 0, "status of the job end");
-  require(job_settings.page_has_content == 0, "content behind the job end");
+  model.end_job(the_filter().job.page_has_content != 0);
+  out_page_data(the_filter().page, 0, nullptr);
+  require(the_filter().job.page_has_content == 0, "content behind the job end");
 }
 
 void take_operation(Model& model, Choices& choices) {
@@ -169,7 +170,7 @@ void take_operation(Model& model, Choices& choices) {
       if (what >= 0x80) {
         end_job(model);
       } else {
-        job_settings.page_has_content = 1;
+        the_filter().job.page_has_content = 1;
       }
   }
 }
@@ -177,9 +178,9 @@ void take_operation(Model& model, Choices& choices) {
 /// Conditions and settings that the job header sends.
 void choose_conditions(Choices& choices) {
   const std::uint8_t switches = choices.byte();
-  job_settings.header_selector = (switches & 1) != 0 ? 8 : 1;
-  job_settings.resolution = (switches & 2) != 0 ? 400 : 240;
-  job_settings.form_length_tenths = switches >> 2;
+  the_filter().command_line.header_selector = (switches & 1) != 0 ? 8 : 1;
+  the_filter().command_line.resolution = (switches & 2) != 0 ? 400 : 240;
+  the_filter().job.form_length_tenths = switches >> 2;
   static CommandRecord record;
   std::string bytes = "\x1bQ1;99 n..";
   bytes += choices.bytes(60);
@@ -187,7 +188,8 @@ void choose_conditions(Choices& choices) {
   std::copy(bytes.begin(), bytes.end(), record.bytes.begin());
   record.length = count_of(bytes);
   const Messages messages;
-  require(parse_print_condition_record(record) == 0, "status of the print conditions");
+  require(parse_print_condition_record(the_filter().messages, record, the_filter().conditions) == 0,
+          "status of the print conditions");
 }
 
 /// The blocks of an output that the model speaks of. No header block stands behind the first data
@@ -217,7 +219,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     take_operation(model, choices);
   }
   end_job(model);
-  require(rlx::flush_output() == 0, "status of the last write");
+  rlx::flush_output(the_filter().writer);
   require(data_blocks(standard_output().content()) == model.blocks(), "blocks");
   return 0;
 }

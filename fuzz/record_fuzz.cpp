@@ -6,19 +6,20 @@
 #include <array>
 #include <tuple>
 
-#include "driver/command_parameters.h"
-#include "driver/print_condition_record.h"
+#include "driver/loop/command_parameters.h"
+#include "driver/loop/print_condition_record.h"
 #include "forms/fcb_name.h"
 #include "fresh_filter.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
 
 /// All that a record gave.
 struct Outcome {
-  int conditions_status = 0;
+  Status conditions_status = ST_OK;
   std::string conditions;
-  int name_status = 0;
+  Status name_status = ST_OK;
   std::string fcb_name;
   FormName form_name;
   std::string parameter;
@@ -59,22 +60,22 @@ std::string number(std::int32_t value) {
 }
 
 std::string shown_conditions() {
-  const PrintConditions& all = print_conditions;
-  return field(all.condition_form_name) + number(all.condition_count_a) +
-         number(all.condition_count_b) + field(all.condition_code_4) + field(all.condition_code_2) +
-         field(all.condition_flag_1) + field(all.condition_flag_2) + number(all.condition_value_1) +
-         number(all.condition_value_2) + field(all.condition_code_3) +
-         field(all.condition_code_2b) + field(all.condition_flag_3) + number(all.condition_value_3);
+  const PrintConditions& all = the_filter().conditions;
+  return field(all.form_overlay) + number(all.overlay_count) + number(all.copies) +
+         field(all.form_code) + field(all.orientation) + field(all.binding_edge) +
+         field(all.binding_mode) + number(all.first_offset) + number(all.second_offset) +
+         field(all.paper_size) + field(all.tray) + field(all.duplex) + number(all.binding_margin);
 }
 
 void read_conditions(const CommandRecord& record, Outcome& outcome) {
-  outcome.conditions_status = parse_print_condition_record(record);
+  outcome.conditions_status =
+      parse_print_condition_record(the_filter().messages, record, the_filter().conditions);
   require(outcome.conditions_status == 0 || outcome.conditions_status == 1, "conditions' status");
   outcome.conditions = shown_conditions();
-  const char* name = "-";
-  outcome.name_status = fcb_name_from_record(record, name);
+  FcbName name{"-"};
+  outcome.name_status = fcb_name_from_record(the_filter().messages, record, name);
   require(outcome.name_status == 0 || outcome.name_status == 1, "status of a form name");
-  outcome.fcb_name = name;
+  outcome.fcb_name = name.data();
   require(outcome.fcb_name.size() <= 4, "a form name is too long");
   outcome.form_name = parse_form_name(record);
   field(outcome.form_name.letters_and_digits);
@@ -85,19 +86,21 @@ void read_parameters(const CommandRecord& record, Outcome& outcome) {
   const std::string_view parameter = parameter_text(record);
   outcome.parameter = parameter;
   outcome.resets = resets_line_unit(parameter);
-  outcome.state_492 = job_settings.high_resolution_fonts;
+  outcome.state_492 = the_filter().job.high_resolution_fonts;
   outcome.result_492 = parse_command_492(parameter, outcome.state_492);
   require(outcome.result_492 >= -1 && outcome.result_492 <= 1, "result of command 492");
   require(outcome.state_492 == 0 || outcome.state_492 == 1, "state of command 492");
-  const int before = job_settings.high_resolution_fonts;
-  outcome.switched = switch_resolution(parameter);
-  outcome.high_resolution_fonts = job_settings.high_resolution_fonts;
+  const int before = the_filter().job.high_resolution_fonts;
+  outcome.switched =
+      switch_resolution(parameter, the_filter().command_line.resolution, the_filter().job);
+  outcome.high_resolution_fonts = the_filter().job.high_resolution_fonts;
   require(outcome.switched == (before != outcome.high_resolution_fonts), "resolution switch");
 }
 
 void read_form_parameter(const CommandRecord& record, Outcome& outcome) {
   SettingsRecord settings;
-  outcome.form_accepted = parse_form_parameter(record, settings);
+  outcome.form_accepted =
+      parse_form_parameter(record, the_filter().command_line.capability_g, settings);
   require(settings.form_data_length >= 0 && settings.form_data_length <= kMaxFormData,
           "length of form data");
   require(settings.form_source <= kFromFormKind3, "source of form data");
@@ -108,11 +111,11 @@ void read_form_parameter(const CommandRecord& record, Outcome& outcome) {
 }
 
 Outcome read_record(const CommandRecord& record, std::uint8_t switches) {
-  reset_print_conditions();
-  job_settings.program_name = "filter";
-  job_settings.high_resolution_fonts = switches & 1;
-  job_settings.resolution = (switches & 2) != 0 ? 400 : 240;
-  job_settings.capability_g = (switches & 4) != 0 ? 1 : 0;
+  the_filter().conditions = {};
+  the_filter().messages.program_name = "filter";
+  the_filter().job.high_resolution_fonts = switches & 1;
+  the_filter().command_line.resolution = (switches & 2) != 0 ? 400 : 240;
+  the_filter().command_line.capability_g = (switches & 4) != 0 ? 1 : 0;
   const Messages messages;
   Outcome outcome;
   read_conditions(record, outcome);

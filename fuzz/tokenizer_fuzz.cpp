@@ -11,6 +11,7 @@
 #include "input/ready_sequence.h"
 #include "input/sequence_reader.h"
 #include "job/control_bytes.h"
+#include "support/the_filter.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -31,8 +32,8 @@ struct Job {
 CommandRecord record;
 
 void start(const Job& job) {
-  reset_input();
-  job_settings.extended_parameters = job.extended_parameters ? 1 : 0;
+  restart_input();
+  the_filter().command_line.extended_parameters = job.extended_parameters ? 1 : 0;
 }
 
 bool is_token_code(std::uint32_t code) {
@@ -74,7 +75,7 @@ void check_ready_sequence(const Job& job, std::size_t at) {
 void skip_pending(const Job& job) {
   if (job.discard_pending && record.pending != 0) {
     auto count = static_cast<std::int32_t>(record.pending);
-    const int status = zqrdata(0, nullptr, &count);
+    const Status status = zqrdata(the_filter().source, 0, nullptr, &count);
     require(status == ST_OK || status == ST_EOF, "status of discarded data");
   }
 }
@@ -84,7 +85,7 @@ void tokenize(const Job& job) {
   const JobInput input(job.bytes, job.cut);
   for (;;) {
     const std::size_t from = input.taken();
-    const int status = zqtoken(0, &record);
+    const Status status = zqtoken(the_filter().tokenizer, 0, &record);
     if (status == ST_EOF) {
       break;
     }
@@ -94,7 +95,7 @@ void tokenize(const Job& job) {
     skip_pending(job);
   }
   require(input.taken() == job.bytes.size(), "the tokenizer left bytes behind");
-  require(zqtoken(0, &record) == ST_EOF, "the end does not stay");
+  require(zqtoken(the_filter().tokenizer, 0, &record) == ST_EOF, "the end does not stay");
 }
 
 std::size_t character_length(std::uint8_t lead) {
@@ -146,7 +147,7 @@ void classify(const Job& job) {
   const JobInput input(job.bytes, job.cut);
   for (;;) {
     const std::size_t from = input.taken();
-    const int status = zqclass(&record);
+    const Status status = zqclass(the_filter().classifier, &record);
     if (status == ST_EOF) {
       break;
     }

@@ -1,44 +1,32 @@
 #include "driver/job_end.h"
 
-#include "fonts/fal_library.h"
-#include "fonts/font_sets.h"
-#include "input/framed_transfer.h"
-#include "job/settings.h"
-#include "job/status.h"
-#include "output/byte_writer.h"
-#include "output/page_writer.h"
-
 namespace rlx {
 
 namespace {
 
-int first_failure(int status, int later_status) {
-  return status != ST_OK ? status : later_status;
+Status write_what_is_left(Filter& filter) {
+  const Status status = filter.output.framed() ? out_end_frame(filter.frame_writer) : ST_OK;
+  out_page_data(filter.page, 0, nullptr);
+  flush_output(filter.writer);
+  return status;
 }
 
-int write_what_is_left(int status) {
-  if (job_settings.framed_output != 0) {
-    status = first_failure(status, out_end_frame());
+void release(Filter& filter) {
+  fonts_close(filter.fonts);
+  if (filter.job.font_library_loaded != 0) {
+    fal_unload(filter.library);
   }
-  status = first_failure(status, out_page_data(0, nullptr));
-  return first_failure(status, flush_output());
-}
-
-void release() {
-  fonts_close();
-  if (job_settings.font_library_loaded != 0) {
-    fal_unload();
-  }
-  free_page_buffers();
+  free_page_buffers(filter.page);
 }
 
 }  // namespace
 
-int end_job(JobEnd end, int status) {
+Status end_job(Filter& filter, JobEnd end, Status status) {
   if (end == JobEnd::flush) {
-    status = write_what_is_left(status);
+    const Status written = write_what_is_left(filter);
+    status = status != ST_OK ? status : written;
   }
-  release();
+  release(filter);
   return status;
 }
 

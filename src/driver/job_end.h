@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/filter.h"
 #include "driver/main_loop.h"
 
 namespace rlx {
@@ -8,7 +9,7 @@ namespace rlx {
 /// towards the printer, then closes the fonts, releases the font library and frees the buffers.
 /// @param end     after a pass-through nothing is left to write.
 /// @param status  how the main loop ended.
-/// @return the exit status: `status`, or the first failure met here when that is 0.
-int end_job(JobEnd end, int status);
+/// @return `status`, or the first failure met here when that is 0.
+Status end_job(Filter& filter, JobEnd end, Status status);
 
 }  // namespace rlx

@@ -1,8 +1,7 @@
 #include "driver/main_loop.h"
 
-#include "driver/routing.h"
-#include "driver/text_run.h"
-#include "input/classifier.h"
+#include "driver/fast_road/text_run.h"
+#include "driver/loop/routing.h"
 
 namespace rlx {
 
@@ -14,7 +13,7 @@ bool read_record(LoopState& loop) {
   if (loop.end_marker == ST_EOF) {
     return false;
   }
-  const int status = zqclass(&loop.record);
+  const Status status = zqclass(loop.classifier, &loop.record);
   loop.record_cut = status == ST_CUT;
   if (status != ST_OK && status != ST_CUT) {
     loop.status = status == ST_EOF ? loop.status : status;
@@ -34,8 +33,8 @@ JobEnd end_of(const LoopState& loop) {
 
 JobEnd run_main_loop(LoopState& loop) {
   for (;;) {
-    loop.status = write_text_run(loop);
-    if (loop.status != ST_OK || !read_record(loop)) {
+    write_text_run(loop);
+    if (!read_record(loop)) {
       return JobEnd::flush;
     }
     if (!route_record(loop)) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 
 namespace rlx {
 
@@ -11,8 +11,8 @@ enum class JobEnd {
   copy_failed,  ///< the same, but not all of it: that has been reported, and is all there is to say
 };
 
-/// Converts the job: reads one command after the other and routes it (driver/routing.h), until the
-/// input ends or a step fails. `loop.status` becomes the status of the job.
+/// Converts the job: reads one command after the other and routes it (driver/loop/routing.h), until
+/// the input ends or a step fails. `loop.status` becomes the status of the job.
 JobEnd run_main_loop(LoopState& loop);
 
 }  // namespace rlx

@@ -1,68 +1,64 @@
 #include "driver/start_up.h"
 
-#include "driver/capabilities.h"
-#include "driver/loop_state.h"
-#include "driver/options.h"
-#include "fonts/fal_library.h"
-#include "fonts/font_sets.h"
 #include "fonts/g1_gaiji_file.h"
-#include "forms/fcb.h"
-#include "input/raw_input.h"
-#include "job/settings.h"
-#include "job/status.h"
-#include "output/byte_writer.h"
-#include "output/line_spacing.h"
-#include "output/page_writer.h"
 
 namespace rlx {
 
 namespace {
 
 /// Loads the form of -n, if there is one.
-int load_initial_form(LoopState& loop) {
-  if (job_settings.fcb_name == nullptr) {
+Status load_initial_form(Filter& filter) {
+  if (filter.command_line.fcb_name == nullptr) {
     return ST_OK;
   }
-  int status = fcb_load(job_settings.fcb_name, loop.initial_store, resource_directories);
+  LoopState& loop = filter.loop;
+  const Status status =
+      fcb_load(filter.forms, filter.command_line.fcb_name, loop.initial_store, filter.directories);
   if (status == ST_OK) {
-    status = top_of_form(loop.initial_store, loop.pending_vertical_bytes);
-  }
-  if (status == ST_OK) {
+    top_of_form(filter.spacing, loop.initial_store, loop.pending_vertical_bytes);
     loop.fcb_active = true;
     loop.initial_fcb_exists = true;
   }
   return status;
 }
 
-int set_up_fonts() {
-  job_settings.font_library_loaded = fal_load() == ST_OK ? 1 : 0;
+Status set_up_fonts(Filter& filter) {
+  filter.job.font_library_loaded = fal_load(filter.library) == ST_OK ? 1 : 0;
   // The range is checked here; which character lies in it will be for the classifier to say.
   G1GaijiRange range;
-  const int status = g1gaiji_load(range);
-  return status != ST_OK ? kExitFailure
-                         : fonts_open(job_settings.font_variant, job_settings.high_resolution_fonts,
-                                      1, job_settings.capability_g);
+  if (g1gaiji_load(filter.messages, range) != ST_OK) {
+    return ST_FAILED;
+  }
+  return fonts_open(filter.fonts, filter.command_line.font_variant,
+                    filter.job.high_resolution_fonts, 1, filter.command_line.capability_g);
+}
+
+void flush_pages_of(void* writer) {
+  flush_finished_pages(*static_cast<ByteWriter*>(writer));
 }
 
 }  // namespace
 
-int start_up(int argc, char** argv) {
-  int status = parse_options(argc, argv);
+Status start_up(Filter& filter, int argc, char** argv) {
+  Status status = parse_options({filter.messages, filter.command_line, filter.settings, filter.job,
+                                 filter.printer, filter.directories},
+                                argc, argv);
   if (status == ST_OK) {
-    status = load_initial_form(loop_state);
+    status = load_initial_form(filter);
   }
   if (status != ST_OK) {
     return status;
   }
-  choose_resolution();
-  query_printer();
-  status = set_up_fonts();
+  choose_resolution(filter.printer, filter.command_line);
+  query_printer(filter.printer, filter.command_line);
+  status = set_up_fonts(filter);
   if (status == ST_OK) {
-    status = allocate_page_buffers();
+    status = allocate_page_buffers(filter.page);
   }
   if (status == ST_OK) {
-    pitch_sequences();
-    call_before_waiting(flush_finished_pages);
+    pitch_sequences(filter.spacing);
+    filter.source.raw.before_waiting = flush_pages_of;
+    filter.source.raw.waiting_context = &filter.writer;
   }
   return status;
 }

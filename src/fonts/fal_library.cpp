@@ -5,14 +5,10 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "fonts/font_table.h"
 #include "job/fixed_paths.h"
-#include "job/settings.h"
 #include "support/text_file.h"
 
 namespace rlx {
-
-FalLibrary fal_library;
 
 namespace {
 
@@ -47,7 +43,7 @@ bool resolve(void* handle, const char* name, Pointer& entry_point) {
   return entry_point != nullptr;
 }
 
-bool resolve_all(FalLibrary& library) {
+bool resolve_all(FalEntryPoints& library) {
   return resolve(library.handle, "FalOpenSysFont", library.open_sys_font) &&
          resolve(library.handle, "FalReadFont", library.read_font) &&
          resolve(library.handle, "FalCloseFont", library.close_font) &&
@@ -63,11 +59,11 @@ std::int32_t scaled_dots(std::int32_t dots, int percent) {
   return scaled >= 1 && scaled <= kMaxPatternDots ? static_cast<std::int32_t>(scaled) : 0;
 }
 
-int read_failed(int report_flag) {
+Status read_failed(const FalLibrary& library, int report_flag) {
   if (report_flag == 1) {
-    fal_report_last_error();
+    fal_report_last_error(library);
   }
-  return kFalError;
+  return ST_FONT_ERROR;
 }
 
 void copy_pattern(const std::uint8_t* pattern, Glyph& glyph) {
@@ -78,72 +74,89 @@ void copy_pattern(const std::uint8_t* pattern, Glyph& glyph) {
 
 }  // namespace
 
-int fal_load() {
-  if (fal_library.handle != nullptr) {
-    return 0;
+FontSet* find_font_set(FontSets& fonts, int typeface, int code_set) {
+  if (typeface < 0 || typeface >= kTypefaces || code_set < 0 || code_set >= kCodeSets) {
+    return nullptr;
+  }
+  const int second_of_typeface = code_set == kCodeSetG1 ? 0 : 1;
+  return &fonts.sets[static_cast<std::size_t>(typeface * kCodeSets + second_of_typeface)];
+}
+
+const FontSize* find_font(FontSets& fonts, int typeface, int code_set, int size_index) {
+  const FontSet* const set = find_font_set(fonts, typeface, code_set);
+  if (set == nullptr || size_index < 0 || size_index >= static_cast<int>(kFontSizes)) {
+    return nullptr;
+  }
+  return &set->sizes[static_cast<std::size_t>(size_index)];
+}
+
+Status fal_load(FalLibrary& library) {
+  if (library.handle != nullptr) {
+    return ST_OK;
   }
   // The loader would wait for ever at a FIFO.
   if (!is_regular_file(fixed_paths::kFontLibrary)) {
-    return kFalUnavailable;
+    return ST_NO_FONT_LIBRARY;
   }
-  fal_library.handle = dlopen(fixed_paths::kFontLibrary, RTLD_LAZY);
-  if (fal_library.handle == nullptr) {
-    return kFalUnavailable;
+  library.handle = dlopen(fixed_paths::kFontLibrary, RTLD_LAZY);
+  if (library.handle == nullptr) {
+    return ST_NO_FONT_LIBRARY;
   }
-  if (!resolve_all(fal_library)) {
-    fal_unload();
-    return kFalUnavailable;
+  if (!resolve_all(library)) {
+    fal_unload(library);
+    return ST_NO_FONT_LIBRARY;
   }
-  return 0;
+  return ST_OK;
 }
 
-int fal_unload() {
-  if (fal_library.handle != nullptr) {
-    dlclose(fal_library.handle);
+void fal_unload(FalLibrary& library) {
+  if (library.handle != nullptr) {
+    dlclose(library.handle);
   }
-  fal_library = FalLibrary{};
-  return 0;
+  static_cast<FalEntryPoints&>(library) = FalEntryPoints{};
 }
 
-bool fal_available() {
-  return job_settings.font_library_loaded != 0 && fal_library.handle != nullptr;
+bool fal_available(const FalLibrary& library) {
+  return library.job.font_library_loaded != 0 && library.handle != nullptr;
 }
 
-int fal_read_glyph(const GlyphRequest& request, Glyph& glyph, int report_flag) {
-  if (find_font_set(request.typeface, request.code_set) == nullptr) {
+Status fal_read_glyph(FontSets& fonts, const GlyphRequest& request, Glyph& glyph, int report_flag) {
+  const FalLibrary& library = fonts.library;
+  if (find_font_set(fonts, request.typeface, request.code_set) == nullptr) {
     return kGlyphOutOfRange;
   }
-  const FontSize* const font = find_font(request.typeface, request.code_set, request.size_index);
+  const FontSize* const font =
+      find_font(fonts, request.typeface, request.code_set, request.size_index);
   if (font == nullptr || font->opened == 0) {
     return kGlyphUndefined;
   }
   const std::int32_t width = scaled_dots(font->read_w, request.scale_h);
   const std::int32_t height = scaled_dots(font->read_h, request.scale_v);
-  if (!fal_available() || width == 0 || height == 0) {
+  if (!fal_available(library) || width == 0 || height == 0) {
     return kGlyphUndefined;
   }
   const std::uint8_t* const pattern =
-      fal_library.read_font(font->font_id, request.library_code, width, height);
+      library.read_font(font->font_id, request.library_code, width, height);
   if (is_fal_read_error(pattern)) {
-    return read_failed(report_flag);
+    return read_failed(library, report_flag);
   }
-  if (*fal_library.missing_glyph == kFalGlyphMissing) {
+  if (*library.missing_glyph == kFalGlyphMissing) {
     return kGlyphUndefined;
   }
   if (pattern == nullptr) {
-    return read_failed(report_flag);
+    return read_failed(library, report_flag);
   }
   glyph.width = width;
   glyph.height = height;
   copy_pattern(pattern, glyph);
-  return 0;
+  return ST_OK;
 }
 
-void fal_report(int error_class, const char* file_name, int detail) {
+void fal_report(const FalLibrary& library, int error_class, const char* file_name, int detail) {
   if (error_class < 1 || error_class > static_cast<int>(kErrorMessages.size())) {
     return;
   }
-  const char* const program = job_settings.program_name;
+  const char* const program = library.messages.program_name;
   if (error_class == kCannotOpenFontFile && file_name != nullptr) {
     std::fprintf(stderr, "%s: can't open %s (%d)\n", program, file_name, detail);
     return;
@@ -162,12 +175,8 @@ void fal_report(int error_class, const char* file_name, int detail) {
   }
 }
 
-void fal_report_last_error() {
-  fal_report(*fal_library.error_class, nullptr, *fal_library.error_detail);
-}
-
-void reset_fal_library() {
-  fal_unload();
+void fal_report_last_error(const FalLibrary& library) {
+  fal_report(library, *library.error_class, nullptr, *library.error_detail);
 }
 
 }  // namespace rlx

@@ -5,20 +5,20 @@
 #include <cstdint>
 
 #include "fonts/fal_api.h"
+#include "fonts/font_table.h"
+#include "job/settings.h"
+#include "job/status.h"
+#include "support/messages.h"
 
 namespace rlx {
 
 // The font access library at run time. It is loaded from a fixed path when it is there; without it
 // the filter runs all the same and every user-defined character is undefined.
 
-/// fal_load: the library or one of its entry points is missing.
-inline constexpr int kFalUnavailable = -128;
-/// The library reported an error; it ends the job.
-inline constexpr int kFalError = -129;
 /// fal_read_glyph: there is no pattern for this character.
-inline constexpr int kGlyphUndefined = 1;
+inline constexpr Status kGlyphUndefined{1};
 /// fal_read_glyph: typeface or code set out of range.
-inline constexpr int kGlyphOutOfRange = -1;
+inline constexpr Status kGlyphOutOfRange{-1};
 
 /// The largest pattern: 72 dots square, 9 bytes a row.
 inline constexpr std::int32_t kMaxPatternDots = 72;
@@ -45,8 +45,8 @@ struct GlyphRequest {
   std::uint32_t library_code = 0;
 };
 
-/// The loaded library: its handle and its seven entry points, all null while it is not loaded.
-struct FalLibrary {
+/// What the library brings: its handle and its seven entry points, all null while it is not loaded.
+struct FalEntryPoints {
   void* handle = nullptr;
   FalOpenSysFontFunction open_sys_font = nullptr;
   FalReadFontFunction read_font = nullptr;
@@ -57,22 +57,42 @@ struct FalLibrary {
   const int* missing_glyph = nullptr;  ///< fal_utyexists
 };
 
-/// The library of this process.
-extern FalLibrary fal_library;
+/// The library.
+struct FalLibrary : FalEntryPoints {
+  const Messages& messages;
+  const JobState& job;
+
+  FalLibrary(const Messages& texts, const JobState& state) : messages(texts), job(state) {}
+};
+
+/// All fonts, in the order in which they are opened and closed: mincho G1, mincho G3, gothic G1,
+/// gothic G3.
+struct FontSets {
+  FalLibrary& library;
+  std::array<FontSet, kTypefaces * kCodeSets> sets{};
+
+  explicit FontSets(FalLibrary& fal) : library(fal) {}
+};
+
+/// The set of a typeface and a code set; null when either number is out of range.
+FontSet* find_font_set(FontSets& fonts, int typeface, int code_set);
+
+/// The font of a size index of that set; null when a number is out of range.
+const FontSize* find_font(FontSets& fonts, int typeface, int code_set, int size_index);
 
 /// Loads the library from fixed_paths::kFontLibrary with lazy binding and resolves its entry
 /// points. Does nothing when it is loaded already. Reports nothing: a system without the library is
-/// an ordinary one. The caller keeps `job_settings.font_library_loaded`.
-/// @return 0, or kFalUnavailable when the library or any of the seven entry points is missing (the
-/// library is then not loaded).
-int fal_load();
+/// an ordinary one. The caller sets `JobState::font_library_loaded`.
+/// @return 0, or ST_NO_FONT_LIBRARY when the library or any of the seven entry points is missing
+/// (the library is then not loaded).
+Status fal_load(FalLibrary& library);
 
 /// Releases the library; does nothing when it is not loaded. Close the fonts first.
-/// @return 0
-int fal_unload();
+void fal_unload(FalLibrary& library);
 
-/// True when the job may call the library: it is loaded and the job-wide flag says so.
-bool fal_available();
+/// True when the job may call the library: it is loaded and `JobState::font_library_loaded` says
+/// so.
+bool fal_available(const FalLibrary& library);
 
 /// Reads one glyph through the font that is open for its typeface, code set and size. Width and
 /// height are the font's read size, scaled, rounded toward zero.
@@ -80,18 +100,15 @@ bool fal_available();
 /// @param report_flag  1: a library error is reported on standard error.
 /// @return 0; kGlyphUndefined when no font is open for the size, the library is not available, the
 /// font does not have the character, or width or height is outside 1 to 72; kGlyphOutOfRange;
-/// kFalError when the read failed.
-int fal_read_glyph(const GlyphRequest& request, Glyph& glyph, int report_flag);
+/// ST_FONT_ERROR when the read failed.
+Status fal_read_glyph(FontSets& fonts, const GlyphRequest& request, Glyph& glyph, int report_flag);
 
 /// Writes the message of an error class to standard error; classes outside 1 to 9 have none.
 /// @param file_name  the file of class 1; may be null, and is with every caller today.
 /// @param detail  the library's detail code.
-void fal_report(int error_class, const char* file_name, int detail);
+void fal_report(const FalLibrary& library, int error_class, const char* file_name, int detail);
 
 /// fal_report of the error that the library's state variables hold.
-void fal_report_last_error();
-
-/// Unloads the library and starts clean.
-void reset_fal_library();
+void fal_report_last_error(const FalLibrary& library);
 
 }  // namespace rlx

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "fonts/fal_library.h"
-
 namespace rlx {
 
 namespace {
@@ -37,6 +35,7 @@ constexpr std::size_t kLendingSize = 3;
 
 /// Everything that the opening of one set needs to know.
 struct SetOpening {
+  FontSets& fonts;
   FontSet& set;
   int typeface;
   int code_set;
@@ -55,10 +54,11 @@ const SizeRule& size_rule(int font_class, std::size_t index) {
 /// The library takes its locale from the environment. putenv keeps the texts themselves, so they
 /// live as long as the process.
 void set_library_locale() {
-  static std::array<char, sizeof "LANG=ja"> language{"LANG=ja"};
-  static std::array<char, sizeof "FAL_LANG=ja_JP.U90"> library_language{"FAL_LANG=ja_JP.U90"};
-  putenv(language.data());
-  putenv(library_language.data());
+  static constexpr const char* kLanguage = "LANG=ja";
+  static constexpr const char* kLibraryLanguage = "FAL_LANG=ja_JP.U90";
+  // putenv's parameter is not const for history's sake; nothing writes to the texts.
+  putenv(const_cast<char*>(kLanguage));
+  putenv(const_cast<char*>(kLibraryLanguage));
 }
 
 FalFontQuery font_query(int typeface, int code_set, const FontSizeTable& size) {
@@ -108,7 +108,7 @@ void take_font(const SetOpening& opening, std::size_t index, std::int32_t font_i
 }
 
 void fall_back_to_mincho(const SetOpening& opening, std::size_t index) {
-  const FontSet& mincho = *find_font_set(kTypefaceMincho, opening.code_set);
+  const FontSet& mincho = *find_font_set(opening.fonts, kTypefaceMincho, opening.code_set);
   copy_font(opening.set.sizes[index], mincho.sizes[index]);
   // Only G3 has characters that use the borrowing size.
   if (opening.code_set == kCodeSetG3 && lends_font(opening.font_class, index)) {
@@ -136,20 +136,20 @@ std::int32_t open_font(const SetOpening& opening, std::size_t index) {
   const FalFontQuery query =
       font_query(opening.typeface, opening.code_set, size_table(opening.font_class, index));
   FalFontList* missing = nullptr;
-  const std::int32_t font_id = fal_library.open_sys_font(&query, kFalQueryMask, &missing);
+  const std::int32_t font_id = opening.fonts.library.open_sys_font(&query, kFalQueryMask, &missing);
   if (font_id == kFalOpenError && opening.report_flag == 1) {
-    fal_report_last_error();
+    fal_report_last_error(opening.fonts.library);
   }
   if (missing != nullptr) {
-    fal_library.free_font_list(missing);
+    opening.fonts.library.free_font_list(missing);
   }
   return font_id;
 }
 
-int open_size(const SetOpening& opening, std::size_t index) {
+Status open_size(const SetOpening& opening, std::size_t index) {
   const std::int32_t font_id = open_font(opening, index);
   if (font_id == kFalOpenError) {
-    return kFalError;
+    return ST_FONT_ERROR;
   }
   if (font_id != kFalNoFont) {
     take_font(opening, index, font_id);
@@ -158,19 +158,19 @@ int open_size(const SetOpening& opening, std::size_t index) {
   } else {
     fall_back_to_neighbour(opening, index);
   }
-  return 0;
+  return ST_OK;
 }
 
 /// Opens the sets of one typeface, G1 before G3.
-int open_typeface(int typeface, int font_class, int report_flag) {
+Status open_typeface(FontSets& fonts, int typeface, int font_class, int report_flag) {
   for (const int code_set : {kCodeSetG1, kCodeSetG3}) {
-    FontSet& set = *find_font_set(typeface, code_set);
-    const int status = font_set_open(set, typeface, code_set, font_class, report_flag);
-    if (status != 0) {
+    FontSet& set = *find_font_set(fonts, typeface, code_set);
+    const Status status = font_set_open(fonts, set, typeface, code_set, font_class, report_flag);
+    if (status != ST_OK) {
       return status;
     }
   }
-  return 0;
+  return ST_OK;
 }
 
 void set_read_sizes(FontSet& set, int font_class) {
@@ -198,68 +198,67 @@ int font_class_of(int font_variant, int high_resolution_fonts) {
   }
 }
 
-int fonts_open(int font_variant, int high_resolution_fonts, int report_flag, int second_typeface) {
+Status fonts_open(FontSets& fonts, int font_variant, int high_resolution_fonts, int report_flag,
+                  int second_typeface) {
   const int font_class = font_class_of(font_variant, high_resolution_fonts);
   if (font_class < 0) {
-    return -1;
+    return ST_NO_FONT_CLASS;
   }
-  reset_font_sets();
-  if (!fal_available()) {
-    return 0;
+  fonts.sets = {};
+  if (!fal_available(fonts.library)) {
+    return ST_OK;
   }
-  int status = open_typeface(kTypefaceMincho, font_class, report_flag);
-  if (status == 0 && second_typeface != 0) {
-    status = open_typeface(kTypefaceGothic, font_class, report_flag);
+  Status status = open_typeface(fonts, kTypefaceMincho, font_class, report_flag);
+  if (status == ST_OK && second_typeface != 0) {
+    status = open_typeface(fonts, kTypefaceGothic, font_class, report_flag);
   }
-  if (status != 0) {
-    fonts_close();
+  if (status != ST_OK) {
+    fonts_close(fonts);
     return status;
   }
-  for (FontSet& set : font_sets.sets) {
+  for (FontSet& set : fonts.sets) {
     set_read_sizes(set, font_class);
   }
   if (second_typeface == 0) {
     for (const int code_set : {kCodeSetG1, kCodeSetG3}) {
-      *find_font_set(kTypefaceGothic, code_set) = *find_font_set(kTypefaceMincho, code_set);
+      *find_font_set(fonts, kTypefaceGothic, code_set) =
+          *find_font_set(fonts, kTypefaceMincho, code_set);
     }
   }
-  return 0;
+  return ST_OK;
 }
 
-void fonts_close() {
-  if (!fal_available()) {
+void fonts_close(FontSets& fonts) {
+  if (!fal_available(fonts.library)) {
     return;
   }
   std::array<std::int32_t, kTypefaces * kCodeSets * kFontSizes> closed{};
   auto closed_end = closed.begin();
-  for (const FontSet& set : font_sets.sets) {
+  for (const FontSet& set : fonts.sets) {
     for (const FontSize& size : set.sizes) {
       if (size.font_id > 0 && std::find(closed.begin(), closed_end, size.font_id) == closed_end) {
         *closed_end++ = size.font_id;
-        fal_library.close_font(size.font_id);
+        fonts.library.close_font(size.font_id);
       }
     }
   }
-  reset_font_sets();
+  fonts.sets = {};
 }
 
-int font_set_open(FontSet& set, int typeface, int code_set, int font_class, int report_flag) {
+Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set, int font_class,
+                     int report_flag) {
   set_library_locale();
-  const SetOpening opening{set, typeface, code_set, font_class, report_flag};
+  const SetOpening opening{fonts, set, typeface, code_set, font_class, report_flag};
   for (std::size_t index = 0; index < kFontSizes; ++index) {
     if (size_table(font_class, index).enabled == 0) {
       continue;
     }
-    const int status = open_size(opening, index);
-    if (status != 0) {
+    const Status status = open_size(opening, index);
+    if (status != ST_OK) {
       return status;
     }
   }
-  return 0;
-}
-
-void reset_font_sets() {
-  font_sets = FontSets{};
+  return ST_OK;
 }
 
 }  // namespace rlx

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "fonts/font_table.h"
+#include "fonts/fal_library.h"
+#include "job/status.h"
 
 namespace rlx {
 
@@ -18,22 +19,21 @@ int font_class_of(int font_variant, int high_resolution_fonts);
 /// Fonts that are open already must have been closed.
 /// @param report_flag  1: a library error is reported on standard error.
 /// @param second_typeface  0: no gothic fonts are opened, both typefaces use the mincho ones.
-/// @return 0, -1 for an invalid variant (nothing is touched), or kFalError after a library error
-/// (what was opened has been closed).
-int fonts_open(int font_variant, int high_resolution_fonts, int report_flag, int second_typeface);
+/// @return 0, -1 for an invalid variant (nothing is touched), or ST_FONT_ERROR after a library
+/// error (what was opened has been closed).
+Status fonts_open(FontSets& fonts, int font_variant, int high_resolution_fonts, int report_flag,
+                  int second_typeface);
 
 /// Closes every font that is open, each identifier once, and forgets them all.
-void fonts_close();
+void fonts_close(FontSets& fonts);
 
 /// Opens the fonts of one set, size by size, with the locale set in the environment for the
 /// library. A size without a font falls back: the second typeface to the first, the first to a
 /// neighbouring size.
-/// @param set  one of `font_sets`, forgotten before; keeps what was opened before a failure.
+/// @param set  one of `fonts`, forgotten before; keeps what was opened before a failure.
 /// @param font_class  0 to 3.
-/// @return 0 or kFalError.
-int font_set_open(FontSet& set, int typeface, int code_set, int font_class, int report_flag);
-
-/// Forgets all fonts without closing them.
-void reset_font_sets();
+/// @return 0 or ST_FONT_ERROR.
+Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set, int font_class,
+                     int report_flag);
 
 }  // namespace rlx

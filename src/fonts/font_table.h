@@ -78,19 +78,4 @@ struct FontSet {
   std::array<FontSize, kFontSizes> sizes{};
 };
 
-/// All fonts, in the order in which they are opened and closed: mincho G1, mincho G3, gothic G1,
-/// gothic G3.
-struct FontSets {
-  std::array<FontSet, kTypefaces * kCodeSets> sets{};
-};
-
-/// The fonts of this process.
-extern FontSets font_sets;
-
-/// The set of a typeface and a code set; null when either number is out of range.
-FontSet* find_font_set(int typeface, int code_set);
-
-/// The font of a size index of that set; null when a number is out of range.
-const FontSize* find_font(int typeface, int code_set, int size_index);
-
 }  // namespace rlx

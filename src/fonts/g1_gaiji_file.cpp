@@ -4,7 +4,6 @@
 
 #include "job/fixed_paths.h"
 #include "job/status.h"
-#include "support/messages.h"
 #include "support/text_file.h"
 
 namespace rlx {
@@ -20,9 +19,9 @@ constexpr unsigned long kHighestCode = 0xFEFE;
 constexpr unsigned long kLowestLowByte = 0xA1;
 constexpr unsigned long kHighestLowByte = 0xFE;
 
-int error(const char* text) {
-  report(text);
-  return kExitFailure;
+Status error(const Messages& messages, const char* text) {
+  report(messages, text);
+  return ST_FAILED;
 }
 
 enum class LineStatus { kRead, kNoFile, kFailed };
@@ -63,14 +62,14 @@ std::array<std::uint8_t, 2> code_bytes(unsigned long code) {
 
 }  // namespace
 
-int g1gaiji_load(G1GaijiRange& range) {
+Status g1gaiji_load(const Messages& messages, G1GaijiRange& range) {
   range.valid = 0;
   Line line;
   switch (read_first_line(line)) {
     case LineStatus::kNoFile:
-      return 0;
+      return ST_OK;
     case LineStatus::kFailed:
-      return error("g1gaiji file error");
+      return error(messages, "g1gaiji file error");
     case LineStatus::kRead:
       break;
   }
@@ -78,12 +77,12 @@ int g1gaiji_load(G1GaijiRange& range) {
   unsigned long first = 0;
   unsigned long last = 0;
   if (!take_code(text, '-', first) || !take_code(text, '\n', last) || first > last) {
-    return error("g1gaiji code error");
+    return error(messages, "g1gaiji code error");
   }
   range.first = code_bytes(first);
   range.last = code_bytes(last);
   range.valid = 1;
-  return 0;
+  return ST_OK;
 }
 
 }  // namespace rlx

@@ -3,6 +3,9 @@
 #include <array>
 #include <cstdint>
 
+#include "job/status.h"
+#include "support/messages.h"
+
 namespace rlx {
 
 /// The range of user-defined characters of the G1 code set that the system administrator declares.
@@ -20,6 +23,6 @@ struct G1GaijiRange {
 /// Reads the range. No file, or an empty one, declares no range.
 /// @return 0 when the range was read or none is declared; 1 after an error, which has been reported
 /// ("g1gaiji file error" or "g1gaiji code error"). `range.valid` is 1 only after a range was read.
-int g1gaiji_load(G1GaijiRange& range);
+Status g1gaiji_load(const Messages& messages, G1GaijiRange& range);
 
 }  // namespace rlx

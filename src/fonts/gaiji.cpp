@@ -2,14 +2,9 @@
 
 #include <optional>
 
-#include "fonts/fal_library.h"
-#include "fonts/font_table.h"
 #include "fonts/gaiji_pattern.h"
-#include "job/settings.h"
 
 namespace rlx {
-
-GaijiState gaiji_state;
 
 namespace {
 
@@ -46,23 +41,23 @@ struct Download {
   GaijiForm form;
 };
 
-std::optional<GaijiCharacter> character_of(const CommandRecord& record) {
+std::optional<GaijiCharacter> character_of(const JobState& job, const CommandRecord& record) {
   const auto& bytes = record.bytes;
   if (record.length == 2) {
-    return GaijiCharacter{kCodeSetG1, job_settings.gaiji_typeface, bytes[0], bytes[1]};
+    return GaijiCharacter{kCodeSetG1, job.gaiji_typeface, bytes[0], bytes[1]};
   }
   if (record.length == 3 && bytes[0] == kSingleShift3) {
-    return GaijiCharacter{kCodeSetG3, job_settings.gaiji_typeface, bytes[1], bytes[2]};
+    return GaijiCharacter{kCodeSetG3, job.gaiji_typeface, bytes[1], bytes[2]};
   }
   return std::nullopt;
 }
 
-Download download_of(const GaijiCharacter& character) {
-  const int variant = job_settings.font_variant;
-  const GaijiForm form = gaiji_form_of(variant, job_settings.printer_class);
+Download download_of(const Gaiji& gaiji, const GaijiCharacter& character) {
+  const int variant = gaiji.command_line.font_variant;
+  const GaijiForm form = gaiji_form_of(variant, gaiji.command_line.printer_class);
   const bool fixed = form == GaijiForm::kFixed;
-  return {character, fixed ? kFixedFormSize : job_settings.gaiji_size_index,
-          resolution_class_of(variant, job_settings.high_resolution_fonts), form};
+  return {character, fixed ? kFixedFormSize : gaiji.job.gaiji_size_index,
+          resolution_class_of(variant, gaiji.job.high_resolution_fonts), form};
 }
 
 /// The size index of the font that delivers the pattern.
@@ -79,13 +74,13 @@ std::uint32_t library_code(const GaijiCharacter& character) {
   return character.code_set == kCodeSetG3 ? kLibraryCodeG3 + code : code;
 }
 
-int fetch(const Download& download, Glyph& glyph) {
+Status fetch(FontSets& fonts, const Download& download, Glyph& glyph) {
   GlyphRequest request;
   request.typeface = download.character.typeface;
   request.code_set = download.character.code_set;
   request.size_index = fetch_size(download);
   request.library_code = library_code(download.character);
-  return fal_read_glyph(request, glyph, 1);
+  return fal_read_glyph(fonts, request, glyph, 1);
 }
 
 void select_download_set(CharacterSetState& state, OutputBuffer& out) {
@@ -105,89 +100,84 @@ void put_undefined(UndefinedGaijiRule rule, CharacterSetState& state, OutputBuff
   }
 }
 
-void select_size(const Download& download, OutputBuffer& out) {
-  if (download.size_index != gaiji_state.cur_dl_size) {
+void select_size(Gaiji& gaiji, const Download& download, OutputBuffer& out) {
+  if (download.size_index != gaiji.cur_dl_size) {
     append_bytes(out, kSelectSize);
     append_bytes(out, size_code(download.resolution_class, download.size_index));
-    gaiji_state.cur_dl_size = download.size_index;
+    gaiji.cur_dl_size = download.size_index;
   }
 }
 
-bool is_enlarged(const Download& download) {
-  const FontSize* const font =
-      find_font(download.character.typeface, download.character.code_set, fetch_size(download));
+bool is_enlarged(FontSets& fonts, const Download& download) {
+  const FontSize* const font = find_font(fonts, download.character.typeface,
+                                         download.character.code_set, fetch_size(download));
   return font != nullptr && font->enlarged != 0;
 }
 
-void put_pattern(const Download& download, const DownloadCode& code, const GlyphPattern& pattern,
-                 OutputBuffer& out) {
+void put_pattern(Gaiji& gaiji, const Download& download, const DownloadCode& code,
+                 const GlyphPattern& pattern, OutputBuffer& out) {
   if (download.form == GaijiForm::kFixed) {
     append_download(download.form, fixed_geometry(), code, pattern, out);
     return;
   }
-  // The unencoded form has a place for a byte sequence of the text output before the size selection
-  // and one behind it. Nothing produces such a sequence.
-  select_size(download, out);
-  const PatternGeometry& geometry =
-      pattern_geometry(download.resolution_class, download.size_index, is_enlarged(download));
+  // In the unencoded form a sequence of the text output could stand before the size selection, and
+  // another behind it. Nothing produces one.
+  select_size(gaiji, download, out);
+  const PatternGeometry& geometry = pattern_geometry(download.resolution_class, download.size_index,
+                                                     is_enlarged(gaiji.fonts, download));
   append_download(download.form, geometry, code, pattern, out);
 }
 
-int put_character(const Download& download, UndefinedGaijiRule rule, CharacterSetState& state,
-                  OutputBuffer& out) {
-  GaijiCache& cache = gaiji_state.caches[static_cast<std::size_t>(download.size_index)];
+Status put_character(Gaiji& gaiji, const Download& download, UndefinedGaijiRule rule,
+                     CharacterSetState& state, OutputBuffer& out) {
+  GaijiCache& cache = gaiji.caches[static_cast<std::size_t>(download.size_index)];
   if (const GaijiCacheEntry* const entry = gaiji_cache_find(cache, download.character)) {
     append_code(out, entry->code);
-    return 0;
+    return ST_OK;
   }
   Glyph glyph;
-  const int status = fetch(download, glyph);
+  const Status status = fetch(gaiji.fonts, download, glyph);
   if (status == kGlyphUndefined) {
     put_undefined(rule, state, out);
-    return 0;
+    return ST_OK;
   }
-  if (status != 0) {
+  if (status != ST_OK) {
     out.length = 0;
     return status;
   }
   const DownloadCode code = gaiji_cache_add(cache, download.character);
-  put_pattern(download, code, glyph.pattern, out);
+  put_pattern(gaiji, download, code, glyph.pattern, out);
   append_code(out, code);
-  return 0;
+  return ST_OK;
 }
 
 }  // namespace
 
-int gaiji_put(const CommandRecord& record, UndefinedGaijiRule rule, CharacterSetState& state,
-              OutputBuffer& out) {
+Status gaiji_put(Gaiji& gaiji, const CommandRecord& record, UndefinedGaijiRule rule,
+                 CharacterSetState& state, OutputBuffer& out) {
   out.length = 0;
   select_download_set(state, out);
-  const std::optional<GaijiCharacter> character = character_of(record);
+  const std::optional<GaijiCharacter> character = character_of(gaiji.job, record);
   if (!character) {
     put_undefined(rule, state, out);
-    return 0;
+    return ST_OK;
   }
-  const Download download = download_of(*character);
+  const Download download = download_of(gaiji, *character);
   if (download.size_index < kSmallestGaijiSize || download.size_index > kLargestGaijiSize) {
     put_undefined(rule, state, out);
-    return 0;
+    return ST_OK;
   }
-  return put_character(download, rule, state, out);
+  return put_character(gaiji, download, rule, state, out);
 }
 
-void gaiji_reset_size() {
-  gaiji_state.cur_dl_size = kUnknownSize;
+void gaiji_reset_size(Gaiji& gaiji) {
+  gaiji.cur_dl_size = kUnknownSize;
 }
 
-void gaiji_reset_cache() {
-  for (GaijiCache& cache : gaiji_state.caches) {
+void gaiji_reset_cache(Gaiji& gaiji) {
+  for (GaijiCache& cache : gaiji.caches) {
     gaiji_cache_clear(cache);
   }
-}
-
-void reset_gaiji() {
-  gaiji_reset_cache();
-  gaiji_reset_size();
 }
 
 }  // namespace rlx

@@ -2,10 +2,13 @@
 
 #include <array>
 
+#include "fonts/fal_library.h"
 #include "fonts/gaiji_cache.h"
 #include "job/character_set.h"
 #include "job/command_record.h"
 #include "job/output_buffer.h"
+#include "job/settings.h"
+#include "job/status.h"
 
 namespace rlx {
 
@@ -21,16 +24,19 @@ enum class UndefinedGaijiRule {
 /// `cur_dl_size` when the printer's download size is not known.
 inline constexpr int kUnknownSize = -1;
 
-/// What the printer holds.
-struct GaijiState {
+/// What the printer holds, and what downloads are made with.
+struct Gaiji {
+  FontSets& fonts;
+  const CommandLine& command_line;
+  const JobState& job;
   /// By size index; the sizes are 1 to 4, entry 0 stays empty.
-  std::array<GaijiCache, 5> caches{};
+  std::array<GaijiCache, 5> caches;
   /// The size that FS "0" selected last; kUnknownSize when that is not known.
   int cur_dl_size = kUnknownSize;
-};
 
-/// The state of this process.
-extern GaijiState gaiji_state;
+  Gaiji(FontSets& sets, const CommandLine& options, const JobState& state)
+      : fonts(sets), command_line(options), job(state) {}
+};
 
 /// Turns one user-defined character into its output, assembled like a record of text: a switch to
 /// the download set (ESC "$D") unless it is selected, the download of its pattern when the printer
@@ -47,17 +53,14 @@ extern GaijiState gaiji_state;
 /// @param out     cleared, then filled; holds the longest download. Empty after a failure.
 /// @return 0, or the status of a failed read of the pattern (fal_read_glyph), which ends the job;
 /// its switch of `state` is not taken back.
-int gaiji_put(const CommandRecord& record, UndefinedGaijiRule rule, CharacterSetState& state,
-              OutputBuffer& out);
+Status gaiji_put(Gaiji& gaiji, const CommandRecord& record, UndefinedGaijiRule rule,
+                 CharacterSetState& state, OutputBuffer& out);
 
 /// Forgets the selected download size: the printer has been reset. The next download selects it
 /// again.
-void gaiji_reset_size();
+void gaiji_reset_size(Gaiji& gaiji);
 
 /// Forgets all downloaded characters: the fonts are others now.
-void gaiji_reset_cache();
-
-/// Starts clean: both of the above.
-void reset_gaiji();
+void gaiji_reset_cache(Gaiji& gaiji);
 
 }  // namespace rlx

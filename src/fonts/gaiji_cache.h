@@ -8,10 +8,10 @@ namespace rlx {
 
 /// Which user-defined character: all four values make the difference.
 struct GaijiCharacter {
-  std::int32_t code_set = 0;  ///< kCodeSetG1 or kCodeSetG3
-  std::int32_t typeface = 0;  ///< 0 mincho, 1 gothic
-  std::uint8_t c1 = 0;
-  std::uint8_t c2 = 0;
+  std::int32_t code_set;  ///< kCodeSetG1 or kCodeSetG3
+  std::int32_t typeface;  ///< 0 mincho, 1 gothic
+  std::uint8_t c1;
+  std::uint8_t c2;
 
   friend bool operator==(const GaijiCharacter&, const GaijiCharacter&) = default;
 };
@@ -26,13 +26,14 @@ inline constexpr std::size_t kGaijiCacheEntries = 188;
 
 struct GaijiCacheEntry {
   GaijiCharacter character;
-  DownloadCode code{};
+  DownloadCode code;
 };
 
 /// The characters of one size that the printer holds. A ring: when all entries are in use, the
 /// oldest one's code is given to the next new character.
 struct GaijiCache {
-  std::array<GaijiCacheEntry, kGaijiCacheEntries> entries{};
+  /// Only the first `count` mean anything.
+  std::array<GaijiCacheEntry, kGaijiCacheEntries> entries;
   std::size_t count = 0;                        ///< entries in use
   std::size_t next = 0;                         ///< where the next new character goes
   DownloadCode next_code = kFirstDownloadCode;  ///< the next code that nobody had yet

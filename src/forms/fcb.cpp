@@ -10,8 +10,7 @@
 #include <string_view>
 
 #include "job/status.h"
-#include "support/environment_file.h"
-#include "support/messages.h"
+#include "job/units.h"
 #include "support/number.h"
 #include "support/text_file.h"
 
@@ -23,33 +22,24 @@ constexpr std::string_view kFormFolder = "/fcbe/";
 constexpr std::size_t kPathBytes = kMaxNameBytes + kFormFolder.size() + kMaxNameBytes + 1;
 constexpr std::size_t kLineBytes = 512;
 
-constexpr std::int32_t kInch = 7200;
-constexpr std::int32_t kHalfInch = kInch / 2;
+constexpr std::int32_t kInch = kUnitsPerInch;
+constexpr std::int32_t kHalfInch = kUnitsPerHalfInch;
 constexpr std::int32_t kDefaultHeight = 11 * kInch;
 constexpr std::int32_t kMaxHeight = 20 * kInch;
 constexpr std::int32_t kMaxTopLine = 255;
 constexpr std::int32_t kMaxRunLines = 255;
 
-/// Form lengths of the stream variant of -R: from 3.5 to 14 inches.
-constexpr int kShortFormVariant = 4;
+/// Form lengths of kShortFormStream.
 constexpr std::int32_t kShortFormMinHeight = 7 * kHalfInch;
 constexpr std::int32_t kShortFormMaxHeight = 14 * kInch;
 
-/// The pitches that a form can have.
-struct Pitch {
-  std::int32_t height;  ///< of a line, 1/7200 inch
-  std::uint32_t lines_per_inch;
-};
-
-constexpr std::array<Pitch, 5> kPitches{{{2400, 3}, {1800, 4}, {1200, 6}, {900, 8}, {600, 12}}};
-constexpr std::int32_t kLargestPitch = kPitches.front().height;
-static_assert(std::ranges::all_of(kPitches, [](const Pitch& pitch) {
+constexpr std::int32_t kLargestPitch = kLinePitches.front().height;
+static_assert(std::ranges::all_of(kLinePitches, [](const LinePitch& pitch) {
   return pitch.height <= kLargestPitch &&
          pitch.lines_per_inch == static_cast<std::uint32_t>(kInch / pitch.height);
 }));
 
 /// Of a form without `lpi` lines.
-constexpr std::uint32_t kDefaultLinesPerInch = 6;
 constexpr std::int32_t kDefaultLinesPerHalfInch = 3;
 static_assert(kMaxHeight / kHalfInch * kDefaultLinesPerHalfInch <= kMaxFormLines);
 
@@ -64,6 +54,7 @@ struct FormLine {
 
 /// A form that is being read.
 struct FormReader {
+  const FormReading& with;
   FcbTable& table;
   std::int32_t lines = 0;                     ///< entries of table.lpi in use
   std::int32_t lines_height = 0;              ///< what the `lpi` lines take, 1/7200 inch
@@ -162,67 +153,67 @@ std::int32_t length_up_to(std::string_view word, std::int32_t ceiling) {
   return value;
 }
 
-bool rounds_to_half_inch() {
-  static_cast<void>(tqdxgetenv());
-  return environment_file.fcbprint_halfinch != 0;
+bool rounds_to_half_inch(EnvironmentFile& environment) {
+  static_cast<void>(tqdxgetenv(environment));
+  return environment.fcbprint_halfinch != 0;
 }
 
 /// Form length in half inches of a height.
-std::int32_t rounded_halfinch(std::int32_t height) {
+std::int32_t rounded_halfinch(EnvironmentFile& environment, std::int32_t height) {
   if (height % kInch == 0) {
     return 2 * height / kInch;
   }
-  return rounds_to_half_inch() ? height / kHalfInch : 2 * (height / kInch) + 2;
+  return rounds_to_half_inch(environment) ? height / kHalfInch : 2 * (height / kInch) + 2;
 }
 
-int take_length(FormReader& reader, std::string_view word) {
-  const bool short_forms = job_settings.stream_variant == kShortFormVariant;
+Status take_length(FormReader& reader, std::string_view word) {
+  const bool short_forms = reader.with.command_line.stream_variant == kShortFormStream;
   const std::int32_t length = length_up_to(word, short_forms ? kShortFormMaxHeight : kMaxHeight);
   if (length == kNotANumber) {
-    return kExitFailure;
+    return ST_FAILED;
   }
   reader.form_height = std::max(length, short_forms ? kShortFormMinHeight : kInch);
-  return 0;
+  return ST_OK;
 }
 
-int take_print(FormReader& reader, const FormLine& line) {
+Status take_print(FormReader& reader, const FormLine& line) {
   const std::int32_t top_line = bounded_number(line.first, kMaxTopLine);
   if (reader.print_seen || top_line < 1) {
-    return kExitFailure;
+    return ST_FAILED;
   }
   reader.print_seen = true;
   reader.table.top_line = top_line;
-  return line.second.empty() ? 0 : take_length(reader, line.second);
+  return line.second.empty() ? ST_OK : take_length(reader, line.second);
 }
 
-int append_lines(FormReader& reader, std::int32_t count, std::uint32_t lines_per_inch) {
+Status append_lines(FormReader& reader, std::int32_t count, std::uint32_t lines_per_inch) {
   for (std::int32_t i = 0; i < count; ++i) {
     if (reader.lines == kMaxFormLines) {
-      return kExitFailure;
+      return ST_FAILED;
     }
     reader.table.lpi[static_cast<std::size_t>(reader.lines++)] = lines_per_inch;
   }
-  return 0;
+  return ST_OK;
 }
 
-int take_lpi(FormReader& reader, const FormLine& line) {
-  const auto* const pitch =
-      std::ranges::find(kPitches, bounded_number(line.first, kLargestPitch), &Pitch::height);
+Status take_lpi(FormReader& reader, const FormLine& line) {
+  const auto* const pitch = std::ranges::find(
+      kLinePitches, bounded_number(line.first, kLargestPitch), &LinePitch::height);
   const std::int32_t count = bounded_number(line.second, kMaxRunLines);
-  if (pitch == kPitches.end() || count == kNotANumber) {
-    return kExitFailure;
+  if (pitch == kLinePitches.end() || count == kNotANumber) {
+    return ST_FAILED;
   }
   reader.lines_height += count * pitch->height;
   return append_lines(reader, count, pitch->lines_per_inch);
 }
 
-int skip_blank(FormReader&, const FormLine&) {
-  return 0;
+Status skip_blank(FormReader&, const FormLine&) {
+  return ST_OK;
 }
 
 struct Keyword {
   std::string_view word;
-  int (*take)(FormReader&, const FormLine&);
+  Status (*take)(FormReader&, const FormLine&);
 };
 
 constexpr std::array<Keyword, 3> kKeywords{{
@@ -231,47 +222,47 @@ constexpr std::array<Keyword, 3> kKeywords{{
     {"print", take_print},
 }};
 
-int take_line(FormReader& reader, std::string_view text) {
+Status take_line(FormReader& reader, std::string_view text) {
   const FormLine line = split_line(text);
   const auto* const keyword = std::ranges::find(kKeywords, line.keyword, &Keyword::word);
-  return keyword == kKeywords.end() ? kExitFailure : keyword->take(reader, line);
+  return keyword == kKeywords.end() ? ST_FAILED : keyword->take(reader, line);
 }
 
-/// What is left when the file has been read and closed: the environment file, which the rounding
-/// asks for, may need the descriptor that the form had.
-int finish_form(FormReader& reader) {
-  reader.table.form_halfinch = rounded_halfinch(reader.form_height);
+/// The rest of the reading. The file has been closed before, because the environment file, which
+/// the rounding asks for, may need the descriptor that the form had.
+Status finish_form(FormReader& reader) {
+  reader.table.form_halfinch = rounded_halfinch(reader.with.environment, reader.form_height);
   if (reader.form_height < reader.lines_height) {
-    return kExitFailure;
+    return ST_FAILED;
   }
   if (reader.lines == 0) {
-    const int status = append_lines(reader, reader.table.form_halfinch * kDefaultLinesPerHalfInch,
-                                    kDefaultLinesPerInch);
-    if (status != 0) {
+    const Status status = append_lines(
+        reader, reader.table.form_halfinch * kDefaultLinesPerHalfInch, kDefaultLinesPerInch);
+    if (status != ST_OK) {
       return status;
     }
   }
-  return reader.lines < reader.table.top_line ? kExitFailure : 0;
+  return reader.lines < reader.table.top_line ? ST_FAILED : ST_OK;
 }
 
-int read_lines(const char* path, FormReader& reader) {
+Status read_lines(const char* path, FormReader& reader) {
   TextFile file(path);
   if (!file.is_open()) {
-    return kExitFailure;
+    return ST_FAILED;
   }
   std::array<char, kLineBytes> buffer;
   while (file.read_line(buffer)) {
-    if (const int status = take_line(reader, buffer.data()); status != 0) {
+    if (const Status status = take_line(reader, buffer.data()); status != ST_OK) {
       return status;
     }
   }
-  return file.failed() ? kExitFailure : 0;
+  return file.failed() ? ST_FAILED : ST_OK;
 }
 
-int read_form(const char* path, FcbTable& table) {
-  FormReader reader{.table = table};
-  const int status = read_lines(path, reader);
-  return status != 0 ? status : finish_form(reader);
+Status read_form(const FormReading& with, const char* path, FcbTable& table) {
+  FormReader reader{.with = with, .table = table};
+  const Status status = read_lines(path, reader);
+  return status != ST_OK ? status : finish_form(reader);
 }
 
 void clear_form(FcbTable& table) {
@@ -280,21 +271,23 @@ void clear_form(FcbTable& table) {
   table.cur_line = cur_line;
 }
 
-int find_and_read(const char* name, FcbTable& table, const ResourceDirectories& directories) {
+Status find_and_read(const FormReading& with, const char* name, FcbTable& table,
+                     const ResourceDirectories& directories) {
   if (std::strchr(name, '/') != nullptr) {
-    return read_form(name, table);
+    return read_form(with, name, table);
   }
   FormPath path;
-  return find_form(name, directories, path) ? read_form(path.data(), table) : kExitFailure;
+  return find_form(name, directories, path) ? read_form(with, path.data(), table) : ST_FAILED;
 }
 
 }  // namespace
 
-int fcb_load(const char* name, FcbTable& table, const ResourceDirectories& directories) {
+Status fcb_load(const FormReading& reading, const char* name, FcbTable& table,
+                const ResourceDirectories& directories) {
   clear_form(table);
-  const int status = find_and_read(name, table, directories);
-  if (status != 0) {
-    report("FCB data error");
+  const Status status = find_and_read(reading, name, table, directories);
+  if (status != ST_OK) {
+    report(reading.messages, "FCB data error");
   }
   return status;
 }

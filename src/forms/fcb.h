@@ -4,6 +4,9 @@
 #include <cstdint>
 
 #include "job/settings.h"
+#include "job/status.h"
+#include "support/environment_file.h"
+#include "support/messages.h"
 
 namespace rlx {
 
@@ -26,6 +29,13 @@ struct FcbTable {
   std::int32_t form_halfinch = kDefaultFormHalfinch;
   /// Lines per inch of each line of the form: 3, 4, 6, 8 or 12. A 0 ends the form.
   std::array<std::uint32_t, kFcbEntries> lpi{};
+};
+
+/// What a form is read with.
+struct FormReading {
+  const CommandLine& command_line;
+  EnvironmentFile& environment;
+  const Messages& messages;
 };
 
 /// Loads a form by name.
@@ -62,7 +72,8 @@ struct FcbTable {
 /// @param table        set to an empty form with the defaults above, then filled; partly filled
 ///                     after a failure. `cur_line` is left alone.
 /// @param directories  where names are looked up.
-/// @return 0; 1 on every failure, after "FCB data error" on standard error.
-int fcb_load(const char* name, FcbTable& table, const ResourceDirectories& directories);
+/// @return ST_OK; 1 on every failure, after "FCB data error" on standard error.
+Status fcb_load(const FormReading& reading, const char* name, FcbTable& table,
+                const ResourceDirectories& directories);
 
 }  // namespace rlx

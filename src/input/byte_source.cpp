@@ -1,72 +1,71 @@
 #include "input/byte_source.h"
 
-#include "support/messages.h"
 #include "support/process_end.h"
 
 namespace rlx {
 
 namespace {
 
-int report_read_error(int status, int flags) {
+Status report_read_error(const ByteSource& source, Status status, int flags) {
   if (status == ST_IOERR && (flags & kQuiet) == 0) {
-    report_system_error();
+    report_system_error(source.messages);
   }
   return status;
 }
 
-int plain_getc(int flags, std::uint8_t* byte) {
-  const int status = raw_refill();
+Status plain_getc(ByteSource& source, int flags, std::uint8_t* byte) {
+  const Status status = raw_refill(source.raw);
   if (status != ST_OK) {
-    return report_read_error(status, flags);
+    return report_read_error(source, status, flags);
   }
-  *byte = *raw_window.next++;
+  *byte = *source.raw.window.next++;
   return ST_OK;
 }
 
 /// Closes the job that went out so far, with an empty END frame.
-void end_output() {
-  framed_transfer.frame_kind = kEndFrame;
-  framed_transfer.output_closed = true;
-  prtclout();
+void end_output(FrameReader& frames) {
+  frames.frame_kind = kEndFrame;
+  frames.output_closed = true;
+  prtclout(frames);
 }
 
 /// An input without an END frame is complete all the same, once the output has one. What is still
 /// held for a frame is dropped, here, with a bad frame and after a read error, deliberately: the
 /// frame that it belongs to never ended.
-[[noreturn]] void end_without_end_frame() {
-  end_output();
+[[noreturn]] void end_without_end_frame(FrameReader& frames) {
+  end_output(frames);
   close_standard_output();
   end_process(ST_OK);
 }
 
-[[noreturn]] void end_with_bad_frame() {
-  if (framed_transfer.last_data_kind != kEndFrame) {
-    end_output();
+[[noreturn]] void end_with_bad_frame(FrameReader& frames) {
+  if (frames.last_data_kind != kEndFrame) {
+    end_output(frames);
   }
-  end_process(kExitFailure);
+  end_process(ST_FAILED);
 }
 
-int framed_read_error() {
-  if (framed_transfer.last_data_kind == kCntFrame) {
-    end_output();
+Status framed_read_error(FrameReader& frames) {
+  if (frames.last_data_kind == kCntFrame) {
+    end_output(frames);
   }
   return ST_IOERR;
 }
 
-int framed_getc(std::uint8_t* byte) {
+Status framed_getc(FrameReader& frames, std::uint8_t* byte) {
   for (;;) {
-    const int status = prtclin(byte);
+    const Status status = prtclin(frames, byte);
     switch (status) {
       case ST_FRAME_EMPTY:
-        prtclout();
+        prtclout(frames);
         break;
       case ST_FRAME_NOEND:
-        end_without_end_frame();
+        end_without_end_frame(frames);
       case ST_FRAME_BAD:
       case ST_FRAME_SHORT:
-        end_with_bad_frame();
+        end_with_bad_frame(frames);
       case ST_IOERR:
-        return framed_read_error();
+        return framed_read_error(frames);
       default:
         return status;
     }
@@ -75,16 +74,16 @@ int framed_getc(std::uint8_t* byte) {
 
 }  // namespace
 
-int zqgetc_refill(int flags, std::uint8_t* byte) {
-  return job_settings.framed_output != 0 ? framed_getc(byte) : plain_getc(flags, byte);
+Status zqgetc_refill(ByteSource& source, int flags, std::uint8_t* byte) {
+  return is_framed(source) ? framed_getc(source.frames, byte) : plain_getc(source, flags, byte);
 }
 
-int stdgetc(std::uint8_t* byte) {
-  return plain_getc(0, byte);
+Status stdgetc(ByteSource& source, std::uint8_t* byte) {
+  return plain_getc(source, 0, byte);
 }
 
-int peek_input() {
-  return report_read_error(raw_refill(), 0);
+Status peek_input(ByteSource& source) {
+  return report_read_error(source, raw_refill(source.raw), 0);
 }
 
 }  // namespace rlx

@@ -7,21 +7,14 @@ namespace rlx {
 
 namespace {
 
-struct Classifier {
-  /// The input ended inside a character; the next call returns ST_EOF at once.
-  bool class_eof = false;
-};
-
-Classifier classifier;
-
 constexpr std::uint8_t kLastPrintable = 0x7e;
 
-int read_character_byte(std::uint8_t* byte) {
-  return job_settings.framed_output != 0 ? zqgetc(0, byte) : stdgetc(byte);
+Status read_character_byte(ByteSource& source, std::uint8_t* byte) {
+  return is_framed(source) ? zqgetc(source, 0, byte) : stdgetc(source, byte);
 }
 
 /// A character that lacks bytes is invalid; what was read of it is kept.
-int cut_character(CommandRecord& record, int status) {
+Status cut_character(Classifier& classifier, CommandRecord& record, Status status) {
   record.code = CMD_TEXT_BAD;
   if (status == ST_EOF) {
     classifier.class_eof = true;
@@ -31,68 +24,65 @@ int cut_character(CommandRecord& record, int status) {
 }
 
 /// Appends `count` bytes, whatever their values, or cuts the character.
-int read_rest(CommandRecord& record, int count) {
+Status read_rest(Classifier& classifier, CommandRecord& record, int count) {
+  ByteSource& source = classifier.tokenizer.source;
   for (; count > 0; --count) {
-    if (at_end_frame_end()) {
-      return cut_character(record, ST_OK);
+    if (at_end_frame_end(source)) {
+      return cut_character(classifier, record, ST_OK);
     }
     std::uint8_t byte = 0;
-    const int status = read_character_byte(&byte);
+    const Status status = read_character_byte(source, &byte);
     if (status != ST_OK) {
-      return cut_character(record, status);
+      return cut_character(classifier, record, status);
     }
     record.bytes[static_cast<std::size_t>(record.length++)] = byte;
   }
   return ST_OK;
 }
 
-int classify_shifted(CommandRecord& record) {
+Status classify_shifted(Classifier& classifier, CommandRecord& record) {
   record.code = CMD_TEXT_SS2;
-  const int status = read_rest(record, 1);
+  const Status status = read_rest(classifier, record, 1);
   if (status != ST_OK || record.code != CMD_TEXT_SS2) {
     return status;
   }
-  return read_rest(record, continuation_bytes(record.bytes[1]));
+  return read_rest(classifier, record, continuation_bytes(record.bytes[1]));
 }
 
-int classify(CommandRecord& record) {
+Status classify(Classifier& classifier, CommandRecord& record) {
   const std::uint8_t first = record.bytes[0];
   if (first <= kLastPrintable) {
     record.code = CMD_TEXT_ASCII;
     return ST_OK;
   }
   if (first == kSingleShift2) {
-    return classify_shifted(record);
+    return classify_shifted(classifier, record);
   }
   const int count = continuation_bytes(first);
   record.code = count == 0 ? CMD_TEXT_BAD : CMD_TEXT_MB;
-  return read_rest(record, count);
+  return read_rest(classifier, record, count);
 }
 
 }  // namespace
 
-int zqclass(CommandRecord* record) {
+Status zqclass(Classifier& classifier, CommandRecord* record) {
   record->pending = 0;
   record->length = 0;
   if (classifier.class_eof) {
     return ST_EOF;
   }
-  const int status = zqtoken(0, record);
+  const Status status = zqtoken(classifier.tokenizer, 0, record);
   if (status != ST_OK) {
     return status;
   }
   if (record->code == CMD_TEXT_RAW) {
-    return classify(*record);
+    return classify(classifier, *record);
   }
   if (record->code == CMD_IGNORE) {
     record->length = 0;
     record->pending = 0;
   }
   return ST_OK;
-}
-
-void reset_classifier() {
-  classifier = {};
 }
 
 }  // namespace rlx

@@ -30,7 +30,7 @@ enum FirstByteForm : std::uint32_t {
 };
 
 /// Control bytes, and DEL.
-inline constexpr std::array kFirstByteTable{
+inline constexpr auto kFirstByteTable = std::to_array({
     TableRow{kLineFeed, kFirstAlone, CMD_LF},
     TableRow{kFormFeed, kFirstAlone, CMD_FF},
     TableRow{kCarriageReturn, kFirstAlone, CMD_CR},
@@ -38,7 +38,7 @@ inline constexpr std::array kFirstByteTable{
     TableRow{kFs, kFirstFs, CMD_NONE},
     TableRow{kDel, kFirstAlone, CMD_DEL},
     TableRow{kNoKey, kFirstControl, CMD_CTRL},
-};
+});
 
 enum EscForm : std::uint32_t {
   kEscDollar = 0,       ///< "@" must follow
@@ -51,7 +51,7 @@ enum EscForm : std::uint32_t {
 };
 
 /// The byte after ESC.
-inline constexpr std::array kEscTable{
+inline constexpr auto kEscTable = std::to_array({
     TableRow{'$', kEscDollar, CMD_ESC_DOLLAR_AT},
     TableRow{'(', kEscParen, CMD_ESC_PAREN_H},
     TableRow{'Q', kEscQ, CMD_NONE},
@@ -59,7 +59,7 @@ inline constexpr std::array kEscTable{
     TableRow{'c', kEscNothingMore, CMD_ESC_C},
     TableRow{kDel, kEscDel, CMD_ESC_DEL4},
     TableRow{kNoKey, kEscUnknown, CMD_IGNORE},
-};
+});
 
 enum CsiForm : std::uint32_t {
   kCsiPlain = 0,
@@ -68,11 +68,14 @@ enum CsiForm : std::uint32_t {
 };
 
 /// The final byte of ESC "[".
-inline constexpr std::array kCsiTable{
-    TableRow{'E', kCsiAfterSpace, CMD_CSI_SP_E}, TableRow{'`', kCsiPlain, CMD_CSI_BQ},
-    TableRow{'a', kCsiPlain, CMD_CSI_AL},        TableRow{'d', kCsiPlain, CMD_CSI_DL},
-    TableRow{'e', kCsiPlain, CMD_CSI_EL},        TableRow{kNoKey, kCsiUnknown, CMD_IGNORE},
-};
+inline constexpr auto kCsiTable = std::to_array({
+    TableRow{'E', kCsiAfterSpace, CMD_CSI_SP_E},
+    TableRow{'`', kCsiPlain, CMD_CSI_BQ},
+    TableRow{'a', kCsiPlain, CMD_CSI_AL},
+    TableRow{'d', kCsiPlain, CMD_CSI_DL},
+    TableRow{'e', kCsiPlain, CMD_CSI_EL},
+    TableRow{kNoKey, kCsiUnknown, CMD_IGNORE},
+});
 
 enum FsForm : std::uint32_t {
   kFsParameters = 0,   ///< parameters up to a terminator "p" to "y"
@@ -85,13 +88,17 @@ inline constexpr std::uint8_t kFirstFsTerminator = 'p';
 inline constexpr std::uint8_t kLastFsTerminator = 'y';
 
 /// The byte after FS.
-inline constexpr std::array kFsTable{
-    TableRow{'"', kFsParameters, CMD_FS_QUOTE},   TableRow{'$', kFsParameters, CMD_FS_DOLLAR},
-    TableRow{'%', kFsParameters, CMD_FS_PERCENT}, TableRow{'&', kFsParameters, CMD_FS_AMP},
-    TableRow{'(', kFsParameters, CMD_FS_PAREN},   TableRow{'*', kFsParameters, CMD_FS_STAR},
-    TableRow{'J', kFsNothingMore, CMD_FS_J},      TableRow{'K', kFsNothingMore, CMD_FS_K},
+inline constexpr auto kFsTable = std::to_array({
+    TableRow{'"', kFsParameters, CMD_FS_QUOTE},
+    TableRow{'$', kFsParameters, CMD_FS_DOLLAR},
+    TableRow{'%', kFsParameters, CMD_FS_PERCENT},
+    TableRow{'&', kFsParameters, CMD_FS_AMP},
+    TableRow{'(', kFsParameters, CMD_FS_PAREN},
+    TableRow{'*', kFsParameters, CMD_FS_STAR},
+    TableRow{'J', kFsNothingMore, CMD_FS_J},
+    TableRow{'K', kFsNothingMore, CMD_FS_K},
     TableRow{kNoKey, kFsUnknown, CMD_IGNORE},
-};
+});
 
 /// How an ESC "Q" sequence goes on, by its final byte: the separators it accepts before the final,
 /// the shape of its parameters, and the data behind it. A *count* is a decimal field of up to seven
@@ -119,7 +126,7 @@ struct QRow {
 };
 
 /// The final byte of ESC "Q". A code that the row's form never selects is CMD_IGNORE.
-inline constexpr std::array kQTable{
+inline constexpr auto kQTable = std::to_array({
     QRow{'@', kQExclamation, CMD_IGNORE, CMD_Q_AT_EX, CMD_IGNORE},
     QRow{'A', kQExclamation, CMD_IGNORE, CMD_Q_A_EX, CMD_IGNORE},
     QRow{'C', kQExclamation, CMD_IGNORE, CMD_Q_C_EX, CMD_IGNORE},
@@ -161,7 +168,7 @@ inline constexpr std::array kQTable{
     QRow{'~', kQFifthFieldCount, CMD_Q_TILDE_SP, CMD_Q_TILDE_SP, CMD_Q_TILDE_SL},
     QRow{kDel, kQDelData, CMD_IGNORE, CMD_Q_DEL_EX, CMD_IGNORE},
     QRow{kNoKey, kQUnknown, CMD_IGNORE, CMD_IGNORE, CMD_IGNORE},
-};
+});
 static_assert(kQTable.size() == 41);
 
 /// The code that a separator selects; CMD_IGNORE when the final byte does not go with it.

@@ -72,56 +72,58 @@ class Parameters {
 };
 
 /// Appends counted data; data that does not fit stays in the input.
-int read_data(int flags, CommandRecord& record, std::int32_t count, std::uint32_t code) {
+Status read_data(Tokenizer& tokenizer, int flags, CommandRecord& record, std::int32_t count,
+                 std::uint32_t code) {
   if (count > kRecordCapacity - record.length) {
     record.pending = static_cast<std::uint32_t>(count);
     record.code = code;
     return ST_OK;
   }
   std::int32_t done = count;
-  const int status = zqrdata(flags, record.bytes.data() + record.length, &done);
+  const Status status =
+      zqrdata(tokenizer.source, flags, record.bytes.data() + record.length, &done);
   record.length += done;
   record.code = status == ST_OK ? code : std::uint32_t{CMD_IGNORE};
   return status;
 }
 
 /// Consumes counted data of a sequence that is not accepted.
-int discard_data(int flags, CommandRecord& record, std::int32_t count) {
+Status discard_data(Tokenizer& tokenizer, int flags, CommandRecord& record, std::int32_t count) {
   if (count <= kRecordCapacity - record.length) {
-    return read_data(flags, record, count, CMD_IGNORE);
+    return read_data(tokenizer, flags, record, count, CMD_IGNORE);
   }
-  return ignore_command(record, zqrdata(flags, nullptr, &count));
+  return ignore_command(record, zqrdata(tokenizer.source, flags, nullptr, &count));
 }
 
-int accept(CommandRecord& record, std::uint32_t code) {
+Status accept(CommandRecord& record, std::uint32_t code) {
   record.code = code;
   return ST_OK;
 }
 
 /// field ";" count, then data; `separator` ends the count.
-int read_field_and_data(int flags, CommandRecord& record, std::uint32_t code,
-                        std::uint8_t separator) {
+Status read_field_and_data(Tokenizer& tokenizer, int flags, CommandRecord& record,
+                           std::uint32_t code, std::uint8_t separator) {
   Parameters parameters(record);
   std::int32_t count = 0;
   if (!parameters.skip_field() || !parameters.read_count(separator, count)) {
     return ignore_command(record, ST_OK);
   }
-  return read_data(flags, record, count, code);
+  return read_data(tokenizer, flags, record, count, code);
 }
 
-int parse_transparent(int flags, CommandRecord& record, std::uint8_t separator,
-                      std::uint32_t code) {
-  return separator == '!' ? read_data(flags, record, kTransparentDataBytes, code)
+Status parse_transparent(Tokenizer& tokenizer, int flags, CommandRecord& record,
+                         std::uint8_t separator, std::uint32_t code) {
+  return separator == '!' ? read_data(tokenizer, flags, record, kTransparentDataBytes, code)
                           : accept(record, code);
 }
 
-int parse_del_data(int flags, CommandRecord& record, std::uint32_t code) {
+Status parse_del_data(Tokenizer& tokenizer, int flags, CommandRecord& record, std::uint32_t code) {
   Parameters parameters(record);
   std::int32_t count = 0;
   if (!parameters.skip_field('!') || !parameters.read_count('!', ';', count)) {
     return ignore_command(record, ST_OK);
   }
-  return read_data(flags, record, count, code);
+  return read_data(tokenizer, flags, record, count, code);
 }
 
 std::uint32_t print_condition_code(std::uint8_t first_parameter, std::uint32_t code) {
@@ -135,8 +137,8 @@ std::uint32_t print_condition_code(std::uint8_t first_parameter, std::uint32_t c
   }
 }
 
-int parse_print_condition(int flags, CommandRecord& record, std::uint8_t separator,
-                          std::uint32_t code) {
+Status parse_print_condition(Tokenizer& tokenizer, int flags, CommandRecord& record,
+                             std::uint8_t separator, std::uint32_t code) {
   if (separator == '!') {
     return accept(record, code);
   }
@@ -146,12 +148,12 @@ int parse_print_condition(int flags, CommandRecord& record, std::uint8_t separat
   if (!parameters.skip_field(' ') || !parameters.read_count(' ', count)) {
     return ignore_command(record, ST_OK);
   }
-  return read_data(flags, record, count, actual_code);
+  return read_data(tokenizer, flags, record, count, actual_code);
 }
 
 /// With "/" the data is consumed in any case, but only options -C, -N and -P make it a command.
-int parse_fifth_field_count(int flags, CommandRecord& record, std::uint8_t separator,
-                            std::uint32_t code) {
+Status parse_fifth_field_count(Tokenizer& tokenizer, int flags, CommandRecord& record,
+                               std::uint8_t separator, std::uint32_t code) {
   if (separator != '/') {
     return accept(record, code);
   }
@@ -165,12 +167,14 @@ int parse_fifth_field_count(int flags, CommandRecord& record, std::uint8_t separ
   if (!parameters.read_count('/', count)) {
     return ignore_command(record, ST_OK);
   }
-  return job_settings.extended_parameters != 0 ? read_data(flags, record, count, code)
-                                               : discard_data(flags, record, count);
+  return tokenizer.command_line.extended_parameters != 0
+             ? read_data(tokenizer, flags, record, count, code)
+             : discard_data(tokenizer, flags, record, count);
 }
 
 /// Without a ";" before the first "!" there is no data.
-int parse_optional_data(int flags, CommandRecord& record, std::uint32_t code) {
+Status parse_optional_data(Tokenizer& tokenizer, int flags, CommandRecord& record,
+                           std::uint32_t code) {
   Parameters parameters(record);
   if (!parameters.skip_field('!')) {
     return accept(record, code);
@@ -179,27 +183,28 @@ int parse_optional_data(int flags, CommandRecord& record, std::uint32_t code) {
   if (!parameters.read_count('!', count)) {
     return ignore_command(record, ST_OK);
   }
-  return read_data(flags, record, count, code);
+  return read_data(tokenizer, flags, record, count, code);
 }
 
-int parse_form(int flags, CommandRecord& record, const QRow& row, std::uint8_t separator) {
+Status parse_form(Tokenizer& tokenizer, int flags, CommandRecord& record, const QRow& row,
+                  std::uint8_t separator) {
   const std::uint32_t code = code_for_separator(row, separator);
   if (code == CMD_IGNORE) {
     return ignore_command(record, ST_OK);
   }
   switch (row.form) {
     case kQTransparent:
-      return parse_transparent(flags, record, separator, code);
+      return parse_transparent(tokenizer, flags, record, separator, code);
     case kQDelData:
-      return parse_del_data(flags, record, code);
+      return parse_del_data(tokenizer, flags, record, code);
     case kQPrintCondition:
-      return parse_print_condition(flags, record, separator, code);
+      return parse_print_condition(tokenizer, flags, record, separator, code);
     case kQFifthFieldCount:
-      return parse_fifth_field_count(flags, record, separator, code);
+      return parse_fifth_field_count(tokenizer, flags, record, separator, code);
     case kQFormParameter:
-      return read_field_and_data(flags, record, code, ' ');
+      return read_field_and_data(tokenizer, flags, record, code, ' ');
     case kQOptionalData:
-      return parse_optional_data(flags, record, code);
+      return parse_optional_data(tokenizer, flags, record, code);
     default:
       return accept(record, code);
   }
@@ -207,28 +212,28 @@ int parse_form(int flags, CommandRecord& record, const QRow& row, std::uint8_t s
 
 /// Reads parameters, separator and final byte. A DEL is a parameter byte unless "!" stands before
 /// it.
-int read_to_final(int flags, CommandRecord& record) {
-  const int status = zqrhandl(flags, &record, 0x40, kDel);
+Status read_to_final(Tokenizer& tokenizer, int flags, CommandRecord& record) {
+  const Status status = zqrhandl(tokenizer.source, flags, &record, 0x40, kDel);
   if (status != ST_OK || record.code == CMD_IGNORE) {
     return status;
   }
   const auto last = static_cast<std::size_t>(record.length - 1);
   if (record.bytes[last] == kDel && record.bytes[last - 1] != '!') {
-    return zqrhandl(flags, &record, 0x40, 0x7e);
+    return zqrhandl(tokenizer.source, flags, &record, 0x40, 0x7e);
   }
   return ST_OK;
 }
 
 }  // namespace
 
-int zqqseq(int flags, CommandRecord* record) {
-  const int status = read_to_final(flags, *record);
+Status zqqseq(Tokenizer& tokenizer, int flags, CommandRecord* record) {
+  const Status status = read_to_final(tokenizer, flags, *record);
   if (status != ST_OK || record->code == CMD_IGNORE) {
     return status;
   }
   const auto last = static_cast<std::size_t>(record->length - 1);
   const QRow& row = row_of<kQTable>(record->bytes[last]);
-  return parse_form(flags, *record, row, record->bytes[last - 1]);
+  return parse_form(tokenizer, flags, *record, row, record->bytes[last - 1]);
 }
 
 }  // namespace rlx

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+
+#include "job/status.h"
 
 namespace rlx {
 
@@ -17,23 +20,28 @@ struct ByteWindow {
   std::size_t size() const { return static_cast<std::size_t>(end - next); }
 };
 
-/// What stands buffered of standard input.
-extern ByteWindow raw_window;
+/// Standard input.
+struct RawInput {
+  /// What stands buffered. Taking bytes means advancing `window.next`.
+  ByteWindow window;
+  /// ST_EOF or ST_IOERR once met.
+  Status final_status = ST_OK;
+  int error_number = 0;
+  bool pipes_widened = false;
+  /// Called before the filter has to wait for input (null: nothing), so that finished output can
+  /// leave meanwhile. It is not called while more input stands ready.
+  void (*before_waiting)(void* context) = nullptr;
+  void* waiting_context = nullptr;
+  std::array<std::uint8_t, kInputBufferBytes> bytes;
+};
 
 /// Reads on when the window is empty.
 /// @return ST_OK with a window that is not empty; ST_EOF at the end of the input; ST_IOERR on a
 /// read error, with errno set. End and error stay: they are reported again by every later call.
-int raw_refill();
+Status raw_refill(RawInput& input);
 
 /// Reads up to `count` bytes. @param count  on return the bytes read, fewer only if the status is
 /// not ST_OK. @return as raw_refill.
-int raw_read(std::uint8_t* bytes, std::size_t& count);
-
-/// Sets what is called before the filter has to wait for input (null: nothing), so that finished
-/// output can leave meanwhile. It is not called while more input stands ready.
-void call_before_waiting(void (*hook)());
-
-/// Forgets what is buffered, the end, the error and the hook.
-void reset_raw_input();
+Status raw_read(RawInput& input, std::uint8_t* bytes, std::size_t& count);
 
 }  // namespace rlx

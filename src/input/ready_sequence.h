@@ -27,8 +27,8 @@ inline constexpr std::size_t kIntroducers = 2;
 /// ESC or FS, and the byte that says what kind of sequence it is.
 inline constexpr std::size_t kFrontBytes = 2;
 
-/// What kind of sequence the two front bytes begin; all but the first two end with a byte that
-/// gives, together with the one before it, the code.
+/// What kind of sequence the two front bytes begin. `csi` and `q` end with a byte that gives,
+/// together with the one before it, the code.
 enum class Kind : std::uint8_t {
   none,      ///< not for this road
   complete,  ///< the front bytes are all
@@ -123,7 +123,7 @@ constexpr std::uint32_t csi_code(std::uint8_t before, std::uint8_t final) {
 
 /// What the end of a sequence says of its code, by kind, separator and final byte: the whole code,
 /// or nothing (0) when the front says it. Adding both needs no branch, which no processor could
-/// foretell in a job with sequences of many kinds.
+/// predict in a job with sequences of many kinds.
 inline constexpr auto kEndCodes = [] {
   std::array<std::array<std::array<std::uint16_t, 128>, kSeparators.size()>, kKinds> codes{};
   for (std::size_t i = 0; i < kSeparators.size(); ++i) {

@@ -10,8 +10,9 @@ namespace rlx {
 namespace {
 
 /// Takes bytes that stand ready, up to one in `low` to `high`. @return true when it was met.
-bool take_ready_bytes(CommandRecord& record, std::uint8_t low, std::uint8_t high) {
-  ByteWindow& window = job_window();
+bool take_ready_bytes(ByteSource& source, CommandRecord& record, std::uint8_t low,
+                      std::uint8_t high) {
+  ByteWindow& window = job_window(source);
   const std::uint8_t* next = window.next;
   const std::uint8_t* const end = window.end;
   const auto range = static_cast<std::uint8_t>(high - low);
@@ -26,8 +27,8 @@ bool take_ready_bytes(CommandRecord& record, std::uint8_t low, std::uint8_t high
 }
 
 /// Takes up to `count` bytes that stand ready. @return how many.
-std::int32_t take_ready_data(std::uint8_t* destination, std::int32_t count) {
-  ByteWindow& window = job_window();
+std::int32_t take_ready_data(ByteSource& source, std::uint8_t* destination, std::int32_t count) {
+  ByteWindow& window = job_window(source);
   const std::size_t portion = std::min(static_cast<std::size_t>(count), window.size());
   if (destination != nullptr && portion != 0) {
     std::memcpy(destination, window.next, portion);
@@ -38,12 +39,12 @@ std::int32_t take_ready_data(std::uint8_t* destination, std::int32_t count) {
 
 }  // namespace
 
-int wait_for_sequence_byte(int flags, CommandRecord& record) {
-  if (at_end_frame_end()) {
+Status wait_for_sequence_byte(ByteSource& source, int flags, CommandRecord& record) {
+  if (at_end_frame_end(source)) {
     return ignore_command(record, ST_CUT);
   }
   std::uint8_t byte = 0;
-  const int status = zqgetc(flags, &byte);
+  const Status status = zqgetc(source, flags, &byte);
   if (status != ST_OK) {
     return ignore_command(record, status);
   }
@@ -51,13 +52,14 @@ int wait_for_sequence_byte(int flags, CommandRecord& record) {
   return ST_OK;
 }
 
-int zqrhandl(int flags, CommandRecord* record, std::uint8_t low, std::uint8_t high) {
+Status zqrhandl(ByteSource& source, int flags, CommandRecord* record, std::uint8_t low,
+                std::uint8_t high) {
   if (record == nullptr) {
     std::fputs("*** zqrhandl: zqdtp error\n", stderr);
-    return kExitFailure;
+    return ST_FAILED;
   }
-  while (!take_ready_bytes(*record, low, high)) {
-    const int status = read_sequence_byte(flags, *record);
+  while (!take_ready_bytes(source, *record, low, high)) {
+    const Status status = read_sequence_byte(source, flags, *record);
     if (status != ST_OK) {
       return status;
     }
@@ -69,21 +71,21 @@ int zqrhandl(int flags, CommandRecord* record, std::uint8_t low, std::uint8_t hi
   return ST_OK;
 }
 
-int zqrdata(int flags, std::uint8_t* destination, std::int32_t* count) {
+Status zqrdata(ByteSource& source, int flags, std::uint8_t* destination, std::int32_t* count) {
   const std::int32_t wanted = *count;
-  int status = ST_OK;
+  Status status = ST_OK;
   *count = 0;
   for (;;) {
     std::uint8_t* const rest = destination == nullptr ? nullptr : destination + *count;
-    *count += take_ready_data(rest, wanted - *count);
+    *count += take_ready_data(source, rest, wanted - *count);
     if (*count == wanted) {
       return ST_OK;
     }
-    if (at_end_frame_end()) {
+    if (at_end_frame_end(source)) {
       return ST_CUT;
     }
     std::uint8_t byte = 0;
-    status = zqgetc(flags, &byte);
+    status = zqgetc(source, flags, &byte);
     if (status != ST_OK) {
       return status;
     }

@@ -10,7 +10,7 @@ namespace rlx {
 // What the parsers of the tokenizer read with. `flags` are those of zqgetc.
 
 /// Marks the record as one that is skipped, and hands a status on.
-inline int ignore_command(CommandRecord& record, int status) {
+inline Status ignore_command(CommandRecord& record, Status status) {
   record.code = CMD_IGNORE;
   return status;
 }
@@ -26,27 +26,29 @@ inline void append_byte(CommandRecord& record, std::uint8_t byte) {
 }
 
 /// read_sequence_byte when no byte stands ready.
-int wait_for_sequence_byte(int flags, CommandRecord& record);
+Status wait_for_sequence_byte(ByteSource& source, int flags, CommandRecord& record);
 
 /// Appends one byte of the input to the record.
 /// @return ST_OK; ST_CUT at the end of the END frame or the status of zqgetc, with CMD_IGNORE.
-inline int read_sequence_byte(int flags, CommandRecord& record) {
-  ByteWindow& window = job_window();
+inline Status read_sequence_byte(ByteSource& source, int flags, CommandRecord& record) {
+  ByteWindow& window = job_window(source);
   if (window.empty()) [[unlikely]] {
-    return wait_for_sequence_byte(flags, record);
+    return wait_for_sequence_byte(source, flags, record);
   }
   append_byte(record, *window.next++);
   return ST_OK;
 }
 
-/// Appends bytes of the input to the record up to and including one in `low` to `high`.
+/// zqrhandl: reads up to a final byte. Appends bytes of the input to the record, up to and
+/// including one in `low` to `high`.
 /// @return as read_sequence_byte. A null record is reported on standard error, with status 1.
-int zqrhandl(int flags, CommandRecord* record, std::uint8_t low, std::uint8_t high);
+Status zqrhandl(ByteSource& source, int flags, CommandRecord* record, std::uint8_t low,
+                std::uint8_t high);
 
-/// Reads bytes of the input.
+/// zqrdata: reads counted data, the bytes behind a final byte.
 /// @param destination  where they go; null discards them.
 /// @param count        bytes wanted; on return the bytes read.
 /// @return ST_OK when all were read; ST_CUT at the end of the END frame, or the status of zqgetc.
-int zqrdata(int flags, std::uint8_t* destination, std::int32_t* count);
+Status zqrdata(ByteSource& source, int flags, std::uint8_t* destination, std::int32_t* count);
 
 }  // namespace rlx

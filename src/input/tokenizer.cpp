@@ -10,13 +10,6 @@ namespace rlx {
 
 namespace {
 
-struct Tokenizer {
-  /// The input ended inside a sequence; the next call returns ST_EOF at once.
-  bool sticky_eof = false;
-};
-
-Tokenizer tokenizer;
-
 constexpr std::uint8_t kFirstFinal = 0x40;
 constexpr std::uint8_t kLastFinal = 0x7e;
 constexpr int kDel4DataBytes = 4;
@@ -26,17 +19,18 @@ std::uint8_t last_byte(const CommandRecord& record) {
 }
 
 /// One more byte, which must be `expected`; a wrong one stays in the record.
-int read_expected(int flags, CommandRecord& record, std::uint8_t expected, std::uint32_t code) {
-  const int status = read_sequence_byte(flags, record);
+Status read_expected(ByteSource& source, int flags, CommandRecord& record, std::uint8_t expected,
+                     std::uint32_t code) {
+  const Status status = read_sequence_byte(source, flags, record);
   if (status == ST_OK) {
     record.code = last_byte(record) == expected ? code : std::uint32_t{CMD_IGNORE};
   }
   return status;
 }
 
-int read_del4(int flags, CommandRecord& record, std::uint32_t code) {
+Status read_del4(ByteSource& source, int flags, CommandRecord& record, std::uint32_t code) {
   for (int i = 0; i < kDel4DataBytes; ++i) {
-    const int status = read_sequence_byte(flags, record);
+    const Status status = read_sequence_byte(source, flags, record);
     if (status != ST_OK) {
       return status;
     }
@@ -47,30 +41,32 @@ int read_del4(int flags, CommandRecord& record, std::uint32_t code) {
 
 /// Consumes a sequence that no table knows: its second byte has been read, and ends it when it lies
 /// in 0x40 to `last_second`; else a byte in 0x40-0x7e does.
-int read_unknown(int flags, CommandRecord& record, std::uint8_t last_second) {
+Status read_unknown(ByteSource& source, int flags, CommandRecord& record,
+                    std::uint8_t last_second) {
   record.code = CMD_IGNORE;
   const std::uint8_t second = last_byte(record);
   if (second >= kFirstFinal && second <= last_second) {
     return ST_OK;
   }
-  return zqrhandl(flags, &record, kFirstFinal, kLastFinal);
+  return zqrhandl(source, flags, &record, kFirstFinal, kLastFinal);
 }
 
-int read_fs_parameters(int flags, CommandRecord& record, std::uint32_t code) {
-  const int status = zqrhandl(flags, &record, kFirstFsTerminator, kLastFsTerminator);
+Status read_fs_parameters(ByteSource& source, int flags, CommandRecord& record,
+                          std::uint32_t code) {
+  const Status status = zqrhandl(source, flags, &record, kFirstFsTerminator, kLastFsTerminator);
   if (status == ST_OK && record.code != CMD_IGNORE) {
     record.code = code;
   }
   return status;
 }
 
-int parse_control(int flags, CommandRecord& record, std::uint8_t byte) {
+Status parse_control(Tokenizer& tokenizer, int flags, CommandRecord& record, std::uint8_t byte) {
   const TableRow row = row_of<kFirstByteTable>(byte);
   switch (row.form) {
     case kFirstEsc:
-      return zqescseq(flags, &record);
+      return zqescseq(tokenizer, flags, &record);
     case kFirstFs:
-      return zqfsseq(flags, &record);
+      return zqfsseq(tokenizer, flags, &record);
     default:
       record.code = row.code;
       return ST_OK;
@@ -79,33 +75,33 @@ int parse_control(int flags, CommandRecord& record, std::uint8_t byte) {
 
 }  // namespace
 
-int zqescseq(int flags, CommandRecord* record) {
-  const int status = read_sequence_byte(flags, *record);
+Status zqescseq(Tokenizer& tokenizer, int flags, CommandRecord* record) {
+  const Status status = read_sequence_byte(tokenizer.source, flags, *record);
   if (status != ST_OK) {
     return status;
   }
   const TableRow row = row_of<kEscTable>(last_byte(*record));
   switch (row.form) {
     case kEscDollar:
-      return read_expected(flags, *record, '@', row.code);
+      return read_expected(tokenizer.source, flags, *record, '@', row.code);
     case kEscParen:
-      return read_expected(flags, *record, 'H', row.code);
+      return read_expected(tokenizer.source, flags, *record, 'H', row.code);
     case kEscNothingMore:
       record->code = row.code;
       return ST_OK;
     case kEscQ:
-      return zqqseq(flags, record);
+      return zqqseq(tokenizer, flags, record);
     case kEscCsi:
-      return zqcsiseq(flags, record);
+      return zqcsiseq(tokenizer, flags, record);
     case kEscDel:
-      return read_del4(flags, *record, row.code);
+      return read_del4(tokenizer.source, flags, *record, row.code);
     default:
-      return read_unknown(flags, *record, kLastFinal);
+      return read_unknown(tokenizer.source, flags, *record, kLastFinal);
   }
 }
 
-int zqcsiseq(int flags, CommandRecord* record) {
-  const int status = zqrhandl(flags, record, kFirstFinal, kLastFinal);
+Status zqcsiseq(Tokenizer& tokenizer, int flags, CommandRecord* record) {
+  const Status status = zqrhandl(tokenizer.source, flags, record, kFirstFinal, kLastFinal);
   if (status != ST_OK || record->code == CMD_IGNORE) {
     return status;
   }
@@ -116,25 +112,25 @@ int zqcsiseq(int flags, CommandRecord* record) {
   return ST_OK;
 }
 
-int zqfsseq(int flags, CommandRecord* record) {
-  const int status = read_sequence_byte(flags, *record);
+Status zqfsseq(Tokenizer& tokenizer, int flags, CommandRecord* record) {
+  const Status status = read_sequence_byte(tokenizer.source, flags, *record);
   if (status != ST_OK) {
     return status;
   }
   const TableRow row = row_of<kFsTable>(last_byte(*record));
   switch (row.form) {
     case kFsParameters:
-      return read_fs_parameters(flags, *record, row.code);
+      return read_fs_parameters(tokenizer.source, flags, *record, row.code);
     case kFsNothingMore:
       record->code = row.code;
       return ST_OK;
     default:
       // A DEL as second byte ends the sequence here but not after ESC, deliberately.
-      return read_unknown(flags, *record, kDel);
+      return read_unknown(tokenizer.source, flags, *record, kDel);
   }
 }
 
-int zqtoken(int flags, CommandRecord* record) {
+Status zqtoken(Tokenizer& tokenizer, int flags, CommandRecord* record) {
   record->length = 0;
   record->pending = 0;
   record->extra = 0;
@@ -143,7 +139,7 @@ int zqtoken(int flags, CommandRecord* record) {
     return ST_EOF;
   }
   std::uint8_t byte = 0;
-  int status = zqgetc(flags, &byte);
+  Status status = zqgetc(tokenizer.source, flags, &byte);
   if (status != ST_OK) {
     record->code = status == ST_EOF ? std::uint32_t{CMD_NONE} : std::uint32_t{CMD_IGNORE};
     return status;
@@ -154,16 +150,12 @@ int zqtoken(int flags, CommandRecord* record) {
     record->code = CMD_TEXT_RAW;
     return ST_OK;
   }
-  status = parse_control(flags, *record, byte);
+  status = parse_control(tokenizer, flags, *record, byte);
   if (status == ST_EOF) {
     tokenizer.sticky_eof = true;
     return ST_OK;
   }
   return status;
-}
-
-void reset_tokenizer() {
-  tokenizer = {};
 }
 
 }  // namespace rlx

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "input/byte_source.h"
 #include "job/command_record.h"
 
 namespace rlx {
@@ -15,19 +16,26 @@ namespace rlx {
 //   ST_IOERR  read error; the code is CMD_IGNORE
 // `flags` are those of zqgetc.
 
-/// Reads one command. A text byte comes back as CMD_TEXT_RAW, for zqclass to complete. When the
-/// input ends inside a sequence the record is returned with ST_OK, and the next call returns
-/// ST_EOF.
-int zqtoken(int flags, CommandRecord* record);
+/// What the tokenizer keeps from one command to the next, and what it reads.
+struct Tokenizer {
+  ByteSource& source;
+  const CommandLine& command_line;
+  /// The input ended inside a sequence; the next call returns ST_EOF at once.
+  bool sticky_eof = false;
 
-/// Reads the rest of a sequence after ESC.
-int zqescseq(int flags, CommandRecord* record);
-/// Reads the rest of a sequence after FS.
-int zqfsseq(int flags, CommandRecord* record);
-/// Reads the rest of a sequence after ESC "[".
-int zqcsiseq(int flags, CommandRecord* record);
+  Tokenizer(ByteSource& bytes, const CommandLine& options) : source(bytes), command_line(options) {}
+};
 
-/// Forgets that the input ended inside a sequence.
-void reset_tokenizer();
+/// zqtoken: reads one command. A text byte comes back as CMD_TEXT_RAW, for zqclass to complete.
+/// When the input ends inside a sequence the record is returned with ST_OK, and the next call
+/// returns ST_EOF.
+Status zqtoken(Tokenizer& tokenizer, int flags, CommandRecord* record);
+
+/// zqescseq: reads the rest of a sequence after ESC.
+Status zqescseq(Tokenizer& tokenizer, int flags, CommandRecord* record);
+/// zqfsseq: reads the rest of a sequence after FS.
+Status zqfsseq(Tokenizer& tokenizer, int flags, CommandRecord* record);
+/// zqcsiseq: reads the rest of a sequence after ESC "[".
+Status zqcsiseq(Tokenizer& tokenizer, int flags, CommandRecord* record);
 
 }  // namespace rlx

@@ -89,13 +89,68 @@ enum CommandCode : std::uint32_t {
   CMD_Q_BQ_SL = 520,  ///< job parameter block: the job is in the printer's language already
   CMD_Q_BL_SL = 522,
   CMD_Q_RBRACE_SL = 523,
-  CMD_TEXT_ASCII = 512,   ///< one printable byte 0x20-0x7e
-  CMD_IGNORE = 766,       ///< unknown, malformed, over-long or cut-off sequence
-  CMD_TEXT_RAW = 767,     ///< a text byte that is not classified yet
-  CMD_TEXT_MB = 768,      ///< a multi-byte character
-  CMD_TEXT_SS2 = 1024,    ///< 0x8e and the character after it
-  CMD_TEXT_GAIJI = 1280,  ///< a user-defined character (no input is classified so today)
-  CMD_TEXT_BAD = 3840,    ///< an invalid or cut-off character
+  CMD_TEXT_ASCII = 512,  ///< one printable byte 0x20-0x7e
+  CMD_IGNORE = 766,      ///< unknown, malformed, over-long or cut-off sequence
+  CMD_TEXT_RAW = 767,    ///< a text byte that is not classified yet
+  CMD_TEXT_MB = 768,     ///< a multi-byte character
+  CMD_TEXT_SS2 = 1024,   ///< 0x8e and the character after it
+  CMD_TEXT_BAD = 3840,   ///< an invalid or cut-off character
+
+  // Codes that the routing knows and no input produces: no row of the tables in
+  // input/command_tables.h has them. What is known of them is what the routing does with them, and
+  // by the way the codes are numbered where they would come from.
+
+  // From the control byte, 250 less than the code, if it had a row of its own in the first-byte
+  // table; today it is CMD_CTRL.
+  CMD_BS = 258,   ///< 0x08: starts the page and releases held movement
+  CMD_HT = 259,   ///< 0x09: the same
+  CMD_VT = 261,   ///< 0x0b: the same
+  CMD_SO = 264,   ///< 0x0e: converted as text, to one NUL
+  CMD_SI = 265,   ///< 0x0f: the same
+  CMD_DC1 = 267,  ///< 0x11: content
+
+  // From an ESC sequence, or FS and one of - . / R, if their tables had the rows.
+  CMD_CONTENT_301 = 301,
+  CMD_SETTINGS_333 = 333,   ///< changes print settings
+  CMD_DROP_HELD_334 = 334,  ///< drops a held command
+  CMD_DROP_HELD_335 = 335,  ///< the same
+  CMD_STATE_355 = 355,      ///< begins a new state of the page
+
+  // From ESC [ with another final byte.
+  CMD_FORM_PITCH_397 = 397,  ///< sends the line pitch of the form's current line
+  CMD_FORM_PITCH_421 = 421,  ///< the same
+
+  // From ESC Q with a final byte, or a separator, that its table does not have. CONTENT puts
+  // something on the page, STATE begins a new state of it.
+  CMD_STATE_418 = 418,
+  CMD_STATE_419 = 419,
+  CMD_CONTENT_425 = 425,
+  CMD_CONTENT_426 = 426,
+  CMD_CONTENT_427 = 427,
+  CMD_CONTENT_434 = 434,
+  CMD_CONTENT_435 = 435,
+  CMD_CONTENT_436 = 436,
+  CMD_STATE_447 = 447,
+  CMD_CONTENT_471 = 471,
+  CMD_CONTENT_472 = 472,
+  CMD_CONTENT_473 = 473,
+  CMD_LINE_UNIT_479 = 479,    ///< resets the line unit, as the emulation mode judges it
+  CMD_SINGLE_BYTE_481 = 481,  ///< content of the single-byte set, which is selected first
+  CMD_DROP_HELD_487 = 487,    ///< drops a held command
+  CMD_HOLD_488 = 488,         ///< kept back until the next command, on printers of class F1
+  CMD_RESOLUTION_489 = 489,   ///< switches between the fonts of 240 and 400 dots per inch
+  CMD_STATE_491 = 491,
+  CMD_SECOND_VARIANT_492 = 492,  ///< a state, on or off, for user-defined characters
+  CMD_DOWNLOAD_499 = 499,        ///< download data follows it
+  CMD_CONTENT_501 = 501,
+  CMD_STATE_502 = 502,
+  CMD_STATE_503 = 503,
+  CMD_STATE_505 = 505,
+  CMD_STATE_507 = 507,
+  CMD_STATE_508 = 508,
+
+  /// From a classifier that knows user-defined characters; today's knows none.
+  CMD_TEXT_GAIJI = 1280,
 };
 
 /// The highest command code, for tables that are indexed by code.
@@ -103,7 +158,7 @@ inline constexpr std::uint32_t kHighestCommandCode = CMD_TEXT_BAD;
 
 /// One token of the input. One instance lives for the whole job and is filled again by every read.
 struct CommandRecord {
-  /// A CommandCode, kept as a number: the routing tables also know codes that no input produces.
+  /// A CommandCode.
   std::uint32_t code = CMD_NONE;
   /// Number of bytes in `bytes`.
   std::int32_t length = 0;

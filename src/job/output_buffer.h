@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <span>
 
 namespace rlx {
 
@@ -16,6 +18,22 @@ inline constexpr std::int32_t kPageBufferBytes = 8192;
 struct OutputBuffer {
   std::int32_t length = 0;
   std::array<std::uint8_t, kPageBufferBytes> bytes;
+
+  std::int32_t room() const { return kPageBufferBytes - length; }
+
+  /// Appends bytes, all or, when they do not fit, none. @return whether they fitted.
+  bool append(std::span<const std::uint8_t> more) {
+    if (more.size() > static_cast<std::size_t>(room())) {
+      return false;
+    }
+    std::memcpy(bytes.data() + length, more.data(), more.size());
+    length += static_cast<std::int32_t>(more.size());
+    return true;
+  }
+
+  std::span<const std::uint8_t> gathered() const {
+    return std::span(bytes).first(static_cast<std::size_t>(length));
+  }
 };
 
 /// Allocates an empty buffer, for the whole job. From the C library, deliberately: the language's

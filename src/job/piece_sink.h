@@ -15,13 +15,20 @@ struct PieceSink {
   std::uint8_t* bytes;
   std::int32_t* length;
   std::int32_t capacity;
-  /// Writes what is gathered and sets `*length` to 0. Returns a status.
-  int (*cut)();
+  /// Writes what `owner` has gathered and sets `*length` to 0.
+  void (*cut_of)(void* owner);
+  void* owner;
+
+  void cut() const { cut_of(owner); }
 
   std::int32_t room() const { return capacity - *length; }
 
-  /// Makes room for a piece of `count` bytes, `capacity` at most. @return 0 or the status of `cut`.
-  int make_room(std::int32_t count) const { return count <= room() ? 0 : cut(); }
+  /// Makes room for a piece of `count` bytes, `capacity` at most.
+  void make_room(std::int32_t count) const {
+    if (count > room()) [[unlikely]] {
+      cut();
+    }
+  }
 
   /// Appends what there is room for.
   void append(const std::uint8_t* from, std::int32_t count) const {
@@ -29,19 +36,15 @@ struct PieceSink {
     *length += count;
   }
 
-  /// Appends `count` pieces of one byte each. @return 0 or the status of `cut`.
-  int append_bytes(const std::uint8_t* from, std::size_t count) const {
+  /// Appends `count` pieces of one byte each.
+  void append_bytes(const std::uint8_t* from, std::size_t count) const {
     while (count > 0) {
-      const int status = make_room(1);
-      if (status != 0) {
-        return status;
-      }
+      make_room(1);
       const std::size_t portion = std::min(count, static_cast<std::size_t>(room()));
       append(from, static_cast<std::int32_t>(portion));
       from += portion;
       count -= portion;
     }
-    return 0;
   }
 };
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace rlx {
 
@@ -24,6 +25,46 @@ inline constexpr std::uint32_t kPrinterClassF0 = 0x100000;
 inline constexpr std::uint32_t kPrinterClassF1 = 0x200000;
 inline constexpr std::uint32_t kPrinterClassF2 = 0x400000;
 
+/// How the printer emulates a line printer. The numbers are the field's own; there is no mode 5.
+enum EmulationMode : int {
+  kStandardMode = 1,
+  kFineMode = 2,        ///< -B: 400 dots per inch
+  kFormLengthMode = 3,  ///< -E and -N: no character spacing is sent
+  kExtendedMode = 4,    ///< -C
+  kMode6 = 6,           ///< -Q: command 479 is judged by its parameter
+  kMode7 = 7,           ///< -R: the same
+};
+
+/// How the lengths of forms are treated.
+enum StreamVariant : int {
+  kPlainStream = 2,
+  kSentLengthStream = 3,  ///< -E and -N: form lengths are sent to the printer
+  kShortFormStream = 4,   ///< -R: they are sent, and lie between 3.5 and 14 inches
+};
+
+/// Which character spacing a print-condition record brings: from kOutputF on that of index 4.
+enum OutputVariant : std::uint8_t {
+  kPlainOutput = 0,
+  kOutputA = 1,  ///< -A
+  kOutputF = 2,  ///< -f
+  kOutputE = 3,  ///< -E and -N
+  kOutputR = 4,  ///< -R
+};
+
+/// Which fonts of user-defined characters are asked for, and how their patterns are downloaded.
+enum FontVariant : int {
+  kFixedFont = 0,  ///< -E and -N: one size, in the fixed form
+  kAllFonts = 1,   ///< all sizes
+  kFineFonts = 2,  ///< -B: the sizes of 400 dots per inch
+};
+
+/// `header_selector`.
+inline constexpr int kPlainHeader = 1;
+inline constexpr int kSimplexBindingHeader = 8;
+
+inline constexpr std::int32_t kLowResolution = 240;
+inline constexpr std::int32_t kHighResolution = 400;
+
 /// `line_unit` of every job until a command changes it.
 inline constexpr std::int32_t kDefaultLineUnit = 180;
 /// Largest form data that a form parameter command may bring.
@@ -43,33 +84,44 @@ struct SettingsRecord {
   std::int32_t line_unit_value = kDefaultLineUnit;
   std::int32_t form_data_length = 0;  ///< 0 to kMaxFormData
   std::array<std::uint8_t, kMaxFormData> form_data{};
-  std::uint8_t output_variant = 0;  ///< 0; 1 with -A, 2 with -f, 3 with -E or -N, 4 with -R
-  std::uint8_t form_flag = 0;       ///< 1 after form parameter kind 2 on a printer with "g"
+  std::uint8_t output_variant = kPlainOutput;  ///< an OutputVariant
+  std::uint8_t form_flag = 0;  ///< 1 after form parameter kind 2 on a printer with "g"
 };
 
 /// Directories that are searched for forms, each NUL-terminated; the list ends at the first empty
 /// entry. One entry more than is searched: behind 128 directories of the command line the default
 /// directory has its place but is not looked at.
 struct ResourceDirectories {
-  std::array<std::array<char, kMaxNameBytes + 1>, kMaxSearchedDirectories + 1> entries{};
+  std::array<std::array<char, kMaxNameBytes + 1>, kMaxSearchedDirectories + 1> entries;
   std::size_t count = 0;  ///< entries filled
+
+  // The entries keep whatever they hold; the list says itself where it ends.
+  ResourceDirectories() { end_list(); }
+
+  /// Appends a directory of at most kMaxNameBytes.
+  void append(std::string_view directory) {
+    entries[count][directory.copy(entries[count].data(), kMaxNameBytes)] = '\0';
+    ++count;
+    end_list();
+  }
+
+ private:
+  void end_list() {
+    if (count < entries.size()) {
+      entries[count].front() = '\0';
+    }
+  }
 };
 
-/// The job-wide settings: the command line's, and the few run-time flags that several subsystems
-/// share. One instance, alive for the whole process. `stream_variant` and the like say in their
-/// comment which options set them.
-struct JobSettings {
-  /// argv[0]; the prefix of every message.
-  const char* program_name = "";
-
-  int emulation_mode = 1;         ///< -B 2, -E and -N 3, -C 4, -Q 6, -R 7
-  int stream_variant = 2;         ///< -E and -N 3, -R 4: how form lengths are treated
-  int extended_parameters = 0;    ///< 1 with -C, -N, -P: ESC Q ... /~ is a command
-  int header_selector = 1;        ///< 8 with -D: simplex pages get a full binding sequence
-  std::int32_t resolution = 240;  ///< dots per inch
-  int high_resolution_fonts = 0;  ///< 1 when the fonts in use are the 400-dpi set
-  int font_variant = 1;           ///< 2 with -B, 0 with -E and -N
-  std::int32_t line_unit = kDefaultLineUnit;
+/// What the command line fixed, the printer's capabilities included. Filled at start-up; nothing
+/// changes it afterwards. The comments say which options set a field.
+struct CommandLine {
+  int emulation_mode = kStandardMode;        ///< an EmulationMode
+  int stream_variant = kPlainStream;         ///< a StreamVariant
+  int extended_parameters = 0;               ///< 1 with -C, -N, -P: ESC Q ... /~ is a command
+  int header_selector = kPlainHeader;        ///< kSimplexBindingHeader with -D
+  std::int32_t resolution = kLowResolution;  ///< dots per inch: -e, -G, -B
+  int font_variant = kAllFonts;              ///< a FontVariant
   int framed_output = 0;             ///< -d: input and output are framed for the transfer protocol
   int lines_per_page = 0;            ///< -L; 0 is no page-length emulation
   std::int32_t character_pitch = 0;  ///< -c: 7200 / n in 1/7200 inch; 0 when unset
@@ -78,19 +130,22 @@ struct JobSettings {
   const char* fcb_name = nullptr;    ///< -n; null when not given
   std::int32_t requested_resolution = 0;  ///< -e; 0 is none
   std::uint32_t printer_class = kPrinterClassF0;
-  int capability_F = 0;     ///< capability token F
-  int capability_g = 0;     ///< capability token g
-  int japanese_locale = 0;  ///< capability token Jja_JP
-  int font_library_loaded = 0;
-  int compact_flag = 0;            ///< -S; read by nothing
-  int ignore_flag = 0;             ///< -i; read by nothing
-  std::array<char, 256> f_text{};  ///< -F, cut to its room; read by nothing
-  std::array<char, 256> j_text{};  ///< -J, cut to its room; read by nothing
+  int capability_F = 0;  ///< capability token F
+  int capability_g = 0;  ///< capability token g
 
-  SettingsRecord record;
+  // Accepted for the sake of the spoolers that pass them, and kept because a person who looks into
+  // a running filter wants to see its whole command line; nothing reads them.
+  int compact_flag = 0;          ///< -S
+  int ignore_flag = 0;           ///< -i
+  std::array<char, 256> f_text;  ///< -F, cut to its room
+  std::array<char, 256> j_text;  ///< -J, cut to its room
 
-  // Run-time flags that more than one subsystem looks at.
+  // The two texts are empty, whatever stands behind their ends.
+  CommandLine() { f_text.front() = j_text.front() = '\0'; }
+};
 
+/// What the job changes while it runs and more than one subsystem looks at.
+struct JobState {
   /// Something was put on the page since the last page end. Set by the driver, cleared by the page
   /// writer.
   int page_has_content = 0;
@@ -99,10 +154,9 @@ struct JobSettings {
   int page_started = 0;
   /// The job start block has been written and the job end block has not.
   int job_started = 0;
-  /// A command changed print settings.
-  int settings_changed = 0;
-  /// Fonts were set up again during the job.
-  int fonts_reloaded = 0;
+  /// 1 when the fonts in use are the 400-dpi set: from the start with -B, then as commands say.
+  int high_resolution_fonts = 0;
+  int font_library_loaded = 0;
   /// FFL: form length in tenths of an inch that the job header sends; 0 is none. Set by the line
   /// spacing for stream variants 3 and 4.
   std::int32_t form_length_tenths = 0;
@@ -110,14 +164,11 @@ struct JobSettings {
   /// today.
   int gaiji_size_index = 1;
   int gaiji_typeface = 0;
+
+  // Noted for whoever continues this filter; nothing reads them today.
+  std::int32_t line_unit = kDefaultLineUnit;  ///< commands 478 and 479 reset it
+  int settings_changed = 0;                   ///< a command changed print settings
+  int fonts_reloaded = 0;                     ///< fonts were set up again during the job
 };
-
-/// The settings of this process.
-extern JobSettings job_settings;
-/// The form directories of this process (kept apart from the settings for their size).
-extern ResourceDirectories resource_directories;
-
-/// Puts all settings and the directory list back to their defaults.
-void reset_job_settings();
 
 }  // namespace rlx

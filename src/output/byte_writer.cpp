@@ -2,41 +2,26 @@
 
 #include <unistd.h>
 
-#include <array>
 #include <cstring>
 #include <span>
 
-#include "job/status.h"
 #include "support/descriptor_io.h"
 #include "support/process_end.h"
 
 namespace rlx {
 
-namespace {
-
-struct ByteWriter {
-  std::size_t length = 0;
-  bool page_ended = false;
-  std::array<std::uint8_t, kOutputBufferBytes> bytes;
-};
-
-ByteWriter writer;
-
-}  // namespace
-
-int flush_output() {
+void flush_output(ByteWriter& writer) {
   const std::span gathered(writer.bytes.data(), writer.length);
   writer.length = 0;
   writer.page_ended = false;
-  if (write_whole(STDOUT_FILENO, gathered) != 0) {
+  if (write_whole(STDOUT_FILENO, gathered) != ST_OK) {
     end_with_write_error();
   }
-  return ST_OK;
 }
 
-int out_bytes(std::int32_t count, const std::uint8_t* bytes) {
+void out_bytes(ByteWriter& writer, std::int32_t count, const std::uint8_t* bytes) {
   if (bytes == nullptr || count < 1) {
-    return ST_OK;
+    return;
   }
   auto left = static_cast<std::size_t>(count);
   for (;;) {
@@ -46,26 +31,21 @@ int out_bytes(std::int32_t count, const std::uint8_t* bytes) {
     writer.length += portion;
     left -= portion;
     if (left == 0) {
-      return ST_OK;
+      return;
     }
     bytes += portion;
-    flush_output();
+    flush_output(writer);
   }
 }
 
-void note_page_end() {
+void note_page_end(ByteWriter& writer) {
   writer.page_ended = true;
 }
 
-void flush_finished_pages() {
+void flush_finished_pages(ByteWriter& writer) {
   if (writer.page_ended) {
-    flush_output();
+    flush_output(writer);
   }
-}
-
-void reset_byte_writer() {
-  writer.length = 0;
-  writer.page_ended = false;
 }
 
 }  // namespace rlx

@@ -26,7 +26,7 @@ struct PlaceRow {
   int place;
 };
 
-inline constexpr std::array kPlaces{
+inline constexpr auto kPlaces = std::to_array({
     PlaceRow{CMD_ESC_DOLLAR_AT, 1},
     PlaceRow{CMD_ESC_PAREN_H, 1},
     PlaceRow{CMD_FS_J, 2},
@@ -44,7 +44,7 @@ inline constexpr std::array kPlaces{
     PlaceRow{CMD_FS_STAR, kKeptInGeneralBuffer},
     PlaceRow{CMD_Q_R_EX, kKeptInGeneralBuffer},
     PlaceRow{CMD_FS_PAREN, kByThirdByte},
-};
+});
 
 inline constexpr int kGraveSlot = 3;
 inline constexpr int kSmallASlot = 4;

@@ -1,44 +1,24 @@
 #include "output/carried_settings.h"
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 
-#include "job/output_buffer.h"
-#include "job/status.h"
 #include "output/block.h"
-#include "output/byte_writer.h"
 
 namespace rlx {
 
 namespace {
 
-struct Slot {
-  std::uint8_t length = 0;
-  std::array<std::uint8_t, kSlotBytes> bytes;
-};
-
-struct CarriedSettings {
-  std::array<Slot, kSlotCount> slots;
-  OutputBuffer* general = nullptr;
-};
-
-CarriedSettings carried;
-
-/// Where a command's sequence goes: a slot number from 1 on, the general buffer or nowhere.
-
-void keep_in_general(std::int32_t count, const std::uint8_t* bytes) {
-  OutputBuffer& general = *carried.general;
-  if (count < 1 || count > kPageBufferBytes - general.length) {
-    return;
+void keep_in_general(OutputBuffer& general, std::int32_t count, const std::uint8_t* bytes) {
+  if (count > 0) {
+    // One that does not fit is left out.
+    static_cast<void>(general.append({bytes, static_cast<std::size_t>(count)}));
   }
-  std::memcpy(general.bytes.data() + general.length, bytes, static_cast<std::size_t>(count));
-  general.length += count;
 }
 
-std::int32_t kept_bytes() {
+std::int32_t kept_bytes(const CarriedSettings& carried) {
   std::int32_t sum = carried.general->length;
-  for (const Slot& slot : carried.slots) {
+  for (const CarriedSettings::Slot& slot : carried.slots) {
     sum += slot.length;
   }
   return sum;
@@ -46,56 +26,52 @@ std::int32_t kept_bytes() {
 
 }  // namespace
 
-int allocate_carried_settings() {
-  free_carried_settings();
+Status allocate_carried_settings(CarriedSettings& carried) {
+  free_carried_settings(carried);
   carried.general = allocate_output_buffer();
-  return carried.general == nullptr ? kExitFailure : ST_OK;
+  return carried.general == nullptr ? ST_FAILED : ST_OK;
 }
 
-void free_carried_settings() {
+void free_carried_settings(CarriedSettings& carried) {
   free_output_buffer(carried.general);
   carried.general = nullptr;
 }
 
-void keep_in_slot(int slot, std::int32_t count, const std::uint8_t* bytes) {
+void keep_in_slot(CarriedSettings& carried, int slot, std::int32_t count,
+                  const std::uint8_t* bytes) {
   if (count < 0 || count > kSlotBytes) {
     return;
   }
-  Slot& kept = carried.slots[static_cast<std::size_t>(slot - 1)];
+  CarriedSettings::Slot& kept = carried.slots[static_cast<std::size_t>(slot - 1)];
   kept.length = static_cast<std::uint8_t>(count);
   std::memcpy(kept.bytes.data(), bytes, static_cast<std::size_t>(count));
 }
 
-int keep_setting(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes) {
+void keep_setting(CarriedSettings& carried, std::uint32_t command, std::int32_t count,
+                  const std::uint8_t* bytes) {
   const int place = place_of_setting(command, count, bytes);
   if (place == kKeptInGeneralBuffer) {
-    keep_in_general(count, bytes);
+    keep_in_general(*carried.general, count, bytes);
   } else if (place != kKeptNowhere) {
-    keep_in_slot(place, count, bytes);
+    keep_in_slot(carried, place, count, bytes);
   }
-  return ST_OK;
 }
 
-int out_kept_settings() {
-  const std::int32_t sum = kept_bytes();
+void out_kept_settings(CarriedSettings& carried) {
+  const std::int32_t sum = kept_bytes(carried);
   if (sum == 0) {
-    return ST_OK;
+    return;
   }
-  int status = out_block_header(BlockKind::carried, sum);
-  if (status == ST_OK) {
-    status = out_bytes(carried.general->length, carried.general->bytes.data());
+  out_block_header(carried.writer, BlockKind::carried, sum);
+  out_bytes(carried.writer, carried.general->length, carried.general->bytes.data());
+  for (const CarriedSettings::Slot& slot : carried.slots) {
+    out_bytes(carried.writer, slot.length, slot.bytes.data());
   }
-  for (std::size_t i = 0; i < kSlotCount && status == ST_OK; ++i) {
-    status = out_bytes(carried.slots[i].length, carried.slots[i].bytes.data());
-  }
-  if (status == ST_OK) {
-    reset_carried_settings();
-  }
-  return status;
+  forget_kept_settings(carried);
 }
 
-void reset_carried_settings() {
-  for (Slot& slot : carried.slots) {
+void forget_kept_settings(CarriedSettings& carried) {
+  for (CarriedSettings::Slot& slot : carried.slots) {
     slot.length = 0;
   }
   if (carried.general != nullptr) {

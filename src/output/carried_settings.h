@@ -1,8 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "job/output_buffer.h"
+#include "job/status.h"
+#include "output/byte_writer.h"
 #include "output/carried_places.h"
 
 namespace rlx {
@@ -10,15 +14,30 @@ namespace rlx {
 /// Longest sequence that a slot of the carried settings keeps.
 inline constexpr std::int32_t kSlotBytes = 19;
 
-// The printer forgets its settings at the end of a data block. Every sequence that sets a state is
-// therefore kept as it was put on the page, and all of them are written again, in a block of their
-// own, behind the data block. There is a slot for each kind of setting of which only the last one
-// counts, and a general buffer for those that add up.
+// What a data block sets counts as forgotten behind it. So every sequence that sets a state is kept
+// as it was put on the page, and all of them are written again, in a block of their own, behind the
+// data block; what that block sets lasts. There is a slot for each kind of setting of which only
+// the last one counts, and a general buffer for those that add up.
+
+/// What is carried.
+struct CarriedSettings {
+  struct Slot {
+    std::uint8_t length = 0;
+    std::array<std::uint8_t, kSlotBytes> bytes;
+  };
+
+  ByteWriter& writer;
+  std::array<Slot, kSlotCount> slots;
+  /// Null until it is allocated.
+  OutputBuffer* general = nullptr;
+
+  explicit CarriedSettings(ByteWriter& output) : writer(output) {}
+};
 
 /// Allocates the general buffer. @return 0, or 1 when there is no memory.
-int allocate_carried_settings();
+Status allocate_carried_settings(CarriedSettings& carried);
 /// Frees the general buffer; harmless when there is none.
-void free_carried_settings();
+void free_carried_settings(CarriedSettings& carried);
 
 /// Keeps a sequence.
 /// @param command  code of the command that the sequence belongs to; it chooses the slot or the
@@ -26,18 +45,18 @@ void free_carried_settings();
 /// @param count    bytes of the sequence. A slot keeps up to kSlotBytes of them, the general buffer
 ///                 what fits in its 8192 bytes; a sequence that is too long is left out silently.
 /// @param bytes    the sequence; copied.
-/// @return always 0.
-int keep_setting(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes);
+void keep_setting(CarriedSettings& carried, std::uint32_t command, std::int32_t count,
+                  const std::uint8_t* bytes);
 
 /// Keeps a sequence in a slot, as keep_setting does once it knows the place.
 /// @param slot  1 to kSlotCount.
-void keep_in_slot(int slot, std::int32_t count, const std::uint8_t* bytes);
+void keep_in_slot(CarriedSettings& carried, int slot, std::int32_t count,
+                  const std::uint8_t* bytes);
 
 /// Writes the carried-settings block, if anything is kept, and forgets all that is kept.
-/// @return 0 or the first non-zero status of out_bytes (then the settings stay kept).
-int out_kept_settings();
+void out_kept_settings(CarriedSettings& carried);
 
 /// Forgets all that is kept.
-void reset_carried_settings();
+void forget_kept_settings(CarriedSettings& carried);
 
 }  // namespace rlx

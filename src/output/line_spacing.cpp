@@ -2,37 +2,22 @@
 
 #include <algorithm>
 
-#include "job/settings.h"
-#include "job/status.h"
+#include "job/control_bytes.h"
+#include "job/units.h"
 
 namespace rlx {
 
 namespace {
 
-constexpr std::uint8_t kLf = 0x0A;
-constexpr std::uint8_t kFf = 0x0C;
-constexpr std::uint8_t kEsc = 0x1B;
-constexpr std::uint8_t kFs = 0x1C;
 /// A digit d of a parameter is kDigit + d; in the numeric form the last one is kLastDigit + d.
 constexpr std::uint32_t kDigit = 0x20;
 constexpr std::uint32_t kLastDigit = 0x70;
-/// Divided by the hundredfold lines per inch it gives the pitch in 1/72 inch.
-constexpr std::uint32_t kUnitsPerInch = 7200;
-constexpr std::uint32_t kPitchUnit = 100;
 /// Highest pitch whose second digit is taken modulo 10.
 constexpr std::uint32_t kHighestPlainPitch = 20;
 constexpr std::int32_t kTenthsPerHalfInch = 5;
 
-CharacterPitchCommands state;
-
-/// Appends to whatever has a length and bytes; all or nothing.
-template <typename Buffer>
-void append_whole(Buffer& buffer, const std::uint8_t* bytes, std::int32_t count) {
-  if (count > static_cast<std::int32_t>(buffer.bytes.size()) - buffer.length) {
-    return;
-  }
-  std::copy_n(bytes, count, buffer.bytes.begin() + buffer.length);
-  buffer.length += count;
+void append_byte(OutputBuffer& buffer, std::uint8_t byte) {
+  static_cast<void>(buffer.append({&byte, 1}));
 }
 
 /// 0 behind the last line of the form.
@@ -48,7 +33,8 @@ PitchCommand pitch_of_current_line(const FcbTable& table) {
 }  // namespace
 
 std::uint32_t line_pitch_72nds(std::uint32_t lines_per_inch) {
-  return lines_per_inch == 0 ? 0 : kUnitsPerInch / (lines_per_inch * kPitchUnit);
+  constexpr std::uint32_t kUnits = kUnitsPerInch;
+  return lines_per_inch == 0 ? 0 : kUnits / (lines_per_inch * kUnitsPer72nd);
 }
 
 PitchCommand line_pitch_command(std::uint32_t pitch_72nds) {
@@ -58,7 +44,7 @@ PitchCommand line_pitch_command(std::uint32_t pitch_72nds) {
   if (pitch_72nds < 10) {
     command.append(kDigit + pitch_72nds);
   } else {
-    // Modulo 20 is what the printer's own driver sends: deliberate.
+    // Modulo 20 is deliberate, see the header.
     const std::uint32_t modulus = pitch_72nds > kHighestPlainPitch ? 20 : 10;
     command.append(kDigit + pitch_72nds / 10);
     command.append(kDigit + pitch_72nds % modulus);
@@ -84,62 +70,60 @@ PitchCommand numeric_command(char letter, std::uint32_t value) {
 }
 
 void append_command(OutputBuffer& buffer, const PitchCommand& command) {
-  append_whole(buffer, command.bytes.data(), command.length);
+  static_cast<void>(buffer.append(command.sequence()));
 }
 
 void append_command(CommandRecord& record, const PitchCommand& command) {
-  append_whole(record, command.bytes.data(), command.length);
+  if (command.length > kRecordCapacity - record.length) {
+    return;
+  }
+  std::copy_n(command.bytes.begin(), command.length, record.bytes.begin() + record.length);
+  record.length += command.length;
 }
 
-int top_of_form(FcbTable& table, OutputBuffer& pending) {
+void top_of_form(LineSpacing& spacing, FcbTable& table, OutputBuffer& pending) {
   table.cur_line = 0;
-  if (job_settings.page_started == 1) {
-    append_whole(pending, &kFf, 1);
+  if (spacing.job.page_started == 1) {
+    append_byte(pending, kFormFeed);
   }
-  if (job_settings.stream_variant == 3 || job_settings.stream_variant == 4) {
-    job_settings.form_length_tenths = kTenthsPerHalfInch * table.form_halfinch;
+  if (spacing.command_line.stream_variant == kSentLengthStream ||
+      spacing.command_line.stream_variant == kShortFormStream) {
+    spacing.job.form_length_tenths = kTenthsPerHalfInch * table.form_halfinch;
   }
   for (; table.cur_line + 1 < table.top_line; ++table.cur_line) {
     append_command(pending, pitch_of_current_line(table));
-    append_whole(pending, &kLf, 1);
+    append_byte(pending, kLineFeed);
   }
   append_command(pending, pitch_of_current_line(table));
-  return ST_OK;
 }
 
-int next_line(CommandRecord& record, FcbTable& table, OutputBuffer& pending) {
+void next_line(LineSpacing& spacing, CommandRecord& record, FcbTable& table,
+               OutputBuffer& pending) {
   ++table.cur_line;
   if (lines_per_inch_here(table) == 0) {
     record.length = 0;
-    return top_of_form(table, pending);
+    top_of_form(spacing, table, pending);
+    return;
   }
   append_command(record, pitch_of_current_line(table));
-  return ST_OK;
 }
 
-void pitch_sequences() {
-  reset_line_spacing();
-  const auto pitch = static_cast<std::uint32_t>(job_settings.character_pitch);
+void pitch_sequences(LineSpacing& spacing) {
+  CharacterPitchCommands& commands = spacing.character_pitch;
+  commands = {};
+  const auto pitch = static_cast<std::uint32_t>(spacing.command_line.character_pitch);
   if (pitch == 0) {
     return;
   }
   for (const std::uint8_t byte : {kEsc, std::uint8_t{'Q'}, std::uint8_t{'0'}, std::uint8_t{';'}}) {
-    state.pitch.append(byte);
+    commands.pitch.append(byte);
   }
   for (const std::uint32_t place : {1000U, 100U, 10U, 1U}) {
-    state.pitch.append('0' + pitch / place % 10);
+    commands.pitch.append('0' + pitch / place % 10);
   }
-  state.pitch.append('/');
-  state.pitch.append('G');
-  state.double_pitch = numeric_command('$', 2 * pitch);
-}
-
-const CharacterPitchCommands& character_pitch_commands() {
-  return state;
-}
-
-void reset_line_spacing() {
-  state = CharacterPitchCommands{};
+  commands.pitch.append('/');
+  commands.pitch.append('G');
+  commands.double_pitch = numeric_command('$', 2 * pitch);
 }
 
 }  // namespace rlx

@@ -3,14 +3,16 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "forms/fcb.h"
 #include "job/command_record.h"
 #include "job/output_buffer.h"
+#include "job/settings.h"
 
 namespace rlx {
 
-// The stream moves the paper with LF and FF alone, the printer must be told the pitch of every
+// The stream moves the paper with LF and FF alone; the printer must be told the pitch of every
 // line: FS "%", the pitch, " p". Here the lines of a form become such sequences, and the sequences
 // of option -c are built. All number encodings of the printer's FS commands are in this module.
 
@@ -22,6 +24,10 @@ struct PitchCommand {
   constexpr void append(std::uint32_t byte) {
     bytes[static_cast<std::size_t>(length)] = static_cast<std::uint8_t>(byte);
     ++length;
+  }
+
+  std::span<const std::uint8_t> sequence() const {
+    return std::span(bytes).first(static_cast<std::size_t>(length));
   }
 };
 
@@ -42,34 +48,35 @@ PitchCommand numeric_command(char letter, std::uint32_t value);
 void append_command(OutputBuffer& buffer, const PitchCommand& command);
 void append_command(CommandRecord& record, const PitchCommand& command);
 
-/// Moves to the top of the form: appends to `pending` a FF (only when something was printed since
-/// the last one, job_settings.page_started), a pitch and a LF for each line above the form's top
-/// line, and the pitch of the top line. The table's current line is then the top line. With stream
-/// variant 3 or 4 the form's length becomes job_settings.form_length_tenths.
-/// @param table  a loaded form: `top_line` 1 or more, and as many lines.
-/// @return 0
-int top_of_form(FcbTable& table, OutputBuffer& pending);
-
-/// Moves to the next line of the form. Expects the record of a LF: it gets the pitch of the new
-/// line behind the LF. Over the end of the form the LF is dropped (the record becomes empty) and
-/// the next form is started, as by top_of_form().
-/// @return 0, or the status of top_of_form()
-int next_line(CommandRecord& record, FcbTable& table, OutputBuffer& pending);
-
 /// The sequences of option -c, empty until pitch_sequences() has built them.
 struct CharacterPitchCommands {
   PitchCommand pitch;         ///< ESC "Q0;", the pitch in four digits, "/G"
   PitchCommand double_pitch;  ///< FS "$", twice the pitch in the numeric parameter form
 };
 
-/// Builds the sequences from job_settings.character_pitch (1/7200 inch, 7200 at most). A pitch of
+/// What moves the paper.
+struct LineSpacing {
+  const CommandLine& command_line;
+  JobState& job;
+  CharacterPitchCommands character_pitch;
+
+  LineSpacing(const CommandLine& options, JobState& state) : command_line(options), job(state) {}
+};
+
+/// Moves to the top of the form: appends to `pending` a FF (only when something was printed since
+/// the last one, JobState::page_started), a pitch and a LF for each line above the form's top
+/// line, and the pitch of the top line. The table's current line is then the top line. With stream
+/// variant 3 or 4 the form's length becomes JobState::form_length_tenths.
+/// @param table  a loaded form: `top_line` 1 or more, and as many lines.
+void top_of_form(LineSpacing& spacing, FcbTable& table, OutputBuffer& pending);
+
+/// Moves to the next line of the form. Expects the record of a LF: it gets the pitch of the new
+/// line behind the LF. Over the end of the form the LF is dropped (the record becomes empty) and
+/// the next form is started, as by top_of_form().
+void next_line(LineSpacing& spacing, CommandRecord& record, FcbTable& table, OutputBuffer& pending);
+
+/// Builds the sequences from CommandLine::character_pitch (1/7200 inch, 7200 at most). A pitch of
 /// 0, which is no -c or one above 7200, leaves them empty.
-void pitch_sequences();
-
-/// The sequences, for the print-condition output.
-const CharacterPitchCommands& character_pitch_commands();
-
-/// Empties the sequences.
-void reset_line_spacing();
+void pitch_sequences(LineSpacing& spacing);
 
 }  // namespace rlx

@@ -2,23 +2,35 @@
 
 #include <cstdint>
 
-#include "input/framed_transfer.h"
 #include "job/settings.h"
+#include "output/frame_writer.h"
 #include "output/page_writer.h"
 
 namespace rlx {
 
-/// Hands one finished piece of output on: into a frame with option -d, onto the page otherwise.
+/// Where finished pieces of output go: into frames with option -d, onto the page otherwise.
+struct PieceOutput {
+  const CommandLine& command_line;
+  PageWriter& page;
+  FrameWriter& frames;
+
+  bool framed() const { return command_line.framed_output != 0; }
+};
+
+/// Hands one finished piece of output on.
 /// @param count  bytes of the piece; 0 is allowed, and matters to the frames.
 /// @param bytes  not null.
-/// @return the status of directout or out_page_data.
-inline int out_piece(std::int32_t count, const std::uint8_t* bytes) {
-  return job_settings.framed_output != 0 ? directout(count, bytes) : out_page_data(count, bytes);
+inline void out_piece(PieceOutput& output, std::int32_t count, const std::uint8_t* bytes) {
+  if (output.framed()) {
+    directout(output.frames, count, bytes);
+  } else {
+    out_page_data(output.page, count, bytes);
+  }
 }
 
 /// Where pieces are gathered now.
-inline PieceSink piece_sink() {
-  return job_settings.framed_output != 0 ? frame_sink() : page_sink();
+inline PieceSink piece_sink(PieceOutput& output) {
+  return output.framed() ? frame_sink(output.frames) : page_sink(output.page);
 }
 
 }  // namespace rlx

@@ -3,10 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "job/print_conditions.h"
-#include "job/settings.h"
-#include "output/sent_copies.h"
-#include "support/error_log.h"
+#include "support/narrowing.h"
 
 namespace rlx {
 
@@ -15,8 +12,6 @@ namespace {
 constexpr std::string_view kQ = "\x1bQ";
 /// Smallest offset that is sent, 1/7200 inch.
 constexpr std::int32_t kSmallestOffset = 1440;
-/// `header_selector` with option -D.
-constexpr int kSimplexBindingSelector = 8;
 
 bool contains(std::string_view text, char character) {
   return text.find(character) != std::string_view::npos;
@@ -55,8 +50,8 @@ char tray_digit(std::string_view tray) {
 }
 
 /// ESC Q p;s;t;o !@ with a tray, ESC Q p;s;o !F without.
-void append_paper(PageSequences& out, std::string_view tray) {
-  const std::string_view size = print_conditions.condition_code_3.data();
+void append_paper(JobHeader& header, PageSequences& out, std::string_view tray) {
+  const std::string_view size = header.conditions.paper_size.data();
   out.append(kQ);
   out.append(paper_digit(size));
   out.append(';');
@@ -66,27 +61,27 @@ void append_paper(PageSequences& out, std::string_view tray) {
     out.append(tray_digit(tray));
     out.append(';');
   }
-  out.append(orientation_digit(print_conditions.condition_code_2.data()));
+  out.append(orientation_digit(header.conditions.orientation.data()));
   out.append(tray.empty() ? "!F" : "!@");
-  sent_copies.conditions.condition_code_3 = print_conditions.condition_code_3;
+  header.sent.conditions.paper_size = header.conditions.paper_size;
 }
 
-void append_changed_paper(PageSequences& out) {
-  const std::string_view tray = print_conditions.condition_code_2b.data();
-  if (tray_changed() && is_numbered_tray(tray)) {
-    append_paper(out, tray);
-    sent_copies.conditions.condition_code_2b = print_conditions.condition_code_2b;
-  } else if (tray_changed() || orientation_changed() || paper_size_changed()) {
-    append_paper(out, "");
+void append_changed_paper(JobHeader& header, PageSequences& out) {
+  const std::string_view tray = header.conditions.tray.data();
+  if (header.tray_changed() && is_numbered_tray(tray)) {
+    append_paper(header, out, tray);
+    header.sent.conditions.tray = header.conditions.tray;
+  } else if (header.tray_changed() || header.orientation_changed() || header.paper_size_changed()) {
+    append_paper(header, out, "");
   }
 }
 
-void append_form_length(PageSequences& out) {
-  if (form_length_changed()) {
+void append_form_length(JobHeader& header, PageSequences& out) {
+  if (header.form_length_changed()) {
     out.append("\x1bQ10;;");
-    out.append_decimal(job_settings.form_length_tenths, 5);
+    out.append_decimal(header.job.form_length_tenths, 5);
     out.append(";!\\");
-    sent_copies.form_length_tenths = job_settings.form_length_tenths;
+    header.sent.form_length_tenths = header.job.form_length_tenths;
   }
 }
 
@@ -100,32 +95,32 @@ std::string_view reduction(std::string_view orientation) {
 
 /// The binding margin that is sent. A copy that is left as it was, and one that is set although
 /// 00000 is sent, are deliberate.
-std::int32_t choose_binding_margin(bool duplex) {
-  if (!duplex && job_settings.header_selector == kSimplexBindingSelector) {
+std::int32_t choose_binding_margin(JobHeader& header, bool duplex) {
+  if (!duplex && header.command_line.header_selector == kSimplexBindingHeader) {
     return 0;
   }
-  const std::int32_t margin = print_conditions.condition_value_3;
-  sent_copies.conditions.condition_value_3 = margin;
-  const char edge = print_conditions.condition_flag_1[0];
+  const std::int32_t margin = header.conditions.binding_margin;
+  header.sent.conditions.binding_margin = margin;
+  const char edge = header.conditions.binding_edge[0];
   return edge == '\0' || edge == 'L' || edge == 'U' ? margin : 0;
 }
 
 /// ESC Q d;e;mmmmm;00000!W with duplex, or with -D; ESC Q 0;;;!W without.
-void append_duplex(PageSequences& out) {
-  const PrintConditions& now = print_conditions;
-  const bool duplex = now.condition_flag_3[0] == 'B';
-  if (duplex || job_settings.header_selector == kSimplexBindingSelector) {
+void append_duplex(JobHeader& header, PageSequences& out) {
+  const PrintConditions& now = header.conditions;
+  const bool duplex = now.duplex[0] == 'B';
+  if (duplex || header.command_line.header_selector == kSimplexBindingHeader) {
     out.append(kQ);
     out.append(duplex ? "2;" : "0;");
-    out.append(now.condition_flag_1[0] == 'U' ? "2;" : "0;");
-    out.append_decimal(choose_binding_margin(duplex), 5);
+    out.append(now.binding_edge[0] == 'U' ? "2;" : "0;");
+    out.append_decimal(choose_binding_margin(header, duplex), 5);
     out.append(";00000!W");
   } else {
     out.append("\x1bQ0;;;!W");
   }
-  sent_copies.conditions.condition_flag_3 = now.condition_flag_3;
-  sent_copies.conditions.condition_flag_1 = now.condition_flag_1;
-  sent_copies.conditions.condition_flag_2 = now.condition_flag_2;
+  header.sent.conditions.duplex = now.duplex;
+  header.sent.conditions.binding_edge = now.binding_edge;
+  header.sent.conditions.binding_mode = now.binding_mode;
 }
 
 void append_offset(PageSequences& out, std::int32_t offset) {
@@ -138,55 +133,55 @@ void append_offset(PageSequences& out, std::int32_t offset) {
 
 /// ESC Q first;second;;!H. What the copies hold afterwards is deliberate: an offset that is not 0
 /// but too small, and a second offset that is sent, make the sequence come again on every page.
-void append_offsets(PageSequences& out) {
-  const PrintConditions& now = print_conditions;
-  PrintConditions& sent = sent_copies.conditions;
+void append_offsets(JobHeader& header, PageSequences& out) {
+  const PrintConditions& now = header.conditions;
+  PrintConditions& sent = header.sent.conditions;
   out.append(kQ);
-  sent.condition_value_1 = 0;
-  if (now.condition_value_1 >= kSmallestOffset) {
-    append_offset(out, now.condition_value_1);
-    sent.condition_value_1 = now.condition_value_1;
+  sent.first_offset = 0;
+  if (now.first_offset >= kSmallestOffset) {
+    append_offset(out, now.first_offset);
+    sent.first_offset = now.first_offset;
   }
   out.append(';');
-  if (now.condition_value_2 >= kSmallestOffset) {
-    append_offset(out, now.condition_value_2);
-    sent.condition_value_1 = now.condition_value_2;  // the first copy, not the second
+  if (now.second_offset >= kSmallestOffset) {
+    append_offset(out, now.second_offset);
+    sent.first_offset = now.second_offset;  // the first copy, not the second
   } else {
-    sent.condition_value_2 = 0;
+    sent.second_offset = 0;
   }
   out.append(";;!H");
 }
 
-bool offsets_changed() {
-  return print_conditions.condition_value_1 != sent_copies.conditions.condition_value_1 ||
-         print_conditions.condition_value_2 != sent_copies.conditions.condition_value_2;
+bool offsets_changed(const JobHeader& header) {
+  return header.conditions.first_offset != header.sent.conditions.first_offset ||
+         header.conditions.second_offset != header.sent.conditions.second_offset;
 }
 
 }  // namespace
 
-PageSequences build_page_format() {
+PageSequences build_page_format(JobHeader& header) {
   PageSequences out;
-  const bool new_orientation = orientation_changed();
+  const bool new_orientation = header.orientation_changed();
   if (new_orientation) {
     out.append("\x1bQ100;100!I");
   }
-  append_changed_paper(out);
-  append_form_length(out);
+  append_changed_paper(header, out);
+  append_form_length(header, out);
   if (new_orientation) {
-    out.append(reduction(print_conditions.condition_code_2.data()));
-    sent_copies.conditions.condition_code_2 = print_conditions.condition_code_2;
+    out.append(reduction(header.conditions.orientation.data()));
+    header.sent.conditions.orientation = header.conditions.orientation;
   }
   return out;
 }
 
-PageSequences build_page_setup() {
+PageSequences build_page_setup(JobHeader& header) {
   PageSequences out;
   out.append("\x1bQ1;7200!C");
-  if (duplex_changed()) {
-    append_duplex(out);
+  if (header.duplex_changed()) {
+    append_duplex(header, out);
   }
-  if (offsets_changed()) {
-    append_offsets(out);
+  if (offsets_changed(header)) {
+    append_offsets(header, out);
   }
   return out;
 }

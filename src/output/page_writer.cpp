@@ -5,206 +5,160 @@
 #include <cstring>
 
 #include "job/control_bytes.h"
-#include "job/output_buffer.h"
-#include "job/settings.h"
 #include "job/status.h"
 #include "output/block.h"
-#include "output/byte_writer.h"
-#include "output/carried_settings.h"
-#include "output/job_header.h"
 
 namespace rlx {
 
 namespace {
-
-struct PageWriter {
-  OutputBuffer* buffer = nullptr;
-  /// A block of the current page has been written already.
-  bool continued = false;
-};
-
-PageWriter page;
 
 constexpr std::array<std::uint8_t, 1> kFinalFormFeed{kFormFeed};
 /// ESC c, ESC DEL 00 00 01 00.
 constexpr std::array<std::uint8_t, 8> kJobEnd{kEsc, 'c', kEsc, kDel, 0x00, 0x00, 0x01, 0x00};
 
 /// Writes the header of a data block; the job header first when it is the page's first block.
-int begin_data_block(std::int32_t payload) {
+void begin_data_block(PageWriter& page, std::int32_t payload) {
   if (page.continued) {
-    return out_block_header(BlockKind::data, payload);
+    out_block_header(page.writer, BlockKind::data, payload);
+  } else {
+    dtout_pji(page.header, kWholeHeader);
+    out_block_header(page.writer, BlockKind::first_data, payload);
   }
-  const int status = dtout_pji(kWholeHeader);
-  return status != ST_OK ? status : out_block_header(BlockKind::first_data, payload);
 }
 
 /// Writes what is gathered and `count` bytes behind it as one data block.
-int out_data_block(std::int32_t count, const std::uint8_t* bytes) {
-  int status = begin_data_block(page.buffer->length + count);
-  if (status == ST_OK) {
-    status = out_bytes(page.buffer->length, page.buffer->bytes.data());
-  }
-  return status != ST_OK ? status : out_bytes(count, bytes);
+void out_data_block(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
+  begin_data_block(page, page.buffer->length + count);
+  out_bytes(page.writer, page.buffer->length, page.buffer->bytes.data());
+  out_bytes(page.writer, count, bytes);
 }
 
-void begin_page() {
+void begin_page(PageWriter& page) {
   page.buffer->length = 0;
   page.continued = false;
-  job_settings.page_has_content = 0;
+  page.job.page_has_content = 0;
 }
 
 /// Writes the last block of a page, whose end the piece is.
-int end_page(std::int32_t count, const std::uint8_t* bytes) {
-  const int status = out_data_block(count, bytes);
-  if (status != ST_OK) {
-    return status;
-  }
-  // The page is complete whatever becomes of its settings; deliberately no look at the status.
-  out_kept_settings();
-  begin_page();
-  note_page_end();
-  return ST_OK;
+void end_page(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
+  out_data_block(page, count, bytes);
+  out_kept_settings(page.carried);
+  begin_page(page);
+  note_page_end(page.writer);
 }
 
 /// Writes what is gathered as a block; the page goes on.
-int cut_block() {
-  int status = out_data_block(0, nullptr);
-  if (status == ST_OK) {
-    status = out_kept_settings();
-  }
-  if (status == ST_OK) {
-    page.buffer->length = 0;
-    page.continued = true;
-  }
-  return status;
+void cut_block(PageWriter& page) {
+  out_data_block(page, 0, nullptr);
+  out_kept_settings(page.carried);
+  page.buffer->length = 0;
+  page.continued = true;
 }
 
-int append_piece(std::int32_t count, const std::uint8_t* bytes) {
-  if (count > kPageBufferBytes - page.buffer->length) {
-    const int status = cut_block();
-    if (status != ST_OK) {
-      return status;
-    }
+void append_piece(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
+  if (count > page.buffer->room()) {
+    cut_block(page);
   }
   std::memcpy(page.buffer->bytes.data() + page.buffer->length, bytes,
               static_cast<std::size_t>(count));
   page.buffer->length += count;
-  return ST_OK;
 }
 
-int out_final_form_feed() {
-  return out_block(BlockKind::data, kFinalFormFeed.size(), kFinalFormFeed.data());
+void out_final_form_feed(PageWriter& page) {
+  out_block(page.writer, BlockKind::data, kFinalFormFeed.size(), kFinalFormFeed.data());
 }
 
-int out_job_end() {
-  const int status = out_block(BlockKind::data, kJobEnd.size(), kJobEnd.data());
-  if (status == ST_OK) {
-    job_settings.job_started = 0;
-  }
-  return status;
+void out_job_end(PageWriter& page) {
+  out_block(page.writer, BlockKind::data, kJobEnd.size(), kJobEnd.data());
+  page.job.job_started = 0;
 }
 
 /// End of a job whose last page has content in the buffer. The carried settings are not written
 /// here, deliberately: no block follows that would need them.
-int end_job_with_content() {
-  int status = out_data_block(0, nullptr);
-  if (status == ST_OK) {
-    status = out_final_form_feed();
-  }
-  return status != ST_OK ? status : out_job_end();
+void end_job_with_content(PageWriter& page) {
+  out_data_block(page, 0, nullptr);
+  out_final_form_feed(page);
+  out_job_end(page);
 }
 
 /// End of a job with nothing but settings since the last page: they are dropped.
-int end_job_without_content() {
-  int status = ST_OK;
-  if (job_settings.job_started != 0) {
-    status = out_job_end();
+void end_job_without_content(PageWriter& page) {
+  if (page.job.job_started != 0) {
+    out_job_end(page);
   }
-  if (status == ST_OK && !page.continued) {
-    status = dtout_pji(kParameterTextOnly);
+  if (!page.continued) {
+    dtout_pji(page.header, kParameterTextOnly);
   }
-  return status;
 }
 
 /// End of a job with nothing gathered.
-int end_job_with_empty_buffer() {
-  if (job_settings.job_started == 0) {
-    return ST_OK;
+void end_job_with_empty_buffer(PageWriter& page) {
+  if (page.job.job_started == 0) {
+    return;
   }
-  int status = ST_OK;
-  if (job_settings.page_has_content != 0) {
-    status = out_final_form_feed();
+  if (page.job.page_has_content != 0) {
+    out_final_form_feed(page);
   }
-  return status != ST_OK ? status : out_job_end();
+  out_job_end(page);
 }
 
-int end_job() {
-  int status = ST_OK;
+void end_job(PageWriter& page) {
   if (page.buffer->length == 0) {
-    status = end_job_with_empty_buffer();
-  } else if (job_settings.page_has_content != 0) {
-    status = end_job_with_content();
+    end_job_with_empty_buffer(page);
+  } else if (page.job.page_has_content != 0) {
+    end_job_with_content(page);
   } else {
-    status = end_job_without_content();
+    end_job_without_content(page);
   }
-  if (status == ST_OK) {
-    begin_page();
-  }
-  return status;
+  begin_page(page);
 }
 
 /// A piece larger than the buffer, which no command makes: it is divided, so that it is not lost.
-int append_oversized_piece(std::int32_t count, const std::uint8_t* bytes) {
-  int status = ST_OK;
-  while (count > 0 && status == ST_OK) {
+void append_oversized_piece(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
+  while (count > 0) {
     const std::int32_t portion = std::min(count, kPageBufferBytes);
-    status = append_piece(portion, bytes);
+    append_piece(page, portion, bytes);
     bytes += portion;
     count -= portion;
   }
-  return status;
 }
 
 }  // namespace
 
-int allocate_page_buffers() {
-  free_page_buffers();
-  if (allocate_carried_settings() != ST_OK) {
-    return kExitFailure;
+Status allocate_page_buffers(PageWriter& page) {
+  free_page_buffers(page);
+  if (allocate_carried_settings(page.carried) != ST_OK) {
+    return ST_FAILED;
   }
   page.buffer = allocate_output_buffer();
-  return page.buffer == nullptr ? kExitFailure : ST_OK;
+  return page.buffer == nullptr ? ST_FAILED : ST_OK;
 }
 
-void free_page_buffers() {
+void free_page_buffers(PageWriter& page) {
   free_output_buffer(page.buffer);
   page.buffer = nullptr;
-  free_carried_settings();
+  free_carried_settings(page.carried);
 }
 
-int out_page_data(std::int32_t count, const std::uint8_t* bytes) {
+void out_page_data(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
   if (bytes == nullptr) {
-    return count == 0 ? end_job() : ST_OK;
+    if (count == 0) {
+      end_job(page);
+    }
+  } else if (count < 1) {
+    return;
+  } else if (bytes[count - 1] == kFormFeed) {
+    end_page(page, count, bytes);
+  } else if (count > kPageBufferBytes) {
+    append_oversized_piece(page, count, bytes);
+  } else {
+    append_piece(page, count, bytes);
   }
-  if (count < 1) {
-    return ST_OK;
-  }
-  if (bytes[count - 1] == kFormFeed) {
-    return end_page(count, bytes);
-  }
-  return count > kPageBufferBytes ? append_oversized_piece(count, bytes)
-                                  : append_piece(count, bytes);
 }
 
-PieceSink page_sink() {
-  return {page.buffer->bytes.data(), &page.buffer->length, kPageBufferBytes, cut_block};
-}
-
-void reset_page_writer() {
-  page.continued = false;
-  if (page.buffer != nullptr) {
-    page.buffer->length = 0;
-  }
+PieceSink page_sink(PageWriter& page) {
+  return {page.buffer->bytes.data(), &page.buffer->length, kPageBufferBytes,
+          [](void* owner) { cut_block(*static_cast<PageWriter*>(owner)); }, &page};
 }
 
 }  // namespace rlx

@@ -3,10 +3,6 @@
 #include <array>
 #include <string_view>
 
-#include "job/print_conditions.h"
-#include "job/settings.h"
-#include "output/sent_copies.h"
-
 namespace rlx {
 
 namespace {
@@ -23,15 +19,21 @@ struct ValueRow {
   std::string_view sent_as;
 };
 
-constexpr std::array kOrientations{
-    ValueRow{"P", "0"},  ValueRow{"L", "1"},  ValueRow{"PZ", "2"},
-    ValueRow{"LZ", "3"}, ValueRow{"LP", "4"},
-};
+constexpr auto kOrientations = std::to_array({
+    ValueRow{"P", "0"},
+    ValueRow{"L", "1"},
+    ValueRow{"PZ", "2"},
+    ValueRow{"LZ", "3"},
+    ValueRow{"LP", "4"},
+});
 
-constexpr std::array kTrays{
-    ValueRow{"P1", "1"}, ValueRow{"P2", "2"}, ValueRow{"P3", "3"},
-    ValueRow{"P4", "4"}, ValueRow{"P", "A"},
-};
+constexpr auto kTrays = std::to_array({
+    ValueRow{"P1", "1"},
+    ValueRow{"P2", "2"},
+    ValueRow{"P3", "3"},
+    ValueRow{"P4", "4"},
+    ValueRow{"P", "A"},
+});
 
 void append_line(ParameterText& text, std::string_view key, std::string_view value) {
   text.append(key);
@@ -74,52 +76,52 @@ void append_changed_number(ParameterText& text, std::string_view key, std::int32
 }
 
 /// FOV, OVS, CPS and FRM.
-void append_form_lines(ParameterText& text) {
-  const PrintConditions& now = print_conditions;
-  PrintConditions& sent = sent_copies.conditions;
-  append_changed_text(text, "FOV=", now.condition_form_name, sent.condition_form_name);
-  if (now.condition_count_a != 0) {
-    append_changed_number(text, "OVS=", now.condition_count_a, sent.condition_count_a);
+void append_form_lines(JobHeader& header, ParameterText& text) {
+  const PrintConditions& now = header.conditions;
+  PrintConditions& sent = header.sent.conditions;
+  append_changed_text(text, "FOV=", now.form_overlay, sent.form_overlay);
+  if (now.overlay_count != 0) {
+    append_changed_number(text, "OVS=", now.overlay_count, sent.overlay_count);
   }
-  append_changed_number(text, "CPS=", now.condition_count_b, sent.condition_count_b);
-  append_changed_text(text, "FRM=", now.condition_code_4, sent.condition_code_4);
+  append_changed_number(text, "CPS=", now.copies, sent.copies);
+  append_changed_text(text, "FRM=", now.form_code, sent.form_code);
 }
 
 /// PSZ and FFL: a new form length means line-printer paper.
-void append_paper_lines(ParameterText& text) {
-  auto& paper_size = print_conditions.condition_code_3;
-  const bool new_form_length = form_length_changed();
+void append_paper_lines(JobHeader& header, ParameterText& text) {
+  auto& paper_size = header.conditions.paper_size;
+  const bool new_form_length = header.form_length_changed();
   if (new_form_length) {
     paper_size = {'L', 'P'};
   }
-  if (paper_size_changed()) {
+  if (header.paper_size_changed()) {
     const std::string_view size = paper_size.data();
     append_line(text, "PSZ=", size == "LTR" ? "LT" : size);
   }
   if (new_form_length) {
-    append_number_line(text, "FFL=", job_settings.form_length_tenths);
+    append_number_line(text, "FFL=", header.job.form_length_tenths);
   }
 }
 
 }  // namespace
 
-ParameterText build_parameter_text() {
+ParameterText build_parameter_text(JobHeader& header) {
   ParameterText text;
   text.append(kFirstLine);
   text.append(kEmulationLine);
-  if (job_settings.resolution != sent_copies.resolution) {
-    append_number_line(text, "DCH=", job_settings.resolution);
+  if (header.command_line.resolution != header.sent.resolution) {
+    append_number_line(text, "DCH=", header.command_line.resolution);
   }
-  append_form_lines(text);
-  if (duplex_changed()) {
-    append_line(text, "DUP=", print_conditions.condition_flag_3[0] == 'B' ? "1" : "0");
+  append_form_lines(header, text);
+  if (header.duplex_changed()) {
+    append_line(text, "DUP=", header.conditions.duplex[0] == 'B' ? "1" : "0");
   }
-  if (orientation_changed()) {
-    append_mapped_line(text, "ORT=", print_conditions.condition_code_2.data(), kOrientations);
+  if (header.orientation_changed()) {
+    append_mapped_line(text, "ORT=", header.conditions.orientation.data(), kOrientations);
   }
-  append_paper_lines(text);
-  if (tray_changed()) {
-    append_mapped_line(text, "BIN=", print_conditions.condition_code_2b.data(), kTrays);
+  append_paper_lines(header, text);
+  if (header.tray_changed()) {
+    append_mapped_line(text, "BIN=", header.conditions.tray.data(), kTrays);
   }
   text.append(kLastLine);
   return text;

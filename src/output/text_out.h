@@ -7,6 +7,7 @@
 #include "job/command_record.h"
 #include "job/control_bytes.h"
 #include "job/output_buffer.h"
+#include "output/carried_settings.h"
 
 namespace rlx {
 
@@ -27,13 +28,13 @@ inline constexpr SetSwitch kToDoubleByte{{kEsc, 'Q', '2', ' ', 'y', kEsc, '$', '
                                          CMD_ESC_DOLLAR_AT};
 
 /// Turns a text record into its output.
-/// @param record  CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2 or CMD_TEXT_BAD; of any other code one
-///                NUL byte becomes.
+/// @param record  CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2 or CMD_TEXT_BAD; any other code becomes
+///                one NUL byte.
 /// @param out     cleared, then filled: a switch if the character is of the other set, and the
 ///                character as it arrived (without its 0x8e prefix). Holds every record.
 /// @param state   the set that is selected; changed with a switch. The switch sequences are kept in
 ///                the carried settings at once, so before the record is written.
-/// @return always 0.
-int text_out(const CommandRecord& record, OutputBuffer& out, CharacterSetState& state);
+void text_out(CarriedSettings& carried, const CommandRecord& record, OutputBuffer& out,
+              CharacterSetState& state);
 
 }  // namespace rlx

@@ -46,15 +46,15 @@ ssize_t write_some(int descriptor, std::span<const std::uint8_t> bytes) {
   return count;
 }
 
-int write_whole(int descriptor, std::span<const std::uint8_t> bytes) {
+Status write_whole(int descriptor, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write_some(descriptor, bytes);
     if (count < 0) {
-      return -1;
+      return ST_IOERR;
     }
     bytes = bytes.subspan(static_cast<std::size_t>(count));
   }
-  return 0;
+  return ST_OK;
 }
 
 }  // namespace rlx

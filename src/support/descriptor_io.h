@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <span>
 
+#include "job/status.h"
+
 namespace rlx {
 
 // Reads and writes on descriptors as the filter needs them: a signal does not end them, and a
-// descriptor that does not block (O_NONBLOCK) is waited for. What is left are real ends and
+// descriptor that does not block (O_NONBLOCK) is waited for. What remains are real ends and
 // failures.
 
 /// Reads what is there, up to bytes.size() (1 or more), after waiting for it.
@@ -21,7 +23,7 @@ ssize_t read_some(int descriptor, std::span<std::uint8_t> bytes);
 ssize_t write_some(int descriptor, std::span<const std::uint8_t> bytes);
 
 /// Writes all of `bytes`, in as many steps as it takes.
-/// @return 0, or -1 on a failure, with errno set.
-int write_whole(int descriptor, std::span<const std::uint8_t> bytes);
+/// @return ST_OK, or ST_IOERR on a failure, with errno set.
+Status write_whole(int descriptor, std::span<const std::uint8_t> bytes);
 
 }  // namespace rlx

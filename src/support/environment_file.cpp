@@ -6,17 +6,12 @@
 #include <string_view>
 
 #include "job/fixed_paths.h"
-#include "support/error_log.h"
+#include "support/narrowing.h"
 #include "support/text_file.h"
 
 namespace rlx {
 
-EnvironmentFile environment_file;
-
 namespace {
-
-constexpr int kCannotOpen = -1;
-constexpr int kNoCommonSection = -2;
 
 constexpr std::size_t kChunkBytes = 512;
 constexpr std::size_t kMaxSignificant = 512;
@@ -37,6 +32,7 @@ struct SignificantLine {
 };
 
 struct SectionReader {
+  EnvironmentFile& environment;
   bool in_common = false;
   bool common_seen = false;
 };
@@ -67,7 +63,7 @@ void add_chunk(SignificantLine& line, std::string_view chunk) {
   }
 }
 
-void take_setting(std::string_view line) {
+void take_setting(EnvironmentFile& environment, std::string_view line) {
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) {
     return;
@@ -76,7 +72,7 @@ void take_setting(std::string_view line) {
   line.remove_prefix(colon + 1);
   const std::string_view value = line.substr(0, kMaxFieldBytes);
   if (key == kRoundingKey && !value.empty()) {
-    environment_file.fcbprint_halfinch = value.front() == kHalfInchValue ? 1 : 0;
+    environment.fcbprint_halfinch = value.front() == kHalfInchValue ? 1 : 0;
   }
 }
 
@@ -89,7 +85,7 @@ void take_line(SectionReader& reader, const SignificantLine& line) {
     reader.in_common = text.starts_with(kCommonHeader);
     reader.common_seen = reader.common_seen || reader.in_common;
   } else if (reader.in_common) {
-    take_setting(text);
+    take_setting(reader.environment, text);
   }
 }
 
@@ -106,8 +102,8 @@ bool read_chunk(TextFile& file, std::array<char, kChunkBytes>& buffer, std::stri
   return true;
 }
 
-bool read_sections(TextFile& file) {
-  SectionReader reader;
+bool read_sections(TextFile& file, EnvironmentFile& environment) {
+  SectionReader reader{environment};
   SignificantLine line;
   std::array<char, kChunkBytes> buffer;
   std::string_view chunk;
@@ -124,20 +120,16 @@ bool read_sections(TextFile& file) {
 
 }  // namespace
 
-void reset_environment_file() {
-  environment_file = EnvironmentFile{};
-}
-
-int tqdxgetenv() {
-  if (environment_file.loaded != 0) {
-    return 0;
+Status tqdxgetenv(EnvironmentFile& environment) {
+  if (environment.loaded != 0) {
+    return ST_OK;
   }
-  environment_file.loaded = 1;
+  environment.loaded = 1;
   TextFile file(fixed_paths::kEnvironmentFile);
   if (!file.is_open()) {
-    return kCannotOpen;
+    return kNoEnvironmentFile;
   }
-  return read_sections(file) ? 0 : kNoCommonSection;
+  return read_sections(file, environment) ? ST_OK : kNoCommonSection;
 }
 
 }  // namespace rlx

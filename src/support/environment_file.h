@@ -1,6 +1,12 @@
 #pragma once
 
+#include "job/status.h"
+
 namespace rlx {
+
+/// Results of tqdxgetenv.
+inline constexpr Status kNoEnvironmentFile{-1};
+inline constexpr Status kNoCommonSection{-2};
 
 /// What the filter knows of the site's environment file.
 struct EnvironmentFile {
@@ -10,13 +16,7 @@ struct EnvironmentFile {
   int fcbprint_halfinch = 0;
 };
 
-/// The environment file of this process.
-extern EnvironmentFile environment_file;
-
-/// Forgets what was read: the next tqdxgetenv reads the file anew.
-void reset_environment_file();
-
-/// Reads the environment file (fixed_paths::kEnvironmentFile), once per process, and takes from it
+/// tqdxgetenv: reads the environment file (fixed_paths::kEnvironmentFile), once, and takes from it
 /// `fcbprint_halfinch`: the key FCBPRINT of the section *COMMON. Prints nothing.
 ///
 ///     *COMMON              a section header; all that begins *COMMON counts, *COMMONS too
@@ -34,6 +34,6 @@ void reset_environment_file();
 ///
 /// @return 0 when the file held a *COMMON section, or when it had been read before; -1 when it
 /// cannot be opened or is no regular file; -2 when it holds no *COMMON section.
-int tqdxgetenv();
+Status tqdxgetenv(EnvironmentFile& environment);
 
 }  // namespace rlx

@@ -2,26 +2,23 @@
 
 #include <cstdint>
 
+#include "job/status.h"
+
 namespace rlx {
 
-// Sizes and the results of write() are 64 bits wide; the filter keeps them in 32-bit fields. Every
-// such narrowing goes through a guard, and a value that does not fit leaves a line in a log file
-// that all filter processes of the machine share.
+// The log that all filter processes of a machine share. What goes there: support/narrowing.h.
 
 /// Bytes that the log may hold before it is emptied. The newline of the last line is not counted,
 /// so the file may end one byte above.
 inline constexpr std::int64_t kLogCapBytes = 2'000'000;
 
-/// As a guard's substitute: return the low 32 bits of the value.
-inline constexpr std::int32_t kKeepTruncated = 99;
-
 /// Results of log_append.
-inline constexpr int kLogOpenFailed = -1;
-inline constexpr int kLogLockFailed = -2;
-inline constexpr int kLogStatFailed = -3;
-inline constexpr int kLogTruncateFailed = -4;
-inline constexpr int kLogSeekFailed = -5;
-inline constexpr int kLogWriteFailed = -6;
+inline constexpr Status kLogOpenFailed{-1};
+inline constexpr Status kLogLockFailed{-2};
+inline constexpr Status kLogStatFailed{-3};
+inline constexpr Status kLogTruncateFailed{-4};
+inline constexpr Status kLogSeekFailed{-5};
+inline constexpr Status kLogWriteFailed{-6};
 
 /// Appends a line and a newline to the log (fixed_paths::kLostBitLog), which is created with mode
 /// 0666 (less the umask) when it is missing; its directory is not. A line that would take the file
@@ -31,31 +28,6 @@ inline constexpr int kLogWriteFailed = -6;
 /// FIFO or a device in its place counts as a log that cannot be opened.
 /// @param line  without a newline, NUL-terminated.
 /// @return 0, or the negative result above that names the step that failed.
-int log_append(const char* line);
-
-// The guards. A value that fits comes back unchanged. For one that does not, the log gets
-//
-//     Sun Nov 15 10:50:29 2026:ERROR:<module>:<function>:<process id> lost bit (<value in hex>)
-//
-// (local time; cut to 255 bytes) and the result is `substitute`, or the low 32 bits of the value
-// when the substitute is kKeepTruncated. Guards never fail: trouble with the log is ignored. errno
-// is the same afterwards as before, so the result of a failed system call can be guarded first and
-// its errno looked at then.
-
-/// Fits: value <= 0xffffffff.
-std::uint32_t narrow_ulong_to_uint(std::uint64_t value, const char* module, const char* function,
-                                   std::int32_t substitute);
-
-/// For sizes. Fits: value <= 0x7fffffff.
-std::int32_t narrow_ulong_to_int(std::uint64_t value, const char* module, const char* function,
-                                 std::int32_t substitute);
-
-/// Fits: value <= 0xffffffff when taken as unsigned, so no negative value does.
-std::uint32_t narrow_long_to_uint(std::int64_t value, const char* module, const char* function,
-                                  std::int32_t substitute);
-
-/// For byte counts that may be -1. Fits: -2147483648 <= value <= 2147483647.
-std::int32_t narrow_long_to_int(std::int64_t value, const char* module, const char* function,
-                                std::int32_t substitute);
+Status log_append(const char* line);
 
 }  // namespace rlx

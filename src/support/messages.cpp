@@ -2,16 +2,14 @@
 
 #include <cstdio>
 
-#include "job/settings.h"
-
 namespace rlx {
 
-void report(const char* text) {
-  std::fprintf(stderr, "%s: %s\n", job_settings.program_name, text);
+void report(const Messages& messages, const char* text) {
+  std::fprintf(stderr, "%s: %s\n", messages.program_name, text);
 }
 
-void report_system_error() {
-  std::perror(job_settings.program_name);
+void report_system_error(const Messages& messages) {
+  std::perror(messages.program_name);
 }
 
 }  // namespace rlx

@@ -6,17 +6,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "job/status.h"
-
 namespace rlx {
 
-void end_process(int exit_status) {
-  std::exit(exit_status);
+void end_process(Status exit_status) {
+  std::exit(static_cast<int>(exit_status));
 }
 
 void end_with_write_error() {
   std::fputs("write error", stderr);
-  end_process(kExitFailure);
+  end_process(ST_FAILED);
 }
 
 void close_standard_output() {

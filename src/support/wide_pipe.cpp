@@ -10,7 +10,7 @@ namespace {
 
 /// Twice what a pipe holds by itself. An output pipe takes all that the filter gathers in one write
 /// then; more gains nothing (docs/performance.md). All pipes of a user share 64 MiB, and when that
-/// is used up his new pipes hold 8 KiB only: two pipes of this size leave room for a few hundred
+/// is used up, further ones hold 8 KiB only: two pipes of this size leave room for a few hundred
 /// jobs at once.
 constexpr int kWidePipeBytes = 131072;
 

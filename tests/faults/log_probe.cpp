@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "support/error_log.h"
+#include "support/narrowing.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ constexpr std::uint64_t kTooLarge = 0x123456789;
 constexpr int kSomeError = EXDEV;
 
 void append(const char* line) {
-  std::printf("%d\n", rlx::log_append(line));
+  std::printf("%d\n", static_cast<int>(rlx::log_append(line)));
 }
 
 void guard() {

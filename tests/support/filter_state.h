@@ -6,10 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "support/the_filter.h"
+
 namespace rlx::testing {
 
-/// Puts every module of the filter back to the state of a new process, program name "filter", and
-/// allocates the work buffers.
+/// Makes the_filter() (support/the_filter.h) a fresh one, as a new process has it.
 void reset_filter();
 
 /// Starts every test with reset_filter().

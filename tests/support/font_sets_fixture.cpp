@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "support/descriptors.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -51,7 +52,7 @@ std::string description_line(const char* keyword, int style, int code_set, const
 }
 
 FontSet& set_of(int typeface, int code_set) {
-  return *find_font_set(typeface, code_set);
+  return *find_font_set(the_filter().fonts, typeface, code_set);
 }
 
 int style_of(int typeface) {
@@ -81,14 +82,15 @@ void expect_same(const FontSize& left, const FontSize& right) {
   EXPECT_EQ(left.read_w, right.read_w);
 }
 
-int FontSetsTest::open(const Variant& variant, int second_typeface) {
-  return fonts_open(variant.font_variant, variant.high_resolution_fonts, 1, second_typeface);
+Status FontSetsTest::open(const Variant& variant, int second_typeface) {
+  return fonts_open(the_filter().fonts, variant.font_variant, variant.high_resolution_fonts, 1,
+                    second_typeface);
 }
 
 void FontSetsTest::load_and_open(const std::string& description, const Variant& variant,
                                  int second_typeface) {
   load(description);
-  reset_font_sets();
+  the_filter().fonts.sets = {};
   take_font_calls();
   const CaptureDescriptor standard_error(STDERR_FILENO);
   status_ = open(variant, second_typeface);

@@ -59,13 +59,13 @@ void expect_same(const FontSize& left, const FontSize& right);
 /// Opens and closes fonts of the stand-in font library.
 class FontSetsTest : public FontLibraryTest {
  protected:
-  static int open(const Variant& variant, int second_typeface = 1);
+  static Status open(const Variant& variant, int second_typeface = 1);
 
   /// Opens the fonts of a description as a fresh process does.
   void load_and_open(const std::string& description, const Variant& variant,
                      int second_typeface = 1);
 
-  int status_ = 99;      ///< of `load_and_open`
+  Status status_{99};    ///< of `load_and_open`
   std::string message_;  ///< what it wrote to standard error
 };
 

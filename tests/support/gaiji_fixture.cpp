@@ -7,6 +7,7 @@
 #include "fonts/font_sets.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -20,10 +21,11 @@ std::string pattern_in(const std::string& output, const DownloadFrame& frame) {
 void GaijiTest::start(int font_variant, int high_resolution_fonts, int second_typeface,
                       std::string_view description) {
   load(description);
-  job_settings.font_variant = font_variant;
-  job_settings.high_resolution_fonts = high_resolution_fonts;
-  ASSERT_EQ(fonts_open(font_variant, high_resolution_fonts, 1, second_typeface), 0);
-  reset_gaiji();
+  the_filter().command_line.font_variant = font_variant;
+  the_filter().job.high_resolution_fonts = high_resolution_fonts;
+  ASSERT_EQ(fonts_open(the_filter().fonts, font_variant, high_resolution_fonts, 1, second_typeface),
+            0);
+  restart_gaiji();
   state_.select_single_byte();
   take_font_calls();
 }
@@ -34,7 +36,7 @@ std::string GaijiTest::put(std::string_view bytes, UndefinedGaijiRule rule) {
   std::copy(bytes.begin(), bytes.end(), record_.bytes.begin());
   record_.length = static_cast<std::int32_t>(bytes.size());
   const CaptureDescriptor standard_error(STDERR_FILENO);
-  status_ = gaiji_put(record_, rule, state_, out_);
+  status_ = gaiji_put(the_filter().gaiji, record_, rule, state_, out_);
   message_ = standard_error.text();
   return {out_.bytes.begin(), out_.bytes.begin() + out_.length};
 }

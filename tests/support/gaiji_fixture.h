@@ -33,7 +33,7 @@ class GaijiTest : public FontLibraryTest {
   void expect_state(int set, int designation) const;
 
   CharacterSetState state_;
-  int status_ = 99;      ///< of the last `put`
+  Status status_{99};    ///< of the last `put`
   std::string message_;  ///< what the last `put` wrote to standard error
   CommandRecord record_{};
   OutputBuffer out_{};

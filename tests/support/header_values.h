@@ -12,6 +12,7 @@
 #include "job/settings.h"
 #include "output/job_header.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -41,20 +42,20 @@ void set_text(std::array<char, Room>& field, std::string_view text) {
 
 /// Puts values in force, as a print-condition record and a form do.
 inline void apply(const HeaderValues& values) {
-  set_text(print_conditions.condition_form_name, values.form_name);
-  print_conditions.condition_count_a = values.overlays;
-  print_conditions.condition_count_b = values.copies;
-  set_text(print_conditions.condition_code_4, values.form_code);
-  set_text(print_conditions.condition_flag_3, values.duplex);
-  set_text(print_conditions.condition_flag_1, values.edge);
-  set_text(print_conditions.condition_flag_2, values.mode);
-  print_conditions.condition_value_3 = values.margin;
-  set_text(print_conditions.condition_code_2, values.orientation);
-  set_text(print_conditions.condition_code_3, values.paper);
-  job_settings.form_length_tenths = values.form_length;
-  set_text(print_conditions.condition_code_2b, values.tray);
-  print_conditions.condition_value_1 = values.first_offset;
-  print_conditions.condition_value_2 = values.second_offset;
+  set_text(the_filter().conditions.form_overlay, values.form_name);
+  the_filter().conditions.overlay_count = values.overlays;
+  the_filter().conditions.copies = values.copies;
+  set_text(the_filter().conditions.form_code, values.form_code);
+  set_text(the_filter().conditions.duplex, values.duplex);
+  set_text(the_filter().conditions.binding_edge, values.edge);
+  set_text(the_filter().conditions.binding_mode, values.mode);
+  the_filter().conditions.binding_margin = values.margin;
+  set_text(the_filter().conditions.orientation, values.orientation);
+  set_text(the_filter().conditions.paper_size, values.paper);
+  the_filter().job.form_length_tenths = values.form_length;
+  set_text(the_filter().conditions.tray, values.tray);
+  the_filter().conditions.first_offset = values.first_offset;
+  the_filter().conditions.second_offset = values.second_offset;
 }
 
 /// What stands in front of one page, without the job start and the density: the lines of the
@@ -71,7 +72,7 @@ inline std::string header_bytes(const PageHeader& page) {
 }
 
 inline std::string next_header() {
-  return output_of([] { EXPECT_EQ(dtout_pji(kWholeHeader), 0); });
+  return output_of([] { dtout_pji(the_filter().header, kWholeHeader); });
 }
 
 /// Values on four pages: given, unchanged, changed, changed back.

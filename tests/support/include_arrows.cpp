@@ -11,7 +11,7 @@ namespace rlx::testing {
 namespace {
 
 std::string folder_of(const std::string& file) {
-  return file.substr(0, file.find('/'));
+  return file.substr(0, file.rfind('/'));
 }
 
 /// Takes blanks and then the word off the front of the text; false when the word is not there.
@@ -100,7 +100,12 @@ std::string arrow_fault(const std::string& file, const std::string& target,
 
 const AllowedArrows& allowed_arrows() {
   static const AllowedArrows arrows{
-      {"driver", {"output", "input", "forms", "fonts", "support", "job"}},
+      {"driver",
+       {"driver/options", "driver/loop", "driver/fast_road", "output", "input", "forms", "fonts",
+        "support", "job"}},
+      {"driver/options", {"support", "job"}},
+      {"driver/loop", {"output", "input", "forms", "fonts", "support", "job"}},
+      {"driver/fast_road", {"driver/loop", "output", "input", "forms", "support", "job"}},
       {"output", {"forms", "input", "support", "job"}},
       {"input", {"support", "job"}},
       {"forms", {"support", "job"}},

@@ -16,6 +16,7 @@
 #include "input/tokenizer.h"
 #include "job/command_record.h"
 #include "support/escaped_bytes.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -35,7 +36,7 @@ inline std::string end_frame(std::string_view data) {
 
 /// What one read of the tokenizer or the classifier gave.
 struct Token {
-  int status = 0;
+  Status status = ST_OK;
   std::uint32_t code = 0;
   std::string bytes;
   std::uint32_t pending = 0;
@@ -44,8 +45,8 @@ struct Token {
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Token& token) {
-  return stream << "status " << token.status << " code " << token.code << " pending "
-                << token.pending << " length " << token.bytes.size() << " bytes "
+  return stream << "status " << static_cast<int>(token.status) << " code " << token.code
+                << " pending " << token.pending << " length " << token.bytes.size() << " bytes "
                 << encode_escaped_line(token.bytes.substr(0, 60));
 }
 
@@ -63,7 +64,7 @@ inline CommandRecord& reused_record() {
   return record;
 }
 
-inline Token token_of(int status) {
+inline Token token_of(Status status) {
   const CommandRecord& record = reused_record();
   const std::string_view all(reinterpret_cast<const char*>(record.bytes.data()),
                              record.bytes.size());
@@ -78,7 +79,7 @@ inline Token next_token(int flags = 0) {
   record.length = 13;
   record.pending = 12;
   record.extra = 11;
-  const int status = zqtoken(flags, &record);
+  const Status status = zqtoken(the_filter().tokenizer, flags, &record);
   EXPECT_EQ(record.extra, 0U);
   return token_of(status);
 }
@@ -88,14 +89,14 @@ inline Token next_command() {
   CommandRecord& record = reused_record();
   record.length = 13;
   record.pending = 12;
-  return token_of(zqclass(&record));
+  return token_of(zqclass(the_filter().classifier, &record));
 }
 
 /// All bytes that zqgetc still gives.
 inline std::string rest_of_input() {
   std::string rest;
   std::uint8_t byte = 0;
-  while (zqgetc(0, &byte) == ST_OK) {
+  while (zqgetc(the_filter().source, 0, &byte) == ST_OK) {
     rest.push_back(static_cast<char>(byte));
   }
   return rest;

@@ -6,18 +6,19 @@
 #include <algorithm>
 
 #include "driver/job_end.h"
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
+#include "driver/loop/routing.h"
 #include "driver/main_loop.h"
-#include "driver/routing.h"
 #include "driver/start_up.h"
-#include "input/framed_transfer.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "output/carried_settings.h"
+#include "output/frame_writer.h"
 #include "output/page_writer.h"
 #include "support/descriptors.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -27,7 +28,7 @@ const std::string kFormNameRecord = "\x1bQ2;30 n  0      FORMNAME             ";
 namespace {
 
 std::string take_gathered() {
-  const PieceSink sink = page_sink();
+  const PieceSink sink = page_sink(the_filter().page);
   std::string text(sink.bytes, sink.bytes + *sink.length);
   *sink.length = 0;
   return text;
@@ -41,17 +42,17 @@ MainLoopTest::MainLoopTest() {
 
 void MainLoopTest::restart() {
   reset_filter();
-  loop_state.conditions_pending = false;
+  the_filter().loop.conditions_pending = false;
 }
 
 void MainLoopTest::pend_conditions() {
-  loop_state.conditions_pending = true;
+  the_filter().loop.conditions_pending = true;
 }
 
 Routed MainLoopTest::route_again() {
   Routed routed;
-  const std::string output = output_of([&] { routed.goes_on = route_record(loop_state); });
-  if (loop_state.record.code == CMD_Q_BQ_SL) {
+  const std::string output = output_of([&] { routed.goes_on = route_record(the_filter().loop); });
+  if (the_filter().loop.record.code == CMD_Q_BQ_SL) {
     routed.data = output;
     return routed;
   }
@@ -62,60 +63,60 @@ Routed MainLoopTest::route_again() {
 }
 
 Routed MainLoopTest::route(std::uint32_t code, std::string_view bytes) {
-  loop_state.record = make_record(code, bytes);
+  the_filter().loop.record = make_record(code, bytes);
   return route_again();
 }
 
 bool MainLoopTest::pass(std::uint32_t code, std::string_view bytes) {
-  loop_state.record = make_record(code, bytes);
-  return route_record(loop_state);
+  the_filter().loop.record = make_record(code, bytes);
+  return route_record(the_filter().loop);
 }
 
 void MainLoopTest::use_form(const std::vector<std::uint32_t>& lines_per_inch, int top_line) {
-  FcbTable& form = loop_state.initial_store;
+  FcbTable& form = the_filter().loop.initial_store;
   form = FcbTable{};
   std::ranges::copy(lines_per_inch, form.lpi.begin());
   form.top_line = top_line;
-  loop_state.current_store = &form;
-  loop_state.initial_fcb_exists = true;
-  loop_state.fcb_active = true;
+  the_filter().loop.current_store = &form;
+  the_filter().loop.initial_fcb_exists = true;
+  the_filter().loop.fcb_active = true;
 }
 
 void MainLoopTest::hold_movement(std::string_view bytes) {
-  loop_state.pending_vertical_bytes.length = count_of(bytes);
-  std::ranges::copy(bytes, loop_state.pending_vertical_bytes.bytes.begin());
+  the_filter().loop.pending_vertical_bytes.length = count_of(bytes);
+  std::ranges::copy(bytes, the_filter().loop.pending_vertical_bytes.bytes.begin());
 }
 
 std::string MainLoopTest::held_movement() {
-  const OutputBuffer& held = loop_state.pending_vertical_bytes;
+  const OutputBuffer& held = the_filter().loop.pending_vertical_bytes;
   return {held.bytes.begin(), held.bytes.begin() + held.length};
 }
 
 void MainLoopTest::hold_command(std::string_view bytes) {
-  loop_state.held_command.length = count_of(bytes);
-  std::ranges::copy(bytes, loop_state.held_command.bytes.begin());
+  the_filter().loop.held_command.length = count_of(bytes);
+  std::ranges::copy(bytes, the_filter().loop.held_command.bytes.begin());
 }
 
 void MainLoopTest::use_form_directory(std::string_view directory) {
-  std::ranges::copy(directory, resource_directories.entries[0].begin());
-  resource_directories.count = 1;
+  the_filter().directories = {};
+  the_filter().directories.append(directory);
 }
 
 void MainLoopTest::open_frame(bool end_frame, std::string_view rest) {
-  job_settings.framed_output = 1;
-  framed_transfer.frame_kind = end_frame ? kEndFrame : kCntFrame;
-  framed_transfer.last_data_kind = framed_transfer.frame_kind;
-  framed_transfer.end_frame_read = end_frame;
-  framed_transfer.window = {raw(rest), raw(rest) + rest.size()};
+  the_filter().command_line.framed_output = 1;
+  the_filter().source.frames.frame_kind = end_frame ? kEndFrame : kCntFrame;
+  the_filter().source.frames.last_data_kind = the_filter().source.frames.frame_kind;
+  the_filter().source.frames.end_frame_read = end_frame;
+  the_filter().source.frames.window = {raw(rest), raw(rest) + rest.size()};
 }
 
 std::string MainLoopTest::gathered_frame() {
-  const std::uint8_t* data = framed_transfer.out_frame.data() + kFrameHeaderBytes;
-  return {data, data + framed_transfer.out_len};
+  const std::uint8_t* data = the_filter().frame_writer.out_frame.data() + kFrameHeaderBytes;
+  return {data, data + the_filter().frame_writer.out_len};
 }
 
 std::string take_kept_settings() {
-  return output_of([] { EXPECT_EQ(out_kept_settings(), 0); });
+  return output_of([] { out_kept_settings(the_filter().carried); });
 }
 
 std::string_view bytes_for(std::uint32_t code) {

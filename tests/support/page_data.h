@@ -11,21 +11,22 @@
 #include "output/carried_settings.h"
 #include "output/page_writer.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
 /// Puts one piece on the page.
 inline void put(std::string_view piece) {
-  EXPECT_EQ(out_page_data(count_of(piece), raw(piece)), 0);
+  out_page_data(the_filter().page, count_of(piece), raw(piece));
 }
 
 /// Keeps a sequence in the carried settings.
 inline void keep(std::uint32_t command, std::string_view sequence) {
-  EXPECT_EQ(keep_setting(command, count_of(sequence), raw(sequence)), 0);
+  keep_setting(the_filter().carried, command, count_of(sequence), raw(sequence));
 }
 
 inline void end_job() {
-  EXPECT_EQ(out_page_data(0, nullptr), 0);
+  out_page_data(the_filter().page, 0, nullptr);
 }
 
 /// Bytes without FF that show where they stand.

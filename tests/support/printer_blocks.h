@@ -7,6 +7,7 @@
 
 #include "output/byte_writer.h"
 #include "support/descriptors.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 
@@ -56,7 +57,7 @@ template <typename Action>
 std::string output_of(Action action) {
   const CaptureDescriptor output(1);
   action();
-  flush_output();
+  flush_output(the_filter().writer);
   return output.text();
 }
 

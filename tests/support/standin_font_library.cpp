@@ -8,6 +8,7 @@
 #include "fonts/gaiji.h"
 #include "job/fixed_paths.h"
 #include "job/settings.h"
+#include "support/the_filter.h"
 
 #ifndef RLX_STANDIN_LIBRARY
 #error "the build tells where the stand-in font library is"
@@ -55,25 +56,25 @@ std::vector<std::string> take_font_calls() {
 }
 
 FontLibraryTest::FontLibraryTest() {
-  reset_job_settings();
-  reset_fal_library();
-  reset_font_sets();
-  reset_gaiji();
-  job_settings.program_name = "filter";
+  restart_settings();
+  fal_unload(the_filter().library);
+  the_filter().fonts.sets = {};
+  restart_gaiji();
+  the_filter().messages.program_name = "filter";
 }
 
 FontLibraryTest::~FontLibraryTest() {
-  reset_gaiji();
-  reset_font_sets();
-  reset_fal_library();
-  reset_job_settings();
+  restart_gaiji();
+  the_filter().fonts.sets = {};
+  fal_unload(the_filter().library);
+  restart_settings();
 }
 
 void FontLibraryTest::load(std::string_view description) {
   install_font_library();
   describe_fonts(description);
-  ASSERT_EQ(fal_load(), 0);
-  job_settings.font_library_loaded = 1;
+  ASSERT_EQ(fal_load(the_filter().library), 0);
+  the_filter().job.font_library_loaded = 1;
 }
 
 }  // namespace rlx::testing

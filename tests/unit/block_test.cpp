@@ -8,6 +8,7 @@
 
 #include "support/filter_state.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 class Block : public FilterTest {
  protected:
   static std::string header(BlockKind kind, std::int32_t payload) {
-    return output_of([&] { EXPECT_EQ(out_block_header(kind, payload), 0); });
+    return output_of([&] { out_block_header(the_filter().writer, kind, payload); });
   }
 };
 
@@ -58,15 +59,16 @@ TEST_F(Block, EveryCountUpToTwoFullPageBuffers) {
 
 TEST_F(Block, WholeBlockIsHeaderAndPayload) {
   const std::string payload = bytes("\x1b(H\x00\xff");
-  EXPECT_EQ(output_of([&] { EXPECT_EQ(out_block(BlockKind::carried, 5, raw(payload)), 0); }),
+  EXPECT_EQ(output_of([&] { out_block(the_filter().writer, BlockKind::carried, 5, raw(payload)); }),
             bytes("\x1bQ6;0000000017/a\x1b(H\x00\xff"));
 }
 
 TEST_F(Block, JobParameterBlockCountsItsTextAlone) {
   const std::string text = "%%%=Pji,0101,UNIC\nEMU=RLX\nDCH=240\nMAK=UNIX\n";
-  EXPECT_EQ(output_of([&] { EXPECT_EQ(out_job_parameter_block(count_of(text), raw(text)), 0); }),
-            "\x1bQ0;0000000043/`" + text);
-  EXPECT_EQ(output_of([&] { EXPECT_EQ(out_job_parameter_block(1, raw("A")), 0); }),
+  EXPECT_EQ(
+      output_of([&] { out_job_parameter_block(the_filter().writer, count_of(text), raw(text)); }),
+      "\x1bQ0;0000000043/`" + text);
+  EXPECT_EQ(output_of([&] { out_job_parameter_block(the_filter().writer, 1, raw("A")); }),
             "\x1bQ0;0000000001/`A");
 }
 

@@ -1,18 +1,19 @@
-#include "driver/byte_kinds.h"
+#include "driver/fast_road/byte_kinds.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 
-#include "driver/loop_state.h"
-#include "driver/routing.h"
+#include "driver/loop/loop_state.h"
+#include "driver/loop/routing.h"
 #include "input/classifier.h"
 #include "input/raw_input.h"
 #include "input/tokenizer.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "support/filter_state.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -23,10 +24,10 @@ class ByteKinds : public FilterTest {
   CommandRecord& read(std::size_t byte) {
     reset_filter();
     job_ = std::string(1, static_cast<char>(byte)) + "AAAAAAAA";
-    raw_window.next = reinterpret_cast<const std::uint8_t*>(job_.data());
-    raw_window.end = raw_window.next + job_.size();
-    EXPECT_EQ(zqclass(&loop_state.record), ST_OK);
-    return loop_state.record;
+    the_filter().source.raw.window.next = reinterpret_cast<const std::uint8_t*>(job_.data());
+    the_filter().source.raw.window.end = the_filter().source.raw.window.next + job_.size();
+    EXPECT_EQ(zqclass(the_filter().classifier, &the_filter().loop.record), ST_OK);
+    return the_filter().loop.record;
   }
 
   std::string job_;
@@ -92,13 +93,13 @@ TEST_F(ByteKinds, WhatBringsContentAndStartsThePageIsWhatTheRoutingSays) {
       continue;
     }
     read(byte);
-    loop_state.fast_road = false;
-    ASSERT_EQ(job_settings.page_has_content, 0);
-    ASSERT_EQ(job_settings.page_started, 0);
-    ASSERT_TRUE(route_record(loop_state));
-    EXPECT_EQ(kBringsContent[byte_class], loop_state.content_since_conditions) << byte;
-    EXPECT_EQ(kBringsContent[byte_class], job_settings.page_has_content != 0) << byte;
-    EXPECT_EQ(kStartsPage[byte_class], job_settings.page_started != 0) << byte;
+    the_filter().loop.fast_road = false;
+    ASSERT_EQ(the_filter().job.page_has_content, 0);
+    ASSERT_EQ(the_filter().job.page_started, 0);
+    ASSERT_TRUE(route_record(the_filter().loop));
+    EXPECT_EQ(kBringsContent[byte_class], the_filter().loop.content_since_conditions) << byte;
+    EXPECT_EQ(kBringsContent[byte_class], the_filter().job.page_has_content != 0) << byte;
+    EXPECT_EQ(kStartsPage[byte_class], the_filter().job.page_started != 0) << byte;
   }
 }
 

@@ -8,12 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "input/framed_transfer.h"
 #include "job/settings.h"
 #include "job/status.h"
+#include "output/frame_writer.h"
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -39,11 +40,11 @@ class PlainByteSource : public FilterTest {};
 
 class FramedByteSource : public FilterTest {
  protected:
-  FramedByteSource() { job_settings.framed_output = 1; }
+  FramedByteSource() { the_filter().command_line.framed_output = 1; }
 
   static void restart() {
     reset_filter();
-    job_settings.framed_output = 1;
+    the_filter().command_line.framed_output = 1;
   }
 
   /// Reads the input to its end, which must end the process with the status and write the bytes.
@@ -65,11 +66,11 @@ TEST_F(PlainByteSource, DeliversEveryByteValueAndThenTheEnd) {
   const StandardInput input(all);
   std::uint8_t byte = 0;
   for (int value = 0; value < 256; ++value) {
-    ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+    ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
     EXPECT_EQ(byte, value);
   }
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
-  EXPECT_EQ(zqgetc(kQuiet, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, kQuiet, &byte), ST_EOF);
 }
 
 TEST_F(PlainByteSource, AFrameIsOrdinaryData) {
@@ -84,7 +85,7 @@ TEST_F(PlainByteSource, AReadErrorIsReportedUnlessQuiet) {
     make_directory_standard_input();
     const CaptureDescriptor messages(2);
     std::uint8_t byte = 0;
-    EXPECT_EQ(zqgetc(flags, &byte), 129);
+    EXPECT_EQ(zqgetc(the_filter().source, flags, &byte), 129);
     EXPECT_EQ(messages.text(), (flags & kQuiet) != 0 ? "" : "filter: Is a directory\n") << flags;
   }
 }
@@ -93,11 +94,11 @@ TEST_F(PlainByteSource, AReadErrorBehindBytesComesBehindThem) {
   const FailingInput input("ab");
   const CaptureDescriptor messages(2);
   std::uint8_t byte = 0;
-  EXPECT_EQ(zqgetc(0, &byte), ST_OK);
-  EXPECT_EQ(zqgetc(0, &byte), ST_OK);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   EXPECT_EQ(byte, 'b');
   EXPECT_EQ(messages.text(), "");
-  EXPECT_EQ(zqgetc(0, &byte), 129);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), 129);
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
 
@@ -105,26 +106,26 @@ TEST_F(PlainByteSource, StdgetcDeliversBytesTheEndAndErrors) {
   std::uint8_t byte = 0;
   {
     const StandardInput input(bytes("\0\xff"));
-    EXPECT_EQ(stdgetc(&byte), ST_OK);
+    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
     EXPECT_EQ(byte, 0);
-    EXPECT_EQ(stdgetc(&byte), ST_OK);
+    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
     EXPECT_EQ(byte, 0xff);
-    EXPECT_EQ(stdgetc(&byte), ST_EOF);
-    EXPECT_EQ(stdgetc(&byte), ST_EOF);
+    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_EOF);
+    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_EOF);
   }
   reset_filter();
   const StandardInput saved("");
   make_directory_standard_input();
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(stdgetc(&byte), 129);
+  EXPECT_EQ(stdgetc(the_filter().source, &byte), 129);
   EXPECT_EQ(messages.text(), "filter: Is a directory\n");
 }
 
 TEST_F(PlainByteSource, StdgetcAndZqgetcShareTheStream) {
   const StandardInput input("abcd");
   std::uint8_t byte = 0;
-  EXPECT_EQ(zqgetc(0, &byte), ST_OK);
-  EXPECT_EQ(stdgetc(&byte), ST_OK);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
+  EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
   EXPECT_EQ(byte, 'b');
   EXPECT_EQ(rest_of_input(), "cd");
 }
@@ -132,21 +133,21 @@ TEST_F(PlainByteSource, StdgetcAndZqgetcShareTheStream) {
 TEST_F(PlainByteSource, PeekLeavesTheByteInTheInput) {
   const StandardInput input("ab");
   std::uint8_t byte = 0;
-  EXPECT_EQ(peek_input(), ST_OK);
-  EXPECT_EQ(peek_input(), ST_OK);
-  EXPECT_EQ(zqgetc(0, &byte), ST_OK);
+  EXPECT_EQ(peek_input(the_filter().source), ST_OK);
+  EXPECT_EQ(peek_input(the_filter().source), ST_OK);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   EXPECT_EQ(byte, 'a');
-  EXPECT_EQ(peek_input(), ST_OK);
+  EXPECT_EQ(peek_input(the_filter().source), ST_OK);
   EXPECT_EQ(rest_of_input(), "b");
-  EXPECT_EQ(peek_input(), ST_EOF);
+  EXPECT_EQ(peek_input(the_filter().source), ST_EOF);
 }
 
 TEST_F(PlainByteSource, PeekAcrossTheBufferBorder) {
   const StandardInput input(std::string(kInputBufferBytes, 'x') + "y");
   std::size_t skipped = kInputBufferBytes;
   std::vector<std::uint8_t> room(kInputBufferBytes);
-  ASSERT_EQ(raw_read(room.data(), skipped), ST_OK);
-  EXPECT_EQ(peek_input(), ST_OK);
+  ASSERT_EQ(raw_read(the_filter().source.raw, room.data(), skipped), ST_OK);
+  EXPECT_EQ(peek_input(the_filter().source), ST_OK);
   EXPECT_EQ(rest_of_input(), "y");
 }
 
@@ -154,7 +155,7 @@ TEST_F(PlainByteSource, PeekReportsAReadError) {
   const StandardInput saved("");
   make_directory_standard_input();
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(peek_input(), 129);
+  EXPECT_EQ(peek_input(the_filter().source), 129);
   EXPECT_EQ(messages.text(), "filter: Is a directory\n");
 }
 
@@ -162,8 +163,8 @@ TEST_F(FramedByteSource, EmptyInputIsACleanEndAndWritesNothing) {
   const StandardInput input("");
   const CaptureDescriptor output(1);
   std::uint8_t byte = 0;
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
   EXPECT_EQ(output.text(), "");
 }
 
@@ -172,13 +173,13 @@ TEST_F(FramedByteSource, CntFrameThenEmptyEndFrameIsDeliveredAndEchoed) {
   const CaptureDescriptor output(1);
   std::uint8_t byte = 0;
   for (const char expected : {'a', 'b', 'c'}) {
-    EXPECT_EQ(zqgetc(0, &byte), ST_OK);
+    EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
     EXPECT_EQ(byte, expected);
     EXPECT_EQ(output.text(), "");
   }
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
   EXPECT_EQ(output.text(), kEmptyEnd);
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
   EXPECT_EQ(output.text(), kEmptyEnd);
 }
 
@@ -266,10 +267,11 @@ TEST_F(FramedByteSource, InputThatEndsInsideDataExitsWithFailureAndDeliversNothi
     restart();
     const StandardInput input(cnt_frame("a") + end_frame("wxyz").substr(0, length));
     std::uint8_t byte = 0;
-    EXPECT_EQ(zqgetc(0, &byte), ST_OK);
+    EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
     EXPECT_EQ(byte, 'a');
     const CaptureDescriptor output(1);
-    EXPECT_EXIT(zqgetc(0, &byte), ::testing::ExitedWithCode(1), silence());
+    EXPECT_EXIT(static_cast<void>(zqgetc(the_filter().source, 0, &byte)),
+                ::testing::ExitedWithCode(1), silence());
     EXPECT_EQ(output.text(), kEmptyEnd);
   }
 }
@@ -277,11 +279,12 @@ TEST_F(FramedByteSource, InputThatEndsInsideDataExitsWithFailureAndDeliversNothi
 TEST_F(FramedByteSource, HeldOutputIsLostWhenABadFrameEndsTheProcess) {
   const StandardInput input(cnt_frame("ab") + "000xEND_PRN_DAT");
   std::uint8_t byte = 0;
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
-  ASSERT_EQ(directout(1, &byte), 0);
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
+  directout(the_filter().frame_writer, 1, &byte);
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   const CaptureDescriptor output(1);
-  EXPECT_EXIT(zqgetc(0, &byte), ::testing::ExitedWithCode(1), silence());
+  EXPECT_EXIT(static_cast<void>(zqgetc(the_filter().source, 0, &byte)),
+              ::testing::ExitedWithCode(1), silence());
   EXPECT_EQ(output.text(), kEmptyEnd);
 }
 
@@ -293,7 +296,7 @@ TEST_F(FramedByteSource, ReadErrorAtOnceIsSilentAndWritesNothing) {
     const CaptureDescriptor output(1);
     const CaptureDescriptor messages(2);
     std::uint8_t byte = 0;
-    EXPECT_EQ(zqgetc(flags, &byte), 129);
+    EXPECT_EQ(zqgetc(the_filter().source, flags, &byte), 129);
     EXPECT_EQ(output.text(), "");
     EXPECT_EQ(messages.text(), "");
   }
@@ -309,9 +312,9 @@ TEST_F(FramedByteSource, ReadErrorAnywhereInAFrameClosesOnlyAfterACntDataFrame) 
       const CaptureDescriptor messages(2);
       std::uint8_t byte = 0;
       if (after_data) {
-        EXPECT_EQ(zqgetc(0, &byte), ST_OK);
+        EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
       }
-      EXPECT_EQ(zqgetc(0, &byte), 129) << length;
+      EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), 129) << length;
       EXPECT_EQ(output.text(), after_data ? kEmptyEnd : "") << length;
       EXPECT_EQ(messages.text(), "");
     }
@@ -322,7 +325,7 @@ TEST_F(FramedByteSource, ReadErrorBehindTheEndFrameIsNotMet) {
   const FailingInput input(end_frame("a"));
   EXPECT_EQ(rest_of_input(), "a");
   std::uint8_t byte = 0;
-  EXPECT_EQ(zqgetc(0, &byte), ST_EOF);
+  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_EOF);
 }
 
 TEST_F(FramedByteSource, FramesOfEverySizeAroundTheLimitsAreDelivered) {
@@ -339,7 +342,7 @@ TEST_F(FramedByteSource, FramesOfEverySizeAroundTheLimitsAreDelivered) {
 TEST_F(FramedByteSource, StdgetcReadsThroughTheFrames) {
   const StandardInput input(end_frame("a"));
   std::uint8_t byte = 0;
-  EXPECT_EQ(stdgetc(&byte), ST_OK);
+  EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
   EXPECT_EQ(byte, '0');
 }
 

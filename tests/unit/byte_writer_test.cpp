@@ -14,6 +14,7 @@
 #include "support/filter_state.h"
 #include "support/interruptions.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -30,7 +31,7 @@ std::string varied_text(std::size_t count) {
 }
 
 void write_text(const std::string& text) {
-  EXPECT_EQ(out_bytes(count_of(text), raw(text)), 0);
+  out_bytes(the_filter().writer, count_of(text), raw(text));
 }
 
 /// Puts another file at descriptor 1 while it lives; a negative one leaves it closed.
@@ -71,16 +72,16 @@ TEST_F(ByteWriter, WritesBytesInTheirOrderNulIncluded) {
 }
 
 TEST_F(ByteWriter, WritesOnlyTheCountedBytes) {
-  EXPECT_EQ(output_of([] { EXPECT_EQ(out_bytes(2, raw("abc")), 0); }), "ab");
+  EXPECT_EQ(output_of([] { out_bytes(the_filter().writer, 2, raw("abc")); }), "ab");
 }
 
 TEST_F(ByteWriter, NullBytesOrACountBelow1WriteNothing) {
   EXPECT_EQ(output_of([] {
-              EXPECT_EQ(out_bytes(5, nullptr), 0);
-              EXPECT_EQ(out_bytes(0, nullptr), 0);
-              EXPECT_EQ(out_bytes(0, raw("abc")), 0);
-              EXPECT_EQ(out_bytes(-1, raw("abc")), 0);
-              EXPECT_EQ(out_bytes(-2147483647 - 1, raw("abc")), 0);
+              out_bytes(the_filter().writer, 5, nullptr);
+              out_bytes(the_filter().writer, 0, nullptr);
+              out_bytes(the_filter().writer, 0, raw("abc"));
+              out_bytes(the_filter().writer, -1, raw("abc"));
+              out_bytes(the_filter().writer, -2147483647 - 1, raw("abc"));
             }),
             "");
 }
@@ -127,33 +128,33 @@ TEST_F(ByteWriter, GathersUntilItIsFlushed) {
   const CaptureDescriptor output(1);
   write_text("abc");
   EXPECT_EQ(output.text(), "");
-  EXPECT_EQ(flush_output(), 0);
+  flush_output(the_filter().writer);
   EXPECT_EQ(output.text(), "abc");
-  EXPECT_EQ(flush_output(), 0);
+  flush_output(the_filter().writer);
   EXPECT_EQ(output.text(), "abc");
 }
 
 TEST_F(ByteWriter, FinishedPagesAreFlushedBeforeWaitingOthersAreNot) {
   const CaptureDescriptor output(1);
   write_text("abc");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "");
-  note_page_end();
+  note_page_end(the_filter().writer);
   EXPECT_EQ(output.text(), "");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "abc");
   write_text("d");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "abc");
 }
 
 TEST_F(ByteWriter, PageEndIsForgottenOnceItsBytesAreWritten) {
   const CaptureDescriptor output(1);
   write_text("abc");
-  note_page_end();
-  flush_output();
+  note_page_end(the_filter().writer);
+  flush_output(the_filter().writer);
   write_text("d");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "abc");
 }
 
@@ -167,7 +168,7 @@ TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
     const StandardOutput standard_output(ends[1]);
     const testing::Interruptions interruptions;
     write_text(text);
-    flush_output();
+    flush_output(the_filter().writer);
   }
   reader.join();
   close(ends[0]);
@@ -177,9 +178,9 @@ TEST_F(ByteWriter, WritesThatAreCutShortOrInterruptedGoOn) {
 TEST_F(ByteWriter, ResetForgetsWhatIsGathered) {
   EXPECT_EQ(output_of([] {
               write_text("abc");
-              note_page_end();
-              reset_byte_writer();
-              flush_finished_pages();
+              note_page_end(the_filter().writer);
+              forget_output();
+              flush_finished_pages(the_filter().writer);
               write_text("d");
             }),
             "d");
@@ -188,7 +189,7 @@ TEST_F(ByteWriter, ResetForgetsWhatIsGathered) {
 [[noreturn]] void flush_to(int file) {
   const StandardOutput standard_output(file);
   write_text("abc");
-  flush_output();
+  flush_output(the_filter().writer);
   _exit(0);
 }
 
@@ -222,8 +223,8 @@ TEST_F(ByteWriterDeathTest, FinishedPageMeetsTheErrorBeforeTheFilterWaits) {
       {
         const StandardOutput standard_output(full_device());
         write_text("abc");
-        note_page_end();
-        flush_finished_pages();
+        note_page_end(the_filter().writer);
+        flush_finished_pages(the_filter().writer);
         _exit(0);
       },
       ::testing::ExitedWithCode(1), "^write error$");

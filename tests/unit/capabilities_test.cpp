@@ -1,4 +1,4 @@
-#include "driver/capabilities.h"
+#include "driver/options/capabilities.h"
 
 #include <gtest/gtest.h>
 
@@ -8,19 +8,23 @@
 #include <vector>
 
 #include "job/settings.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
 
+using testing::restart_settings;
+using testing::the_filter;
+
 class Capabilities : public ::testing::Test {
  protected:
   Capabilities() {
-    reset_job_settings();
-    reset_capabilities();
+    restart_settings();
+    the_filter().printer = {};
   }
   ~Capabilities() override {
-    reset_job_settings();
-    reset_capabilities();
+    restart_settings();
+    the_filter().printer = {};
   }
 };
 
@@ -40,21 +44,22 @@ const std::vector<BitRow> kBitRows{
 TEST_F(Capabilities, WithoutAnyTokenNothingIsThere) {
   for (int kind = -1; kind <= 11; ++kind) {
     for (const std::uint32_t value : {0U, 1U, 0x10U, 0x100000U, 0x10000000U, 0xFFFFFFFFU}) {
-      EXPECT_EQ(printer_has(kind, value), 0U) << kind << " " << value;
+      EXPECT_EQ(printer_has(the_filter().printer, kind, value), 0U) << kind << " " << value;
     }
   }
 }
 
 TEST_F(Capabilities, EachBitTokenSetsItsBitInItsKindAlone) {
   for (const BitRow& row : kBitRows) {
-    reset_capabilities();
-    parse_capabilities(row.token);
+    the_filter().printer = {};
+    parse_capabilities(the_filter().printer, row.token);
     for (int kind = 0; kind <= 10; ++kind) {
       const std::uint32_t expected = kind == row.kind ? 1 : 0;
-      EXPECT_EQ(printer_has(kind, 0), expected) << row.token << " in kind " << kind;
+      EXPECT_EQ(printer_has(the_filter().printer, kind, 0), expected)
+          << row.token << " in kind " << kind;
       for (unsigned shift = 0; shift < 32; ++shift) {
         const std::uint32_t bit = std::uint32_t{1} << shift;
-        EXPECT_EQ(printer_has(kind, bit), bit == row.bit ? expected : 0U)
+        EXPECT_EQ(printer_has(the_filter().printer, kind, bit), bit == row.bit ? expected : 0U)
             << row.token << " in kind " << kind << " bit " << shift;
       }
     }
@@ -62,40 +67,40 @@ TEST_F(Capabilities, EachBitTokenSetsItsBitInItsKindAlone) {
 }
 
 TEST_F(Capabilities, AllBitsOfAValueMustBeInTheSet) {
-  parse_capabilities("m70!L2!L4");
-  EXPECT_EQ(printer_has(2, 0x10), 1U);
-  EXPECT_EQ(printer_has(2, 0x30), 0U);
-  EXPECT_EQ(printer_has(5, 0xA0000), 1U);
-  EXPECT_EQ(printer_has(5, 0xB0000), 0U);
-  parse_capabilities("m75");
-  EXPECT_EQ(printer_has(2, 0x30), 1U);
+  parse_capabilities(the_filter().printer, "m70!L2!L4");
+  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x10), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x30), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0xA0000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0xB0000), 0U);
+  parse_capabilities(the_filter().printer, "m75");
+  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x30), 1U);
 }
 
 TEST_F(Capabilities, BitsOfAnotherKindAreNeverInASet) {
-  parse_capabilities("sA3!m70!isub!Sfront!L1!f0!g!F");
-  EXPECT_EQ(printer_has(1, 0x11), 0U);
-  EXPECT_EQ(printer_has(2, 0x1), 0U);
-  EXPECT_EQ(printer_has(3, 0x1100), 0U);
-  EXPECT_EQ(printer_has(4, 0x10000), 0U);
-  EXPECT_EQ(printer_has(5, 0x100000), 0U);
-  EXPECT_EQ(printer_has(7, 0x1100000), 0U);
+  parse_capabilities(the_filter().printer, "sA3!m70!isub!Sfront!L1!f0!g!F");
+  EXPECT_EQ(printer_has(the_filter().printer, 1, 0x11), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x1), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 3, 0x1100), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 4, 0x10000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x100000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 7, 0x1100000), 0U);
 }
 
 TEST_F(Capabilities, FirstLetterGAndFCountWhateverFollowsAndWhateverIsAsked) {
   for (const char* token : {"g", "ga", "g1", "gF"}) {
-    reset_capabilities();
-    parse_capabilities(token);
+    the_filter().printer = {};
+    parse_capabilities(the_filter().printer, token);
     for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
-      EXPECT_EQ(printer_has(8, value), 1U) << token << value;
-      EXPECT_EQ(printer_has(9, value), 0U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, 8, value), 1U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, 9, value), 0U) << token << value;
     }
   }
   for (const char* token : {"F", "F1", "Fg"}) {
-    reset_capabilities();
-    parse_capabilities(token);
+    the_filter().printer = {};
+    parse_capabilities(the_filter().printer, token);
     for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
-      EXPECT_EQ(printer_has(8, value), 0U) << token << value;
-      EXPECT_EQ(printer_has(9, value), 1U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, 8, value), 0U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, 9, value), 1U) << token << value;
     }
   }
 }
@@ -105,48 +110,48 @@ TEST_F(Capabilities, TokensThatMatchNothingAreSkipped) {
        {"f3",   "L5", "L0",    "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
         "SA3",  "m7", "m700",  "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
         "d240", "G",  "Ja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
-    parse_capabilities(text);
+    parse_capabilities(the_filter().printer, text);
     for (int kind = 1; kind <= 9; ++kind) {
-      EXPECT_EQ(printer_has(kind, 0), 0U) << text << " in kind " << kind;
+      EXPECT_EQ(printer_has(the_filter().printer, kind, 0), 0U) << text << " in kind " << kind;
     }
-    EXPECT_EQ(job_settings.japanese_locale, 0) << text;
+    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
   }
 }
 
 TEST_F(Capabilities, ExclamationMarksSeparateAndEmptyTokensDoNotCount) {
-  parse_capabilities("!!m70!!!D300!!f3!L1!");
-  EXPECT_EQ(printer_has(2, 0x10), 1U);
-  EXPECT_EQ(printer_has(5, 0x10000), 1U);
-  EXPECT_EQ(printer_has(6, 0), 300U);
+  parse_capabilities(the_filter().printer, "!!m70!!!D300!!f3!L1!");
+  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x10), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x10000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 300U);
 }
 
 TEST_F(Capabilities, OccurrencesAddUp) {
-  parse_capabilities("D240!L1");
-  parse_capabilities("D400!L2");
-  EXPECT_EQ(printer_has(5, 0x30000), 1U);
-  EXPECT_EQ(printer_has(6, 0), 240U);
-  EXPECT_EQ(printer_has(6, 240), 1U);
-  EXPECT_EQ(printer_has(6, 400), 1U);
+  parse_capabilities(the_filter().printer, "D240!L1");
+  parse_capabilities(the_filter().printer, "D400!L2");
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x30000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 240), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 1U);
 }
 
 TEST_F(Capabilities, JapaneseLocaleOnlyWithItsExactToken) {
   for (const char* text : {"J", "Jja", "Jja_JP.U90", "Jja_jp", "jja_JP"}) {
-    parse_capabilities(text);
-    EXPECT_EQ(job_settings.japanese_locale, 0) << text;
+    parse_capabilities(the_filter().printer, text);
+    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
   }
-  parse_capabilities("D240!Jja_JP!f1");
-  EXPECT_EQ(job_settings.japanese_locale, 1);
-  parse_capabilities("J");
-  EXPECT_EQ(job_settings.japanese_locale, 1);
+  parse_capabilities(the_filter().printer, "D240!Jja_JP!f1");
+  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
+  parse_capabilities(the_filter().printer, "J");
+  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
 }
 
 TEST_F(Capabilities, ResolutionTakesTheDecimalNumberThatFollows) {
-  parse_capabilities("D 300!D+400!D0600!D800dpi!D-5");
+  parse_capabilities(the_filter().printer, "D 300!D+400!D0600!D800dpi!D-5");
   for (const std::uint32_t listed : {300U, 400U, 600U, 800U, 0xFFFFFFFBU}) {
-    EXPECT_EQ(printer_has(6, listed), 1U) << listed;
+    EXPECT_EQ(printer_has(the_filter().printer, 6, listed), 1U) << listed;
   }
   for (const std::uint32_t absent : {1U, 299U, 301U, 5U, 240U}) {
-    EXPECT_EQ(printer_has(6, absent), 0U) << absent;
+    EXPECT_EQ(printer_has(the_filter().printer, 6, absent), 0U) << absent;
   }
 }
 
@@ -155,42 +160,43 @@ TEST_F(Capabilities, A25thResolutionIsIgnored) {
   for (unsigned resolution = 101; resolution <= 130; ++resolution) {
     text += "D" + std::to_string(resolution) + "!";
   }
-  parse_capabilities((text + "L1").c_str());
-  EXPECT_EQ(printer_has(6, 0), 101U);
+  parse_capabilities(the_filter().printer, (text + "L1").c_str());
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 101U);
   for (unsigned resolution = 101; resolution <= 130; ++resolution) {
-    EXPECT_EQ(printer_has(6, resolution), resolution <= 124 ? 1U : 0U) << resolution;
+    EXPECT_EQ(printer_has(the_filter().printer, 6, resolution), resolution <= 124 ? 1U : 0U)
+        << resolution;
   }
-  EXPECT_EQ(printer_has(6, 125), 0U);
-  EXPECT_EQ(printer_has(5, 0x10000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 125), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x10000), 1U);
   // Nor from a later occurrence.
-  parse_capabilities("D777");
-  EXPECT_EQ(printer_has(6, 777), 0U);
+  parse_capabilities(the_filter().printer, "D777");
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 777), 0U);
 }
 
 TEST_F(Capabilities, AStoredZeroEndsTheResolutionListForEverySearch) {
   for (const char* zero : {"D0", "D", "Dx", "D00"}) {
-    reset_job_settings();
-    reset_capabilities();
-    parse_capabilities((std::string("D240!") + zero + "!D400").c_str());
-    EXPECT_EQ(printer_has(6, 0), 240U) << zero;
-    EXPECT_EQ(printer_has(6, 240), 1U) << zero;
-    EXPECT_EQ(printer_has(6, 400), 0U) << zero;
-    EXPECT_EQ(printer_resolution("400"), 0xFFFFFFFFU) << zero;
-    job_settings.requested_resolution = 400;
-    choose_resolution();
-    EXPECT_EQ(job_settings.resolution, 240) << zero;
+    restart_settings();
+    the_filter().printer = {};
+    parse_capabilities(the_filter().printer, (std::string("D240!") + zero + "!D400").c_str());
+    EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U) << zero;
+    EXPECT_EQ(printer_has(the_filter().printer, 6, 240), 1U) << zero;
+    EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 0U) << zero;
+    EXPECT_EQ(printer_resolution(the_filter().printer, "400"), 0xFFFFFFFFU) << zero;
+    the_filter().command_line.requested_resolution = 400;
+    choose_resolution(the_filter().printer, the_filter().command_line);
+    EXPECT_EQ(the_filter().command_line.resolution, 240) << zero;
   }
 }
 
 TEST_F(Capabilities, AZeroInFrontMakesTheResolutionListEmpty) {
-  parse_capabilities("D0!D400");
-  EXPECT_EQ(printer_has(6, 0), 0U);
-  EXPECT_EQ(printer_has(6, 400), 0U);
-  EXPECT_EQ(printer_resolution("400"), 0U);
-  EXPECT_EQ(printer_resolution(nullptr), 0U);
-  job_settings.resolution = 400;
-  choose_resolution();
-  EXPECT_EQ(job_settings.resolution, 400);
+  parse_capabilities(the_filter().printer, "D0!D400");
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 0U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "400"), 0U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, nullptr), 0U);
+  the_filter().command_line.resolution = 400;
+  choose_resolution(the_filter().printer, the_filter().command_line);
+  EXPECT_EQ(the_filter().command_line.resolution, 400);
 }
 
 TEST_F(Capabilities, AZeroTakesOneOfThe24Places) {
@@ -198,49 +204,49 @@ TEST_F(Capabilities, AZeroTakesOneOfThe24Places) {
   for (unsigned resolution = 1; resolution <= 23; ++resolution) {
     text += "D" + std::to_string(resolution) + "!";
   }
-  parse_capabilities((text + "D0!D24").c_str());
-  EXPECT_EQ(printer_has(6, 23), 1U);
-  EXPECT_EQ(printer_has(6, 24), 0U);
+  parse_capabilities(the_filter().printer, (text + "D0!D24").c_str());
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 23), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 24), 0U);
 }
 
 TEST_F(Capabilities, PrinterResolutionOfAText) {
-  EXPECT_EQ(printer_resolution(nullptr), 0U);
-  EXPECT_EQ(printer_resolution("240"), 0U);
-  parse_capabilities("D240!D400");
-  EXPECT_EQ(printer_resolution(nullptr), 240U);
-  EXPECT_EQ(printer_resolution("240"), 240U);
-  EXPECT_EQ(printer_resolution(" 400dpi"), 400U);
-  EXPECT_EQ(printer_resolution("300"), 0xFFFFFFFFU);
-  EXPECT_EQ(printer_resolution("0"), 0xFFFFFFFFU);
-  EXPECT_EQ(printer_resolution(""), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution(the_filter().printer, nullptr), 0U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "240"), 0U);
+  parse_capabilities(the_filter().printer, "D240!D400");
+  EXPECT_EQ(printer_resolution(the_filter().printer, nullptr), 240U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "240"), 240U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, " 400dpi"), 400U);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "300"), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "0"), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution(the_filter().printer, ""), 0xFFFFFFFFU);
 }
 
 TEST_F(Capabilities, ResolutionStaysWithoutAListWhateverIsRequested) {
   for (const std::int32_t requested : {0, 240, 400, 300}) {
     for (const std::int32_t before : {240, 400}) {
-      job_settings.resolution = before;
-      job_settings.requested_resolution = requested;
-      choose_resolution();
-      EXPECT_EQ(job_settings.resolution, before) << requested;
+      the_filter().command_line.resolution = before;
+      the_filter().command_line.requested_resolution = requested;
+      choose_resolution(the_filter().printer, the_filter().command_line);
+      EXPECT_EQ(the_filter().command_line.resolution, before) << requested;
     }
   }
 }
 
 TEST_F(Capabilities, ResolutionWithoutRequestIsTheFirstListed) {
-  parse_capabilities("D300!D240!D400");
-  job_settings.resolution = 400;
-  choose_resolution();
-  EXPECT_EQ(job_settings.resolution, 300);
+  parse_capabilities(the_filter().printer, "D300!D240!D400");
+  the_filter().command_line.resolution = 400;
+  choose_resolution(the_filter().printer, the_filter().command_line);
+  EXPECT_EQ(the_filter().command_line.resolution, 300);
 }
 
 TEST_F(Capabilities, RequestedResolution300KeepsTheFirstListedAnd400IsSelected) {
-  parse_capabilities("D240!D400");
-  job_settings.requested_resolution = 300;
-  choose_resolution();
-  EXPECT_EQ(job_settings.resolution, 240);
-  job_settings.requested_resolution = 400;
-  choose_resolution();
-  EXPECT_EQ(job_settings.resolution, 400);
+  parse_capabilities(the_filter().printer, "D240!D400");
+  the_filter().command_line.requested_resolution = 300;
+  choose_resolution(the_filter().printer, the_filter().command_line);
+  EXPECT_EQ(the_filter().command_line.resolution, 240);
+  the_filter().command_line.requested_resolution = 400;
+  choose_resolution(the_filter().printer, the_filter().command_line);
+  EXPECT_EQ(the_filter().command_line.resolution, 400);
 }
 
 TEST_F(Capabilities, PrinterClassIsTheHighestOfF1AndF2) {
@@ -257,23 +263,23 @@ TEST_F(Capabilities, PrinterClassIsTheHighestOfF1AndF2) {
                                                    {"f2", 0x400000},
                                                    {"f1!f2", 0x400000},
                                                    {"f2!f1!f0", 0x400000}}) {
-    reset_capabilities();
-    parse_capabilities(row.text);
-    job_settings.printer_class = 0;
-    query_printer();
-    EXPECT_EQ(job_settings.printer_class, row.printer_class) << row.text;
+    the_filter().printer = {};
+    parse_capabilities(the_filter().printer, row.text);
+    the_filter().command_line.printer_class = 0;
+    query_printer(the_filter().printer, the_filter().command_line);
+    EXPECT_EQ(the_filter().command_line.printer_class, row.printer_class) << row.text;
   }
 }
 
 TEST_F(Capabilities, QueryFillsTheTwoFlags) {
   for (const bool lower_g : {false, true}) {
     for (const bool upper_f : {false, true}) {
-      reset_capabilities();
-      parse_capabilities(lower_g ? "g" : "L1");
-      parse_capabilities(upper_f ? "F" : "L1");
-      query_printer();
-      EXPECT_EQ(job_settings.capability_g, lower_g ? 1 : 0);
-      EXPECT_EQ(job_settings.capability_F, upper_f ? 1 : 0);
+      the_filter().printer = {};
+      parse_capabilities(the_filter().printer, lower_g ? "g" : "L1");
+      parse_capabilities(the_filter().printer, upper_f ? "F" : "L1");
+      query_printer(the_filter().printer, the_filter().command_line);
+      EXPECT_EQ(the_filter().command_line.capability_g, lower_g ? 1 : 0);
+      EXPECT_EQ(the_filter().command_line.capability_F, upper_f ? 1 : 0);
     }
   }
 }
@@ -281,19 +287,19 @@ TEST_F(Capabilities, QueryFillsTheTwoFlags) {
 TEST_F(Capabilities, OverLongTextIsReadToItsEnd) {
   std::string text(100000, 'x');
   text += "!D" + std::string(5000, '0') + "600!" + std::string(70000, '!') + "L1";
-  parse_capabilities(text.c_str());
-  EXPECT_EQ(printer_has(6, 0), 600U);
-  EXPECT_EQ(printer_has(5, 0), 1U);
+  parse_capabilities(the_filter().printer, text.c_str());
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 600U);
+  EXPECT_EQ(printer_has(the_filter().printer, 5, 0), 1U);
 }
 
 TEST_F(Capabilities, ResetForgetsEverything) {
-  parse_capabilities("D240!f2!g!F!sA3");
-  reset_capabilities();
+  parse_capabilities(the_filter().printer, "D240!f2!g!F!sA3");
+  the_filter().printer = {};
   for (int kind = 1; kind <= 9; ++kind) {
-    EXPECT_EQ(printer_has(kind, 0), 0U) << kind;
+    EXPECT_EQ(printer_has(the_filter().printer, kind, 0), 0U) << kind;
   }
-  parse_capabilities("D400");
-  EXPECT_EQ(printer_has(6, 0), 400U);
+  parse_capabilities(the_filter().printer, "D400");
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 400U);
 }
 
 }  // namespace

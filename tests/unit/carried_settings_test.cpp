@@ -13,6 +13,7 @@
 #include "support/filter_state.h"
 #include "support/page_data.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -21,7 +22,7 @@ constexpr auto kGeneralBytes = static_cast<std::size_t>(kPageBufferBytes);
 
 /// What the carried-settings block says now; it is empty afterwards.
 std::string kept() {
-  return output_of([] { EXPECT_EQ(out_kept_settings(), 0); });
+  return output_of([] { out_kept_settings(the_filter().carried); });
 }
 
 /// A command, a sequence of it, and its place in the block: 0 for the general buffer.
@@ -32,15 +33,15 @@ struct Destination {
 };
 
 constexpr std::array kDestinations{
-    Destination{289, "\x1b$@", 1},    Destination{292, "\x1b(H", 1},
-    Destination{347, "\x1cJ", 2},     Destination{348, "\x1cK", 2},
-    Destination{328, "\x1c(`p", 3},   Destination{328, "\x1c(ap", 4},
-    Destination{396, "\x1b[5 E", 5},  Destination{441, "\x1bQ1 y", 6},
-    Destination{498, "\x1bQ2!f", 7},  Destination{437, "\x1bQ3 p", 8},
-    Destination{510, "\x1bQ4/E", 9},  Destination{511, "\x1bQ5/F", 10},
-    Destination{513, "\x1bQ6/G", 11}, Destination{325, "\x1c%!\"p", 12},
-    Destination{324, "\x1c$!p", 0},   Destination{326, "\x1c&!p", 0},
-    Destination{330, "\x1c*!p", 0},   Destination{493, "\x1bQ7!R", 0},
+    Destination{CMD_ESC_DOLLAR_AT, "\x1b$@", 1}, Destination{CMD_ESC_PAREN_H, "\x1b(H", 1},
+    Destination{CMD_FS_J, "\x1cJ", 2},           Destination{CMD_FS_K, "\x1cK", 2},
+    Destination{CMD_FS_PAREN, "\x1c(`p", 3},     Destination{CMD_FS_PAREN, "\x1c(ap", 4},
+    Destination{CMD_CSI_SP_E, "\x1b[5 E", 5},    Destination{CMD_Q_YL_SP, "\x1bQ1 y", 6},
+    Destination{CMD_Q_FL_EX, "\x1bQ2!f", 7},     Destination{CMD_Q_PL_SP, "\x1bQ3 p", 8},
+    Destination{CMD_Q_E_SL, "\x1bQ4/E", 9},      Destination{CMD_Q_F_SL, "\x1bQ5/F", 10},
+    Destination{CMD_Q_G_SL, "\x1bQ6/G", 11},     Destination{CMD_FS_PERCENT, "\x1c%!\"p", 12},
+    Destination{CMD_FS_DOLLAR, "\x1c$!p", 0},    Destination{CMD_FS_AMP, "\x1c&!p", 0},
+    Destination{CMD_FS_STAR, "\x1c*!p", 0},      Destination{CMD_Q_R_EX, "\x1bQ7!R", 0},
 };
 
 /// All codes that have a destination.
@@ -129,37 +130,37 @@ TEST_F(CarriedSettings, SlotSequenceOf20BytesIsNotKeptOneOf19Is) {
 
 TEST_F(CarriedSettings, LengthsThatWouldWrapInOneByteAreNotKept) {
   for (const std::size_t length : {255U, 256U, 257U, 261U, 275U, 276U, 512U, 515U}) {
-    keep(441, std::string(length, 'x'));
+    keep(CMD_Q_YL_SP, std::string(length, 'x'));
     EXPECT_EQ(kept(), "") << length;
   }
 }
 
 TEST_F(CarriedSettings, SlotSequenceThatIsTooLongLeavesTheEarlierOne) {
-  keep(441, "\x1bQ1 y");
-  keep(441, std::string(20, 'x'));
+  keep(CMD_Q_YL_SP, "\x1bQ1 y");
+  keep(CMD_Q_YL_SP, std::string(20, 'x'));
   EXPECT_EQ(kept(), block('6', "\x1bQ1 y"));
 }
 
 TEST_F(CarriedSettings, LaterSlotSequenceReplacesALongerAndAShorterOne) {
-  keep(325, "\x1c%\x21\x22 p");
-  keep(325, "\x1c%\x29p");
+  keep(CMD_FS_PERCENT, "\x1c%\x21\x22 p");
+  keep(CMD_FS_PERCENT, "\x1c%\x29p");
   EXPECT_EQ(kept(), block('6', "\x1c%\x29p"));
-  keep(325, "\x1c%\x29p");
-  keep(325, "\x1c%\x21\x22 p");
+  keep(CMD_FS_PERCENT, "\x1c%\x29p");
+  keep(CMD_FS_PERCENT, "\x1c%\x21\x22 p");
   EXPECT_EQ(kept(), block('6', "\x1c%\x21\x22 p"));
 }
 
 TEST_F(CarriedSettings, EmptySlotSequenceEmptiesItsSlot) {
-  keep(441, "\x1bQ1 y");
-  keep(292, "\x1b(H");
-  keep(441, "");
+  keep(CMD_Q_YL_SP, "\x1bQ1 y");
+  keep(CMD_ESC_PAREN_H, "\x1b(H");
+  keep(CMD_Q_YL_SP, "");
   EXPECT_EQ(kept(), block('6', "\x1b(H"));
 }
 
 TEST_F(CarriedSettings, NegativeCountsKeepNothing) {
   for (const Destination& row : kDestinations) {
     for (const std::int32_t count : {-1, -13, -8192, -2147483647 - 1}) {
-      EXPECT_EQ(keep_setting(row.command, count, raw(row.sequence)), 0);
+      keep_setting(the_filter().carried, row.command, count, raw(row.sequence));
       EXPECT_EQ(kept(), "") << row.command;
     }
   }
@@ -169,8 +170,8 @@ TEST_F(CarriedSettings, ThirdByteOfFsParenChoosesTheSlotOrNone) {
   for (int third = 0; third < 256; ++third) {
     std::string sequence = "\x1c(?p";
     sequence[2] = static_cast<char>(third);
-    keep(441, "\x1bQ1 y");
-    keep(328, sequence);
+    keep(CMD_Q_YL_SP, "\x1bQ1 y");
+    keep(CMD_FS_PAREN, sequence);
     const bool is_kept = third == '`' || third == 'a';
     EXPECT_EQ(kept(), block('6', (is_kept ? sequence : "") + "\x1bQ1 y")) << third;
   }
@@ -179,46 +180,46 @@ TEST_F(CarriedSettings, ThirdByteOfFsParenChoosesTheSlotOrNone) {
 TEST_F(CarriedSettings, FsParenWithoutAThirdByteKeepsNothing) {
   const std::string sequence = "\x1c(`";
   for (std::int32_t count = 0; count <= 2; ++count) {
-    EXPECT_EQ(keep_setting(328, count, raw(sequence)), 0);
+    keep_setting(the_filter().carried, 328, count, raw(sequence));
     EXPECT_EQ(kept(), "") << count;
   }
-  keep(328, sequence);
+  keep(CMD_FS_PAREN, sequence);
   EXPECT_EQ(kept(), block('6', sequence));
 }
 
 TEST_F(CarriedSettings, NulBytesAreKept) {
-  keep(441, bytes("\x1bQ\0 y"));
-  keep(324, bytes("\0\0"));
+  keep(CMD_Q_YL_SP, bytes("\x1bQ\0 y"));
+  keep(CMD_FS_DOLLAR, bytes("\0\0"));
   EXPECT_EQ(kept(), block('6', bytes("\0\0\x1bQ\0 y")));
 }
 
 TEST_F(CarriedSettings, GeneralBufferAppendsInTheOrderOfArrival) {
-  keep(493, "\x1bQ7!R");
-  keep(324, "\x1c$!p");
-  keep(330, "\x1c*!p");
-  keep(326, "\x1c&!p");
-  keep(324, "\x1c$!p");
+  keep(CMD_Q_R_EX, "\x1bQ7!R");
+  keep(CMD_FS_DOLLAR, "\x1c$!p");
+  keep(CMD_FS_STAR, "\x1c*!p");
+  keep(CMD_FS_AMP, "\x1c&!p");
+  keep(CMD_FS_DOLLAR, "\x1c$!p");
   EXPECT_EQ(kept(), block('6', "\x1bQ7!R\x1c$!p\x1c*!p\x1c&!p\x1c$!p"));
 }
 
 TEST_F(CarriedSettings, GeneralSequencesMayBeLongerThanASlot) {
   for (const std::size_t length : {19U, 20U, 255U, 256U, 4096U}) {
     const std::string sequence(length, 'x');
-    keep(326, sequence);
+    keep(CMD_FS_AMP, sequence);
     EXPECT_EQ(kept(), block('6', sequence));
   }
 }
 
 TEST_F(CarriedSettings, EmptyGeneralSequenceLeavesTheBufferAsItIs) {
-  keep(324, "\x1c$!p");
-  keep(324, "");
+  keep(CMD_FS_DOLLAR, "\x1c$!p");
+  keep(CMD_FS_DOLLAR, "");
   EXPECT_EQ(kept(), block('6', "\x1c$!p"));
 }
 
 TEST_F(CarriedSettings, GeneralBufferTakesOneSequenceUpToItsRoom) {
   for (std::size_t length = kGeneralBytes - 2; length <= kGeneralBytes + 2; ++length) {
     const std::string sequence(length, 'x');
-    keep(330, sequence);
+    keep(CMD_FS_STAR, sequence);
     EXPECT_EQ(kept(), length <= kGeneralBytes ? block('6', sequence) : "") << length;
   }
 }
@@ -228,8 +229,8 @@ TEST_F(CarriedSettings, GeneralBufferTakesWhatFitsBehindTheEarlierOnes) {
     for (std::size_t more = 0; more <= 5; ++more) {
       const std::string first(used, 'x');
       const std::string second(more, 'y');
-      keep(324, first);
-      keep(324, second);
+      keep(CMD_FS_DOLLAR, first);
+      keep(CMD_FS_DOLLAR, second);
       EXPECT_EQ(kept(), block('6', used + more <= kGeneralBytes ? first + second : first))
           << used << '+' << more;
     }
@@ -237,16 +238,16 @@ TEST_F(CarriedSettings, GeneralBufferTakesWhatFitsBehindTheEarlierOnes) {
 }
 
 TEST_F(CarriedSettings, ShorterSequenceStillFitsBehindOneThatDidNot) {
-  keep(324, std::string(kGeneralBytes - 3, 'x'));
-  keep(326, "abcd");
-  keep(330, "efg");
-  keep(493, "h");
+  keep(CMD_FS_DOLLAR, std::string(kGeneralBytes - 3, 'x'));
+  keep(CMD_FS_AMP, "abcd");
+  keep(CMD_FS_STAR, "efg");
+  keep(CMD_Q_R_EX, "h");
   EXPECT_EQ(kept(), block('6', std::string(kGeneralBytes - 3, 'x') + "efg"));
 }
 
 TEST_F(CarriedSettings, FullestBlockCountsAll) {
   std::string expected(kGeneralBytes, 'x');
-  keep(324, expected);
+  keep(CMD_FS_DOLLAR, expected);
   int place = 0;
   for (const Destination& row : kDestinations) {
     if (row.place > place) {
@@ -280,8 +281,8 @@ TEST_F(CarriedSettings, AllOtherCodesKeepNothing) {
 TEST_F(CarriedSettings, SequencesAreCopied) {
   std::string sequence = "\x1bQ1 y";
   std::string general = "\x1c$!p";
-  keep(441, sequence);
-  keep(324, general);
+  keep(CMD_Q_YL_SP, sequence);
+  keep(CMD_FS_DOLLAR, general);
   sequence.assign(sequence.size(), '.');
   general.assign(general.size(), '.');
   EXPECT_EQ(kept(), block('6', "\x1c$!p\x1bQ1 y"));
@@ -291,15 +292,15 @@ TEST_F(CarriedSettings, ResetForgetsAll) {
   for (const Destination& row : kDestinations) {
     keep(row.command, row.sequence);
   }
-  reset_carried_settings();
+  forget_kept_settings(the_filter().carried);
   EXPECT_EQ(kept(), "");
 }
 
 TEST_F(CarriedSettings, FreeingTwiceIsHarmless) {
-  free_carried_settings();
-  free_carried_settings();
-  EXPECT_EQ(allocate_carried_settings(), 0);
-  keep(324, "\x1c$!p");
+  free_carried_settings(the_filter().carried);
+  free_carried_settings(the_filter().carried);
+  EXPECT_EQ(allocate_carried_settings(the_filter().carried), 0);
+  keep(CMD_FS_DOLLAR, "\x1c$!p");
   EXPECT_EQ(kept(), block('6', "\x1c$!p"));
 }
 

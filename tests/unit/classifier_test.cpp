@@ -12,6 +12,7 @@
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -67,7 +68,7 @@ class Classifier : public FilterTest {
  protected:
   static void restart(bool framed) {
     reset_filter();
-    job_settings.framed_output = framed ? 1 : 0;
+    the_filter().command_line.framed_output = framed ? 1 : 0;
   }
 
   static void expect_end() {
@@ -208,10 +209,10 @@ TEST_F(Classifier, TheEndOfTheInputCutsEveryCharacterAtEveryByte) {
 TEST_F(Classifier, TheEndStaysAfterACutCharacterEvenIfMoreBytesCome) {
   const StandardInput input("\xe3");
   EXPECT_EQ(next_command().code, 3840U);
-  reset_raw_input();
+  restart_raw_input();
   const StandardInput more("A");
   expect_end();
-  reset_classifier();
+  the_filter().classifier.class_eof = false;
   EXPECT_EQ(next_command(), (Token{ST_OK, 512, "A", 0}));
 }
 
@@ -267,7 +268,7 @@ TEST_F(Classifier, AReadErrorCutsEveryCharacterAtEveryByte) {
       restart(false);
       const FailingInput input(character.substr(0, cut));
       const CaptureDescriptor messages(2);
-      EXPECT_EQ(next_command(), (Token{129, 3840, character.substr(0, cut), 0}));
+      EXPECT_EQ(next_command(), (Token{ST_IOERR, 3840, character.substr(0, cut), 0}));
       EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
     }
   }
@@ -285,7 +286,7 @@ TEST_F(Classifier, AFramedReadErrorIsSilentAndClosesTheOutput) {
   const FailingInput input(cnt_frame("\xe3\x81") + "0001");
   const CaptureDescriptor output(1);
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(next_command(), (Token{129, 3840, "\xe3\x81", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_IOERR, 3840, "\xe3\x81", 0}));
   EXPECT_EQ(output.text(), end_frame(""));
   EXPECT_EQ(messages.text(), "");
 }
@@ -312,7 +313,7 @@ TEST_F(Classifier, ASequenceThatTheEndOfTheInputCutsHasNoBytesAndThenItEnds) {
 TEST_F(Classifier, ASequenceThatTheEndFrameCutsKeepsItsBytesAndStatus) {
   restart(true);
   const StandardInput input(end_frame("\x1bQ1;5!ad"));
-  EXPECT_EQ(next_command(), (Token{6, 766, "\x1bQ1;5!ad", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_CUT, 766, "\x1bQ1;5!ad", 0}));
   expect_end();
 }
 
@@ -339,7 +340,7 @@ TEST_F(Classifier, CharactersAcrossTheInputBufferBorder) {
     const StandardInput input(std::string(kInputBufferBytes - before, 'x') + all);
     std::uint8_t byte = 0;
     for (std::size_t i = before; i < kInputBufferBytes; ++i) {
-      ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+      ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
     }
     for (const std::string& character : characters()) {
       ASSERT_EQ(next_command(), (Token{ST_OK, code_of(character), character, 0})) << before;

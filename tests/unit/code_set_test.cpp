@@ -1,4 +1,4 @@
-#include "driver/code_set.h"
+#include "driver/loop/code_set.h"
 
 #include <gtest/gtest.h>
 

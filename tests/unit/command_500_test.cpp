@@ -7,13 +7,17 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/command_parameters.h"
+#include "driver/loop/command_parameters.h"
 #include "job/settings.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::make_record;
 using testing::pattern;
@@ -34,15 +38,16 @@ std::string command(char kind, std::uint32_t length, std::string_view data,
 class FormParameter : public ::testing::Test {
  protected:
   FormParameter() {
-    reset_job_settings();
+    restart_settings();
     settings_.spacing_index = 2;
     settings_.form_data_length = 7;
     settings_.form_data.fill('o');
   }
-  ~FormParameter() override { reset_job_settings(); }
+  ~FormParameter() override { restart_settings(); }
 
   bool parse(std::string_view text) {
-    return parse_form_parameter(make_record(CMD_Q_OL_SP, text), settings_);
+    return parse_form_parameter(make_record(CMD_Q_OL_SP, text),
+                                the_filter().command_line.capability_g, settings_);
   }
   std::string data() const {
     return {settings_.form_data.begin(), settings_.form_data.begin() + settings_.form_data_length};
@@ -60,7 +65,7 @@ class FormParameter : public ::testing::Test {
 TEST_F(FormParameter, KindSelectsSourceSpacingAndFlag) {
   for (const int capability : {0, 1}) {
     for (const char kind : {'\1', '\2', '\3'}) {
-      job_settings.capability_g = capability;
+      the_filter().command_line.capability_g = capability;
       settings_ = SettingsRecord{};
       EXPECT_TRUE(parse(command(kind, 3, "abc")));
       EXPECT_EQ(settings_.form_source, kind == 3 ? kFromFormKind3 : kFromForm);
@@ -90,7 +95,7 @@ TEST_F(FormParameter, SourceOfTheCommandLineStays) {
 }
 
 TEST_F(FormParameter, FlagIsNeverClearedAgain) {
-  job_settings.capability_g = 1;
+  the_filter().command_line.capability_g = 1;
   EXPECT_TRUE(parse(command(2, 1, "x")));
   EXPECT_TRUE(parse(command(1, 1, "x")));
   EXPECT_TRUE(parse(command(3, 1, "x")));
@@ -123,14 +128,14 @@ TEST_F(FormParameter, LongerDataIsRefusedButItsKindCounts) {
 }
 
 TEST_F(FormParameter, LongerDataOfKind2SetsTheFlag) {
-  job_settings.capability_g = 1;
+  the_filter().command_line.capability_g = 1;
   EXPECT_FALSE(parse(command(2, 101, "")));
   EXPECT_EQ(settings_.form_flag, 1);
   EXPECT_EQ(settings_.form_source, kFromForm);
 }
 
 TEST_F(FormParameter, MissingBytesAreRefusedAndSetNothing) {
-  job_settings.capability_g = 1;
+  the_filter().command_line.capability_g = 1;
   for (const std::uint32_t length : {0U, 1U, 99U, 100U}) {
     const std::string whole = command(2, length, pattern(length));
     for (std::size_t there = 0; there < whole.size(); ++there) {

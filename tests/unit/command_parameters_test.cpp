@@ -1,4 +1,4 @@
-#include "driver/command_parameters.h"
+#include "driver/loop/command_parameters.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,13 @@
 
 #include "job/settings.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::make_record;
 
@@ -19,7 +23,7 @@ using testing::make_record;
 
 TEST(ParameterText, StandsFromTheThirdByteToTheExclamationMark) {
   const auto text = [](std::string_view command) {
-    const CommandRecord record = make_record(479, command);
+    const CommandRecord record = make_record(CMD_LINE_UNIT_479, command);
     return std::string(parameter_text(record));
   };
   EXPECT_EQ(text("\x1bQ12;3!C"), "12;3");
@@ -157,18 +161,19 @@ TEST(Command492, EveryShortParameterIsReadByTheRule) {
 
 class Command489 : public ::testing::Test {
  protected:
-  Command489() { reset_job_settings(); }
-  ~Command489() override { reset_job_settings(); }
+  Command489() { restart_settings(); }
+  ~Command489() override { restart_settings(); }
 
   /// Expects the fonts behind the command: 0, 1, or -1 for those from before.
   static void expect_fonts(std::string_view parameter, int fonts, std::int32_t resolution = 300) {
     for (const int before : {0, 1}) {
-      job_settings.resolution = resolution;
-      job_settings.high_resolution_fonts = before;
+      the_filter().command_line.resolution = resolution;
+      the_filter().job.high_resolution_fonts = before;
       const int expected = fonts < 0 ? before : fonts;
-      EXPECT_EQ(switch_resolution(parameter), expected != before) << parameter;
-      EXPECT_EQ(job_settings.high_resolution_fonts, expected) << parameter;
-      EXPECT_EQ(job_settings.resolution, resolution);
+      EXPECT_EQ(switch_resolution(parameter, resolution, the_filter().job), expected != before)
+          << parameter;
+      EXPECT_EQ(the_filter().job.high_resolution_fonts, expected) << parameter;
+      EXPECT_EQ(the_filter().command_line.resolution, resolution);
     }
   }
 };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/interruptions.h"
+#include "support/statuses.h"
 
 namespace rlx {
 namespace {
@@ -131,7 +132,7 @@ TEST(DescriptorIo, FailuresComeBackWithTheirErrno) {
   EXPECT_EQ(write_some(-1, view("a")), -1);
   EXPECT_EQ(errno, EBADF);
   errno = 0;
-  EXPECT_EQ(write_whole(-1, view("a")), -1);
+  EXPECT_EQ(write_whole(-1, view("a")), ST_IOERR);
   EXPECT_EQ(errno, EBADF);
 }
 

@@ -9,9 +9,12 @@
 #include "job/fixed_paths.h"
 #include "support/descriptors.h"
 #include "support/odd_files.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::bytes;
 using testing::CaptureDescriptor;
@@ -19,19 +22,19 @@ using testing::write_file;
 
 class EnvironmentFileTest : public ::testing::Test {
  protected:
-  EnvironmentFileTest() { reset_environment_file(); }
-  ~EnvironmentFileTest() override { reset_environment_file(); }
+  EnvironmentFileTest() { the_filter().environment = {}; }
+  ~EnvironmentFileTest() override { the_filter().environment = {}; }
 
   static void put(const std::string& text) { write_file(fixed_paths::kEnvironmentFile, text); }
 
   /// The status of reading a file with this text.
-  static int status_of(const std::string& text) {
+  static Status status_of(const std::string& text) {
     put(text);
-    reset_environment_file();
+    the_filter().environment = {};
     const CaptureDescriptor out(STDOUT_FILENO);
     const CaptureDescriptor error(STDERR_FILENO);
-    const int status = tqdxgetenv();
-    EXPECT_EQ(environment_file.loaded, 1);
+    const Status status = tqdxgetenv(the_filter().environment);
+    EXPECT_EQ(the_filter().environment.loaded, 1);
     EXPECT_EQ(out.text(), "");
     EXPECT_EQ(error.text(), "");
     return status;
@@ -39,8 +42,8 @@ class EnvironmentFileTest : public ::testing::Test {
 
   /// The setting that a file with this text gives.
   static int flag_of(const std::string& text) {
-    status_of(text);
-    return environment_file.fcbprint_halfinch;
+    static_cast<void>(status_of(text));
+    return the_filter().environment.fcbprint_halfinch;
   }
 
   /// The setting that these lines give inside *COMMON.
@@ -51,42 +54,42 @@ class EnvironmentFileTest : public ::testing::Test {
 };
 
 TEST_F(EnvironmentFileTest, NoFileGivesMinusOneAndZero) {
-  EXPECT_EQ(tqdxgetenv(), -1);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
-  EXPECT_EQ(environment_file.loaded, 1);
+  EXPECT_EQ(tqdxgetenv(the_filter().environment), -1);
+  EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);
+  EXPECT_EQ(the_filter().environment.loaded, 1);
 }
 
 TEST_F(EnvironmentFileTest, NothingIsLoadedBeforeTheFirstCall) {
-  EXPECT_EQ(environment_file.loaded, 0);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+  EXPECT_EQ(the_filter().environment.loaded, 0);
+  EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);
 }
 
 TEST_F(EnvironmentFileTest, FileThatAppearsLaterIsNotLookedAt) {
-  EXPECT_EQ(tqdxgetenv(), -1);
+  EXPECT_EQ(tqdxgetenv(the_filter().environment), -1);
   put("*COMMON\nFCBPRINT:2\n");
-  EXPECT_EQ(tqdxgetenv(), 0);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+  EXPECT_EQ(tqdxgetenv(the_filter().environment), 0);
+  EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);
 }
 
 TEST_F(EnvironmentFileTest, FileIsReadOnce) {
   EXPECT_EQ(common_flag("FCBPRINT:2\n"), 1);
   put("*COMMON\nFCBPRINT:1\n");
-  EXPECT_EQ(tqdxgetenv(), 0);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 1);
+  EXPECT_EQ(tqdxgetenv(the_filter().environment), 0);
+  EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 1);
 }
 
 TEST_F(EnvironmentFileTest, ResetForgetsEverything) {
   EXPECT_EQ(common_flag("FCBPRINT:2\n"), 1);
-  reset_environment_file();
-  EXPECT_EQ(environment_file.loaded, 0);
-  EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+  the_filter().environment = {};
+  EXPECT_EQ(the_filter().environment.loaded, 0);
+  EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);
 }
 
 TEST_F(EnvironmentFileTest, WhatIsNoRegularFileCannotBeOpened) {
   testing::for_each_odd_file(fixed_paths::kEnvironmentFile, [] {
-    reset_environment_file();
-    EXPECT_EQ(tqdxgetenv(), -1);
-    EXPECT_EQ(environment_file.fcbprint_halfinch, 0);
+    the_filter().environment = {};
+    EXPECT_EQ(tqdxgetenv(the_filter().environment), -1);
+    EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);
   });
 }
 

@@ -22,7 +22,9 @@
 
 #include "job/fixed_paths.h"
 #include "support/descriptors.h"
+#include "support/narrowing.h"
 #include "support/odd_files.h"
+#include "support/statuses.h"
 
 namespace rlx {
 namespace {

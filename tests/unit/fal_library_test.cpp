@@ -13,28 +13,31 @@
 #include "support/glyph_bitmap.h"
 #include "support/odd_files.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::take_font_calls;
 
 using Calls = std::vector<std::string>;
 
 void expect_not_loaded() {
-  EXPECT_EQ(fal_library.handle, nullptr);
-  EXPECT_EQ(fal_library.open_sys_font, nullptr);
-  EXPECT_EQ(fal_library.read_font, nullptr);
-  EXPECT_EQ(fal_library.close_font, nullptr);
-  EXPECT_EQ(fal_library.free_font_list, nullptr);
-  EXPECT_EQ(fal_library.error_class, nullptr);
-  EXPECT_EQ(fal_library.error_detail, nullptr);
-  EXPECT_EQ(fal_library.missing_glyph, nullptr);
+  EXPECT_EQ(the_filter().library.handle, nullptr);
+  EXPECT_EQ(the_filter().library.open_sys_font, nullptr);
+  EXPECT_EQ(the_filter().library.read_font, nullptr);
+  EXPECT_EQ(the_filter().library.close_font, nullptr);
+  EXPECT_EQ(the_filter().library.free_font_list, nullptr);
+  EXPECT_EQ(the_filter().library.error_class, nullptr);
+  EXPECT_EQ(the_filter().library.error_detail, nullptr);
+  EXPECT_EQ(the_filter().library.missing_glyph, nullptr);
 }
 
 /// The font of mincho G1, size 1.
 FontSize& some_font() {
-  return find_font_set(kTypefaceMincho, kCodeSetG1)->sizes[1];
+  return find_font_set(the_filter().fonts, kTypefaceMincho, kCodeSetG1)->sizes[1];
 }
 
 constexpr int kSomeFontId = 77;
@@ -55,9 +58,9 @@ GlyphRequest some_request() {
 class FalLibraryTest : public testing::FontLibraryTest {
  protected:
   /// fal_read_glyph; what it writes to standard error goes to `message_`.
-  int read(const GlyphRequest& request, int report_flag = 1) {
+  Status read(const GlyphRequest& request, int report_flag = 1) {
     const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-    const int status = fal_read_glyph(request, glyph_, report_flag);
+    const Status status = fal_read_glyph(the_filter().fonts, request, glyph_, report_flag);
     message_ = standard_error.text();
     return status;
   }
@@ -70,20 +73,20 @@ class FalLibraryTest : public testing::FontLibraryTest {
 
 TEST_F(FalLibraryTest, WithoutTheLibraryNothingIsLoadedAndNothingReported) {
   const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-  EXPECT_EQ(fal_load(), -128);
+  EXPECT_EQ(fal_load(the_filter().library), -128);
   expect_not_loaded();
   EXPECT_EQ(standard_error.text(), "");
 }
 
 TEST_F(FalLibraryTest, AFileThatIsNoLibraryCountsAsMissing) {
   testing::write_file(fixed_paths::kFontLibrary, "no shared object");
-  EXPECT_EQ(fal_load(), -128);
+  EXPECT_EQ(fal_load(the_filter().library), -128);
   expect_not_loaded();
 }
 
 TEST_F(FalLibraryTest, WhatIsNoRegularFileCountsAsMissing) {
   testing::for_each_odd_file(fixed_paths::kFontLibrary, [] {
-    EXPECT_EQ(fal_load(), kFalUnavailable);
+    EXPECT_EQ(fal_load(the_filter().library), ST_NO_FONT_LIBRARY);
     expect_not_loaded();
   });
 }
@@ -95,7 +98,7 @@ TEST_F(FalLibraryTest, ALibraryThatLacksOneEntryPointCountsAsMissing) {
     SCOPED_TRACE(entry_point);
     testing::install_font_library_without(entry_point);
     const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-    EXPECT_EQ(fal_load(), -128);
+    EXPECT_EQ(fal_load(the_filter().library), -128);
     expect_not_loaded();
     EXPECT_EQ(standard_error.text(), "");
     EXPECT_EQ(take_font_calls(), (Calls{"load", "unload"}));
@@ -104,58 +107,58 @@ TEST_F(FalLibraryTest, ALibraryThatLacksOneEntryPointCountsAsMissing) {
 
 TEST_F(FalLibraryTest, TheCompleteLibraryIsLoadedWithAllEntryPoints) {
   testing::install_font_library();
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_NE(fal_library.handle, nullptr);
-  EXPECT_NE(fal_library.open_sys_font, nullptr);
-  EXPECT_NE(fal_library.read_font, nullptr);
-  EXPECT_NE(fal_library.close_font, nullptr);
-  EXPECT_NE(fal_library.free_font_list, nullptr);
-  EXPECT_NE(fal_library.error_class, nullptr);
-  EXPECT_NE(fal_library.error_detail, nullptr);
-  EXPECT_NE(fal_library.missing_glyph, nullptr);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  EXPECT_NE(the_filter().library.handle, nullptr);
+  EXPECT_NE(the_filter().library.open_sys_font, nullptr);
+  EXPECT_NE(the_filter().library.read_font, nullptr);
+  EXPECT_NE(the_filter().library.close_font, nullptr);
+  EXPECT_NE(the_filter().library.free_font_list, nullptr);
+  EXPECT_NE(the_filter().library.error_class, nullptr);
+  EXPECT_NE(the_filter().library.error_detail, nullptr);
+  EXPECT_NE(the_filter().library.missing_glyph, nullptr);
 }
 
 TEST_F(FalLibraryTest, LoadingTwiceLoadsOnceAndOneUnloadReleasesIt) {
   testing::install_font_library();
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_EQ(fal_unload(), 0);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  fal_unload(the_filter().library);
   EXPECT_EQ(take_font_calls(), (Calls{"load", "unload"}));
   expect_not_loaded();
 }
 
 TEST_F(FalLibraryTest, UnloadingWithoutALoadedLibraryDoesNothing) {
-  EXPECT_EQ(fal_unload(), 0);
+  fal_unload(the_filter().library);
   testing::install_font_library();
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_EQ(fal_unload(), 0);
-  EXPECT_EQ(fal_unload(), 0);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  fal_unload(the_filter().library);
+  fal_unload(the_filter().library);
   EXPECT_EQ(take_font_calls(), (Calls{"load", "unload"}));
 }
 
 TEST_F(FalLibraryTest, AnUnloadedLibraryCanBeLoadedAgain) {
   testing::install_font_library();
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_EQ(fal_unload(), 0);
-  EXPECT_EQ(fal_load(), 0);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  fal_unload(the_filter().library);
+  EXPECT_EQ(fal_load(the_filter().library), 0);
   EXPECT_EQ(take_font_calls(), (Calls{"load", "unload", "load"}));
 }
 
 TEST_F(FalLibraryTest, TheLibraryIsAvailableWhenLoadedAndTheJobSaysSo) {
   testing::install_font_library();
-  EXPECT_EQ(fal_load(), 0);
-  EXPECT_FALSE(fal_available());
-  job_settings.font_library_loaded = 1;
-  EXPECT_TRUE(fal_available());
-  fal_unload();
-  EXPECT_FALSE(fal_available());
+  EXPECT_EQ(fal_load(the_filter().library), 0);
+  EXPECT_FALSE(fal_available(the_filter().library));
+  the_filter().job.font_library_loaded = 1;
+  EXPECT_TRUE(fal_available(the_filter().library));
+  fal_unload(the_filter().library);
+  EXPECT_FALSE(fal_available(the_filter().library));
 }
 
 // Messages
 
 std::string reported(int error_class, const char* file_name, int detail) {
   const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-  fal_report(error_class, file_name, detail);
+  fal_report(the_filter().library, error_class, file_name, detail);
   return standard_error.text();
 }
 
@@ -212,8 +215,8 @@ TEST_F(FalLibraryTest, TypefaceCodeSetAndSizeSelectTheFont) {
     for (int code_set = 0; code_set < kCodeSets; ++code_set) {
       for (int size_index = 0; size_index < static_cast<int>(kFontSizes); ++size_index) {
         const int font_id = 1000 + typeface * 100 + code_set * 10 + size_index;
-        find_font_set(typeface, code_set)->sizes[static_cast<std::size_t>(size_index)] = {
-            1, 0, font_id, 24, 24};
+        find_font_set(the_filter().fonts, typeface, code_set)
+            ->sizes[static_cast<std::size_t>(size_index)] = {1, 0, font_id, 24, 24};
         take_font_calls();
         EXPECT_EQ(read({typeface, code_set, size_index, 100, 100, 0x8FF5A1}), 0);
         EXPECT_EQ(take_font_calls(), (Calls{"read " + std::to_string(font_id) + " 8ff5a1 24x24"}));
@@ -292,7 +295,7 @@ TEST_F(FalLibraryTest, TypefaceAndCodeSetOutOfRangeAreRefused) {
 TEST_F(FalLibraryTest, WithoutTheLibraryEveryCharacterIsUndefined) {
   open_some_font(24, 24);
   EXPECT_EQ(read(some_request()), 1);
-  job_settings.font_library_loaded = 1;
+  the_filter().job.font_library_loaded = 1;
   EXPECT_EQ(read(some_request()), 1);
 }
 
@@ -300,7 +303,7 @@ TEST_F(FalLibraryTest, ALibraryThatTheJobDoesNotCountAsLoadedIsNotAsked) {
   load("");
   take_font_calls();
   open_some_font(24, 24);
-  job_settings.font_library_loaded = 0;
+  the_filter().job.font_library_loaded = 0;
   EXPECT_EQ(read(some_request()), 1);
   EXPECT_EQ(take_font_calls(), Calls{});
 }

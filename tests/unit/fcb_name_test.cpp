@@ -8,30 +8,33 @@
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::CaptureDescriptor;
 using testing::condition_record;
 using testing::make_record;
 
-class FcbName : public ::testing::Test {
+class FcbNameTest : public ::testing::Test {
  protected:
-  FcbName() { job_settings.program_name = "filter"; }
-  ~FcbName() override { reset_job_settings(); }
+  FcbNameTest() { the_filter().messages.program_name = "filter"; }
+  ~FcbNameTest() override { restart_settings(); }
 
   /// The name that the record gives, or the message with which it is refused.
   static std::string name_of(const CommandRecord& record) {
     const CaptureDescriptor error(STDERR_FILENO);
-    const char* name = "untouched";
-    const int status = fcb_name_from_record(record, name);
+    FcbName name{"****"};
+    const Status status = fcb_name_from_record(the_filter().messages, record, name);
     if (status == 0) {
       EXPECT_EQ(error.text(), "");
-      return name;
+      return name.data();
     }
     EXPECT_EQ(status, 1);
-    EXPECT_STREQ(name, "untouched");
     return error.text();
   }
 
@@ -47,30 +50,30 @@ class FcbName : public ::testing::Test {
 constexpr const char* kDataError = "filter: FCB data error\n";
 constexpr const char* kNameError = "filter: FCB name error\n";
 
-TEST_F(FcbName, TwoLettersAndTwoSpacesGiveATwoLetterName) {
+TEST_F(FcbNameTest, TwoLettersAndTwoSpacesGiveATwoLetterName) {
   EXPECT_EQ(name_of_field("AB  "), "AB");
 }
 
-TEST_F(FcbName, ADashIsANameError) {
+TEST_F(FcbNameTest, ADashIsANameError) {
   EXPECT_EQ(name_of_field("A-B "), kNameError);
 }
 
-TEST_F(FcbName, FourLettersOrDigitsAreTheWholeName) {
+TEST_F(FcbNameTest, FourLettersOrDigitsAreTheWholeName) {
   EXPECT_EQ(name_of_field("aZ09"), "aZ09");
 }
 
-TEST_F(FcbName, NamesOfEveryLength) {
+TEST_F(FcbNameTest, NamesOfEveryLength) {
   EXPECT_EQ(name_of_field("    "), "");
   EXPECT_EQ(name_of_field("A   "), "A");
   EXPECT_EQ(name_of_field("ABC "), "ABC");
 }
 
-TEST_F(FcbName, NothingBehindTheFirstBlankIsLookedAt) {
+TEST_F(FcbNameTest, NothingBehindTheFirstBlankIsLookedAt) {
   EXPECT_EQ(name_of_field("A -/"), "A");
   EXPECT_EQ(name_of_field(" ABC"), "");
 }
 
-TEST_F(FcbName, EveryOtherByteIsANameErrorInEveryPlace) {
+TEST_F(FcbNameTest, EveryOtherByteIsANameErrorInEveryPlace) {
   for (std::size_t place = 0; place < 4; ++place) {
     for (int byte = 0; byte < 256; ++byte) {
       std::string field = "AAAA";
@@ -90,13 +93,13 @@ TEST_F(FcbName, EveryOtherByteIsANameErrorInEveryPlace) {
 
 // The first data byte stands two bytes behind the blank, the layout digit two bytes behind that:
 // with the length 100 (three digits) the layout is byte 11, the name byte 26 (layout 2) or 22.
-TEST_F(FcbName, LayoutTwoReadsTheColumnsBehindTheCounts) {
+TEST_F(FcbNameTest, LayoutTwoReadsTheColumnsBehindTheCounts) {
   std::string record = "\x1bQ1;100 n  2" + std::string(97, '.');
   record.replace(26, 4, "FRM2");
   EXPECT_EQ(name_of_bytes(record), "FRM2");
 }
 
-TEST_F(FcbName, OtherLayoutsReadTheColumnsOfTheCounts) {
+TEST_F(FcbNameTest, OtherLayoutsReadTheColumnsOfTheCounts) {
   for (const char layout : {'0', '1', '3', ' ', 'x'}) {
     std::string record = "\x1bQ1;100 n  " + std::string(1, layout) + std::string(97, '.');
     record.replace(22, 4, "FRM1");
@@ -104,19 +107,19 @@ TEST_F(FcbName, OtherLayoutsReadTheColumnsOfTheCounts) {
   }
 }
 
-TEST_F(FcbName, ColumnsMoveWithTheDigitsOfTheLength) {
+TEST_F(FcbNameTest, ColumnsMoveWithTheDigitsOfTheLength) {
   EXPECT_EQ(name_of_bytes("\x1bQ1;30 n  2              FRM2"), "FRM2");
   EXPECT_EQ(name_of_bytes("\x1bQ1;0030 n  2              FRM2"), "FRM2");
   EXPECT_EQ(name_of_bytes("\x1bQ1;30 n  0          FRM1"), "FRM1");
 }
 
-TEST_F(FcbName, LengthWithLotsOfLeadingZeros) {
+TEST_F(FcbNameTest, LengthWithLotsOfLeadingZeros) {
   const std::string zeros(1000, '0');
   EXPECT_EQ(name_of_bytes("\x1bQ1;" + zeros + "30 n  2              FRM2"), "FRM2");
   EXPECT_EQ(name_of_bytes("\x1bQ1;" + zeros + " n  2              FRM2"), kDataError);
 }
 
-TEST_F(FcbName, LengthBehindAnyNumberOfTabs) {
+TEST_F(FcbNameTest, LengthBehindAnyNumberOfTabs) {
   for (const std::size_t count : {1U, 27U, 28U, 30U, 31U, 32U, 500U}) {
     const std::string tabs(count, '\t');
     EXPECT_EQ(name_of_bytes("\x1bQ12" + tabs + "100;100 n  2              FRM2"), "FRM2") << count;
@@ -125,7 +128,7 @@ TEST_F(FcbName, LengthBehindAnyNumberOfTabs) {
   }
 }
 
-TEST_F(FcbName, LengthUpToSixteenIsADataError) {
+TEST_F(FcbNameTest, LengthUpToSixteenIsADataError) {
   for (int length = 0; length <= 16; ++length) {
     EXPECT_EQ(name_of_bytes("\x1bQ1;" + std::to_string(length) + " n  2              FRM2"),
               kDataError)
@@ -134,20 +137,20 @@ TEST_F(FcbName, LengthUpToSixteenIsADataError) {
   EXPECT_EQ(name_of_bytes("\x1bQ1;17 n  2              FRM2"), "FRM2");
 }
 
-TEST_F(FcbName, BlankInPlaceOfTheLengthIsADataError) {
+TEST_F(FcbNameTest, BlankInPlaceOfTheLengthIsADataError) {
   EXPECT_EQ(name_of_bytes("\x1bQ1; n  2              FRM2"), kDataError);
 }
 
-TEST_F(FcbName, LengthThatIsNoNumberIsADataError) {
+TEST_F(FcbNameTest, LengthThatIsNoNumberIsADataError) {
   EXPECT_EQ(name_of_bytes("\x1bQ10;30 n  2              FRM2"), kDataError);
 }
 
-TEST_F(FcbName, RecordThatEndsBeforeTheLengthIsADataError) {
+TEST_F(FcbNameTest, RecordThatEndsBeforeTheLengthIsADataError) {
   EXPECT_EQ(name_of_bytes("\x1bQ1;"), kDataError);
   EXPECT_EQ(name_of_bytes(""), kDataError);
 }
 
-TEST_F(FcbName, RecordThatEndsInsideTheNameIsCutThere) {
+TEST_F(FcbNameTest, RecordThatEndsInsideTheNameIsCutThere) {
   const std::string whole = "\x1bQ1;30 n  2              FRM2";
   const std::string name = "FRM2";
   for (std::size_t missing = 0; missing <= 4; ++missing) {
@@ -155,46 +158,17 @@ TEST_F(FcbName, RecordThatEndsInsideTheNameIsCutThere) {
   }
 }
 
-TEST_F(FcbName, RecordThatEndsBeforeTheNameGivesTheEmptyName) {
+TEST_F(FcbNameTest, RecordThatEndsBeforeTheNameGivesTheEmptyName) {
   const std::string whole = "\x1bQ1;30 n  2";
   for (std::size_t length = 6; length <= whole.size(); ++length) {
     EXPECT_EQ(name_of_bytes(whole.substr(0, length)), "") << length;
   }
 }
 
-TEST_F(FcbName, DataThatIsStillInTheInputGivesTheEmptyName) {
+TEST_F(FcbNameTest, DataThatIsStillInTheInputGivesTheEmptyName) {
   CommandRecord record = make_record(CMD_Q_NL_SP, "\x1bQ1;5000 n");
   record.pending = 5000;
   EXPECT_EQ(name_of(record), "");
-}
-
-TEST_F(FcbName, NextCallOverwritesTheBuffer) {
-  const char* first = nullptr;
-  const char* second = nullptr;
-  ASSERT_EQ(fcb_name_from_record(condition_record({.layout = "2", .fcb_name = "ABCD"}), first), 0);
-  ASSERT_EQ(fcb_name_from_record(condition_record({.layout = "2", .fcb_name = "X"}), second), 0);
-  EXPECT_EQ(first, second);
-  EXPECT_STREQ(first, "X");
-}
-
-TEST(RecordShapeTest, LayoutIsFourBytesBehindTheBlank) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, "\x1bQ1;100 n  2"));
-  EXPECT_TRUE(shape.has_length);
-  EXPECT_EQ(shape.data_length, 100);
-  EXPECT_EQ(shape.layout, 11U);
-}
-
-TEST(RecordShapeTest, FullRecordWithoutABlankEndsAtItsEnd) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, std::string(4096, '0')));
-  EXPECT_TRUE(shape.has_length);
-  EXPECT_EQ(shape.data_length, 0);
-  EXPECT_EQ(shape.layout, 4100U);
-}
-
-TEST(RecordShapeTest, NumberEndsAtTheFirstByteThatIsNoDigit) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, "\x1bQab99;12 n"));
-  EXPECT_EQ(shape.data_length, 99);
-  EXPECT_EQ(shape.layout, 13U);
 }
 
 }  // namespace

@@ -14,9 +14,13 @@
 #include "support/descriptors.h"
 #include "support/environment_file.h"
 #include "support/odd_files.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::bytes;
 using testing::CaptureDescriptor;
@@ -25,32 +29,33 @@ using testing::write_file;
 class Fcb : public ::testing::Test {
  protected:
   Fcb() {
-    job_settings.program_name = "filter";
-    reset_environment_file();
+    the_filter().messages.program_name = "filter";
+    the_filter().environment = {};
   }
   ~Fcb() override {
-    reset_job_settings();
-    reset_environment_file();
+    restart_settings();
+    the_filter().environment = {};
   }
 
   static ResourceDirectories directory_list(const std::vector<std::string>& names) {
     ResourceDirectories directories;
     for (const std::string& name : names) {
-      name.copy(directories.entries[directories.count++].data(), kMaxNameBytes);
+      directories.append(name);
     }
     return directories;
   }
 
   /// The status of loading a form, whose message it checks.
-  int load_named(const std::string& name, const std::vector<std::string>& directories) {
+  Status load_named(const std::string& name, const std::vector<std::string>& directories) {
     const CaptureDescriptor error(STDERR_FILENO);
-    const int status = fcb_load(name.c_str(), table_, directory_list(directories));
+    const Status status =
+        fcb_load(the_filter().forms, name.c_str(), table_, directory_list(directories));
     EXPECT_EQ(error.text(), status == 0 ? "" : "filter: FCB data error\n");
     return status;
   }
 
   /// The status of loading a form with this text.
-  int load(const std::string& text) {
+  Status load(const std::string& text) {
     write_file("forms/fcbe/FORM", text);
     return load_named("FORM", {"forms"});
   }
@@ -71,7 +76,7 @@ class Fcb : public ::testing::Test {
 
   static void round_to_half_inch(bool on) {
     write_file(fixed_paths::kEnvironmentFile, on ? "*COMMON\nFCBPRINT:2\n" : "*COMMON\n");
-    reset_environment_file();
+    the_filter().environment = {};
   }
 
   FcbTable table_;
@@ -569,7 +574,7 @@ class FcbLength : public Fcb {
  protected:
   template <std::size_t N>
   void expect_lengths(int stream_variant, const std::array<LengthCase, N>& cases) {
-    job_settings.stream_variant = stream_variant;
+    the_filter().command_line.stream_variant = stream_variant;
     for (const LengthCase& one : cases) {
       round_to_half_inch(false);
       expect_length(one.length, one.whole);
@@ -605,8 +610,8 @@ TEST_F(FcbLength, Length30000IsTenHalfInchesByDefaultAndEightWithTheEnvironmentF
 
 TEST_F(FcbLength, NoEnvironmentFileRoundsUpToTheInch) {
   expect_length("14401", 6);
-  job_settings.stream_variant = 4;
-  reset_environment_file();
+  the_filter().command_line.stream_variant = 4;
+  the_filter().environment = {};
   expect_length("5000", 8);
 }
 
@@ -614,10 +619,10 @@ TEST_F(FcbLength, EnvironmentFileIsLookedAtOnlyWhenALengthIsNotWholeInches) {
   for (const char* const text : {"", "lpi 1200 10\n", "print 1\n", "print 1 79200\n",
                                  "print 1 5000\n", "print 1 200000\n"}) {
     EXPECT_EQ(load(text), 0);
-    EXPECT_EQ(environment_file.loaded, 0) << text;
+    EXPECT_EQ(the_filter().environment.loaded, 0) << text;
   }
   EXPECT_EQ(load("print 1 79201\n"), 0);
-  EXPECT_EQ(environment_file.loaded, 1);
+  EXPECT_EQ(the_filter().environment.loaded, 1);
 }
 
 TEST_F(FcbLength, OneFreeDescriptorIsEnough) {
@@ -630,16 +635,16 @@ TEST_F(FcbLength, OneFreeDescriptorIsEnough) {
   // Two more are what catching the messages takes.
   const rlimit just_one{static_cast<rlim_t>(next_descriptor) + 3, limit.rlim_max};
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &just_one), 0);
-  const int status = load_named("FORM", {"forms"});
+  const Status status = load_named("FORM", {"forms"});
   setrlimit(RLIMIT_NOFILE, &limit);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(table_.form_halfinch, 8);
 }
 
 TEST_F(FcbLength, RaisedLengthOfStreamVariant4LooksAtTheEnvironmentFile) {
-  job_settings.stream_variant = 4;
+  the_filter().command_line.stream_variant = 4;
   EXPECT_EQ(load("print 1 7200\n"), 0);
-  EXPECT_EQ(environment_file.loaded, 1);
+  EXPECT_EQ(the_filter().environment.loaded, 1);
 }
 
 TEST_F(FcbLength, EnvironmentFileIsReadOncePerProcess) {
@@ -655,7 +660,7 @@ TEST_F(FcbLength, DigitsBehindTheOneThatPassesTheCeilingAreNotLookedAt) {
   expect_length("999999-+", 40);
   expect_error("print 1 144000x\n");
   expect_error("print 1 14400x\n");
-  job_settings.stream_variant = 4;
+  the_filter().command_line.stream_variant = 4;
   expect_length("100801x", 28);
   expect_error("print 1 100800x\n");
 }
@@ -672,7 +677,7 @@ TEST_F(FcbLength, HeightCheckTakesTheLengthBeforeRounding) {
 TEST_F(FcbLength, HeightCheckTakesTheRaisedLength) {
   expect_lines("print 1 5000\nlpi 1200 6\n", run(6, 6));
   expect_error("print 1 5000\nlpi 1200 6\nlpi 600 1\n");
-  job_settings.stream_variant = 4;
+  the_filter().command_line.stream_variant = 4;
   expect_lines("print 1 5000\nlpi 1200 21\n", run(21, 6));
   EXPECT_EQ(table_.form_halfinch, 8);
   expect_error("print 1 5000\nlpi 1200 21\nlpi 600 1\n");
@@ -681,7 +686,7 @@ TEST_F(FcbLength, HeightCheckTakesTheRaisedLength) {
 TEST_F(FcbLength, HeightCheckTakesTheCutLength) {
   expect_lines("print 1 200000\nlpi 2400 60\n", run(60, 3));
   expect_error("print 1 200000\nlpi 2400 61\n");
-  job_settings.stream_variant = 4;
+  the_filter().command_line.stream_variant = 4;
   expect_lines("print 1 200000\nlpi 2400 42\n", run(42, 3));
   expect_error("print 1 200000\nlpi 2400 43\n");
 }

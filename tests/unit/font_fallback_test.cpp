@@ -9,9 +9,12 @@
 
 #include "support/font_sets_fixture.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::description_line;
 using testing::expect_font;
@@ -90,7 +93,7 @@ TEST_F(FontFallbackTest, WithoutAnyFontNothingIsOpenAndThatIsNoError) {
     load_and_open("", variant);
     EXPECT_EQ(status_, 0);
     EXPECT_EQ(message_, "");
-    for (const FontSet& set : font_sets.sets) {
+    for (const FontSet& set : the_filter().fonts.sets) {
       for (std::size_t index = 0; index < kFontSizes; ++index) {
         expect_unopened(set.sizes[index]);
         const bool marked = variant.font_class == 2 && (index == 1 || index == 2 || index == 4);
@@ -179,7 +182,7 @@ TEST_F(FontFallbackTest, Index5BorrowsTheFontOfIndex3InClass1Only) {
   for (const Variant& variant : kClasses) {
     SCOPED_TRACE(variant.font_class);
     load_and_open("every-font\n", variant);
-    for (const FontSet& set : font_sets.sets) {
+    for (const FontSet& set : the_filter().fonts.sets) {
       if (variant.font_class == 1) {
         expect_font(set.sizes[5], set.sizes[3].font_id, 0);
         EXPECT_EQ(set.sizes[5].read_h, 36);

@@ -11,9 +11,12 @@
 #include "job/settings.h"
 #include "support/font_sets_fixture.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::append_open_calls;
 using testing::description_line;
@@ -51,25 +54,25 @@ TEST_F(FontSetsTest, ClassesOfVariantsAndResolutions) {
 TEST_F(FontSetsTest, FontVariant2WithoutHighResolutionFontsIsInvalid) {
   load("every-font\n");
   EXPECT_EQ(open({1, 0, 1}), 0);
-  const FontSets before = font_sets;
+  const FontSets before = the_filter().fonts;
   take_font_calls();
-  EXPECT_EQ(fonts_open(2, 0, 1, 1), -1);
-  EXPECT_EQ(fonts_open(3, 1, 1, 1), -1);
-  EXPECT_EQ(fonts_open(-1, 0, 1, 1), -1);
+  EXPECT_EQ(fonts_open(the_filter().fonts, 2, 0, 1, 1), -1);
+  EXPECT_EQ(fonts_open(the_filter().fonts, 3, 1, 1, 1), -1);
+  EXPECT_EQ(fonts_open(the_filter().fonts, -1, 0, 1, 1), -1);
   EXPECT_EQ(take_font_calls(), Calls{});
   for (std::size_t set = 0; set < before.sets.size(); ++set) {
     for (std::size_t index = 0; index < kFontSizes; ++index) {
-      expect_same(font_sets.sets[set].sizes[index], before.sets[set].sizes[index]);
+      expect_same(the_filter().fonts.sets[set].sizes[index], before.sets[set].sizes[index]);
     }
   }
 }
 
 TEST_F(FontSetsTest, WithoutTheLibraryAllFontsAreForgottenAndThatIsNoError) {
-  for (FontSet& set : font_sets.sets) {
+  for (FontSet& set : the_filter().fonts.sets) {
     set.sizes.fill({1, 1, 55, 24, 24});
   }
   EXPECT_EQ(open({1, 0, 1}), 0);
-  for (const FontSet& set : font_sets.sets) {
+  for (const FontSet& set : the_filter().fonts.sets) {
     for (const FontSize& size : set.sizes) {
       expect_unopened(size);
       EXPECT_EQ(size.enlarged, 0);
@@ -80,9 +83,9 @@ TEST_F(FontSetsTest, WithoutTheLibraryAllFontsAreForgottenAndThatIsNoError) {
 TEST_F(FontSetsTest, ALibraryThatTheJobDoesNotCountAsLoadedIsNotAsked) {
   load("every-font\n");
   take_font_calls();
-  job_settings.font_library_loaded = 0;
+  the_filter().job.font_library_loaded = 0;
   EXPECT_EQ(open({1, 0, 1}), 0);
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), Calls{});
 }
 
@@ -134,7 +137,9 @@ TEST_F(FontSetsTest, TheEnvironmentIsSetBeforeEachSetIsOpened) {
         setenv("LANG", "C", 1);
         unsetenv("FAL_LANG");
         take_font_calls();
-        EXPECT_EQ(font_set_open(set_of(typeface, code_set), typeface, code_set, 1, 1), 0);
+        EXPECT_EQ(
+            font_set_open(the_filter().fonts, set_of(typeface, code_set), typeface, code_set, 1, 1),
+            0);
         Calls expected;
         append_open_calls(expected, {1, 0, 1}, style_of(typeface), library_set_of(code_set));
         EXPECT_EQ(take_font_calls(), expected);
@@ -201,20 +206,20 @@ TEST_F(FontSetsTest, AnErrorAtAnySizeClosesWhatWasOpenedAndEndsTheOpening) {
 TEST_F(FontSetsTest, AfterAnErrorNoFontIsOpenAnyMore) {
   load_and_open("every-font\nopen-error 2 4 40 36 3 0\n", {1, 0, 1});
   EXPECT_EQ(message_, "filter: can't get area\n");
-  for (const FontSet& set : font_sets.sets) {
+  for (const FontSet& set : the_filter().fonts.sets) {
     for (const FontSize& size : set.sizes) {
       expect_unopened(size);
     }
   }
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), Calls{});
 }
 
 TEST_F(FontSetsTest, WithoutTheReportFlagAnErrorIsSilent) {
   load("every-font\nopen-error 1 2 16 16 8 13\n");
   const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-  EXPECT_EQ(fonts_open(1, 0, 0, 1), -129);
+  EXPECT_EQ(fonts_open(the_filter().fonts, 1, 0, 0, 1), -129);
   EXPECT_EQ(standard_error.text(), "");
 }
 
@@ -231,7 +236,7 @@ TEST_F(FontSetsTest, AnErrorIsReportedBeforeItsListIsFreed) {
 TEST_F(FontSetsTest, OneSetKeepsWhatWasOpenedBeforeAnError) {
   load("every-font\nopen-error 1 2 30 28 8 13\n");
   FontSet& set = set_of(kTypefaceMincho, kCodeSetG1);
-  EXPECT_EQ(font_set_open(set, kTypefaceMincho, kCodeSetG1, 1, 0), -129);
+  EXPECT_EQ(font_set_open(the_filter().fonts, set, kTypefaceMincho, kCodeSetG1, 1, 0), -129);
   EXPECT_EQ(set.sizes[0].font_id, standin_font_id(1, 2, 16, 16));
   EXPECT_EQ(set.sizes[1].font_id, standin_font_id(1, 2, 24, 22));
   expect_unopened(set.sizes[2]);
@@ -241,22 +246,22 @@ TEST_F(FontSetsTest, OneSetKeepsWhatWasOpenedBeforeAnError) {
 // Lookup
 
 TEST_F(FontSetsTest, SetsStandInTheOrderOfOpening) {
-  EXPECT_EQ(find_font_set(0, kCodeSetG1), font_sets.sets.data());
-  EXPECT_EQ(find_font_set(0, kCodeSetG3), &font_sets.sets[1]);
-  EXPECT_EQ(find_font_set(1, kCodeSetG1), &font_sets.sets[2]);
-  EXPECT_EQ(find_font_set(1, kCodeSetG3), &font_sets.sets[3]);
-  EXPECT_EQ(find_font(1, kCodeSetG3, 5), &font_sets.sets[3].sizes[5]);
+  EXPECT_EQ(find_font_set(the_filter().fonts, 0, kCodeSetG1), the_filter().fonts.sets.data());
+  EXPECT_EQ(find_font_set(the_filter().fonts, 0, kCodeSetG3), &the_filter().fonts.sets[1]);
+  EXPECT_EQ(find_font_set(the_filter().fonts, 1, kCodeSetG1), &the_filter().fonts.sets[2]);
+  EXPECT_EQ(find_font_set(the_filter().fonts, 1, kCodeSetG3), &the_filter().fonts.sets[3]);
+  EXPECT_EQ(find_font(the_filter().fonts, 1, kCodeSetG3, 5), &the_filter().fonts.sets[3].sizes[5]);
 }
 
 TEST_F(FontSetsTest, NumbersOutOfRangeHaveNoFont) {
   for (const int outside : {-1, 2}) {
-    EXPECT_EQ(find_font_set(outside, 0), nullptr);
-    EXPECT_EQ(find_font_set(0, outside), nullptr);
-    EXPECT_EQ(find_font(outside, 0, 0), nullptr);
-    EXPECT_EQ(find_font(0, outside, 0), nullptr);
+    EXPECT_EQ(find_font_set(the_filter().fonts, outside, 0), nullptr);
+    EXPECT_EQ(find_font_set(the_filter().fonts, 0, outside), nullptr);
+    EXPECT_EQ(find_font(the_filter().fonts, outside, 0, 0), nullptr);
+    EXPECT_EQ(find_font(the_filter().fonts, 0, outside, 0), nullptr);
   }
-  EXPECT_EQ(find_font(0, 0, -1), nullptr);
-  EXPECT_EQ(find_font(0, 0, 6), nullptr);
+  EXPECT_EQ(find_font(the_filter().fonts, 0, 0, -1), nullptr);
+  EXPECT_EQ(find_font(the_filter().fonts, 0, 0, 6), nullptr);
 }
 
 }  // namespace

@@ -10,9 +10,12 @@
 #include "fonts/fal_library.h"
 #include "support/font_sets_fixture.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::append_open_calls;
 using testing::expect_font;
@@ -36,7 +39,7 @@ TEST_F(FontsCloseTest, EveryFontIsClosedOnceInTheOrderOfTheSets) {
     SCOPED_TRACE(variant.font_class);
     load_and_open("every-font\n", variant);
     take_font_calls();
-    fonts_close();
+    fonts_close(the_filter().fonts);
     Calls expected;
     for (const int style : {1, 2}) {
       for (const int code_set : {2, 4}) {
@@ -53,7 +56,7 @@ TEST_F(FontsCloseTest, EveryFontIsClosedOnceInTheOrderOfTheSets) {
 TEST_F(FontsCloseTest, CopiesOfTheSecondTypefaceAreNotClosedAgain) {
   load_and_open("every-font\n", {0, 0, 0}, 0);
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(),
             (Calls{"close 122422", "close 122424", "close 142422", "close 142424"}));
 }
@@ -61,7 +64,7 @@ TEST_F(FontsCloseTest, CopiesOfTheSecondTypefaceAreNotClosedAgain) {
 TEST_F(FontsCloseTest, AFontSharedByTwoIndexesIsClosedOnce) {
   load_and_open("every-font\nno-font 1 2 24 24\nno-font 2 4 24 22\n", {0, 0, 0});
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), (Calls{"close 122422", "close 142422", "close 142424",
                                       "close 222422", "close 222424", "close 242424"}));
 }
@@ -70,7 +73,7 @@ TEST_F(FontsCloseTest, OneIdentifierForSeveralQueriesIsClosedOnce) {
   load_and_open("font 1 2 24 22 9\nfont 1 4 24 22 9\nfont 2 2 24 24 8\nfont 2 4 24 24 9\n",
                 {0, 0, 0});
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), (Calls{"close 9", "close 8"}));
 }
 
@@ -78,17 +81,17 @@ TEST_F(FontsCloseTest, IdentifiersThatAreNotPositiveAreUsedButNotClosed) {
   load_and_open("font 1 2 24 24 -5\nfont 1 4 24 24 1\n", {0, 0, 0}, 0);
   expect_font(set_of(kTypefaceMincho, kCodeSetG1).sizes[3], -5, 1);
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), (Calls{"close 1"}));
 }
 
 TEST_F(FontsCloseTest, ClosingTwiceClosesOnce) {
   load_and_open("every-font\n", {0, 0, 0}, 0);
-  fonts_close();
+  fonts_close(the_filter().fonts);
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), Calls{});
-  EXPECT_EQ(font_sets.sets[0].sizes[3].opened, 0);
+  EXPECT_EQ(the_filter().fonts.sets[0].sizes[3].opened, 0);
 }
 
 TEST_F(FontsCloseTest, ReopeningForAnotherResolutionClosesTheOldFontsAndOpensTheNew) {
@@ -96,10 +99,10 @@ TEST_F(FontsCloseTest, ReopeningForAnotherResolutionClosesTheOldFontsAndOpensThe
   const Variant high{1, 1, 2};
   load_and_open("every-font\n", low, 0);
   take_font_calls();
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(open(high, 0), 0);
-  fonts_close();
-  fal_unload();
+  fonts_close(the_filter().fonts);
+  fal_unload(the_filter().library);
   Calls expected;
   const auto append_close_calls = [&](const Variant& variant) {
     for (const int code_set : {2, 4}) {
@@ -119,9 +122,9 @@ TEST_F(FontsCloseTest, ReopeningForAnotherResolutionClosesTheOldFontsAndOpensThe
 
 TEST_F(FontsCloseTest, ReopeningLeavesNothingOfTheOldClass) {
   load_and_open("every-font\n", {1, 0, 1});
-  fonts_close();
+  fonts_close(the_filter().fonts);
   EXPECT_EQ(open({0, 0, 0}), 0);
-  for (const FontSet& set : font_sets.sets) {
+  for (const FontSet& set : the_filter().fonts.sets) {
     for (const std::size_t index : {0U, 1U, 4U, 5U}) {
       expect_unopened(set.sizes[index]);
       EXPECT_EQ(set.sizes[index].enlarged, 0);

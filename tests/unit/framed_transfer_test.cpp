@@ -1,4 +1,4 @@
-#include "input/framed_transfer.h"
+#include "output/frame_writer.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -19,6 +19,7 @@
 #include "support/filter_state.h"
 #include "support/input_stream.h"
 #include "support/interruptions.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -34,18 +35,18 @@ const std::string kEmptyCnt = bytes("0000CNT_PRN_DAT\0");
 
 class FramedTransferTest : public FilterTest {
  protected:
-  FramedTransferTest() { job_settings.framed_output = 1; }
+  FramedTransferTest() { the_filter().command_line.framed_output = 1; }
 
   static void restart() {
     reset_filter();
-    job_settings.framed_output = 1;
+    the_filter().command_line.framed_output = 1;
   }
 
   /// The status of the first prtclin over an input.
-  static int first_status(std::string_view input_bytes) {
+  static Status first_status(std::string_view input_bytes) {
     restart();
     const StandardInput input(input_bytes);
-    return prtclin(&last_byte);
+    return prtclin(the_filter().source.frames, &last_byte);
   }
 
   /// Makes the module stand inside an input frame of the kind with `left` bytes to come.
@@ -53,13 +54,13 @@ class FramedTransferTest : public FilterTest {
     restart();
     const std::string data(left + 1, 'd');
     const StandardInput input(kind == kCntFrame ? cnt_frame(data) : end_frame(data));
-    ASSERT_EQ(prtclin(&last_byte), ST_OK);
-    ASSERT_EQ(frame_left(), left);
+    ASSERT_EQ(prtclin(the_filter().source.frames, &last_byte), ST_OK);
+    ASSERT_EQ(frame_left(the_filter().source.frames), left);
   }
 
-  static int put(std::string_view data) {
-    return directout(static_cast<std::int32_t>(data.size()),
-                     reinterpret_cast<const std::uint8_t*>(data.data()));
+  static void put(std::string_view data) {
+    directout(the_filter().frame_writer, static_cast<std::int32_t>(data.size()),
+              reinterpret_cast<const std::uint8_t*>(data.data()));
   }
 
   static std::uint8_t last_byte;
@@ -68,56 +69,56 @@ class FramedTransferTest : public FilterTest {
 std::uint8_t FramedTransferTest::last_byte = 0;
 
 TEST_F(FramedTransferTest, StartsBetweenFramesWithBothMarkersEnd) {
-  EXPECT_EQ(framed_transfer.frame_kind, kEndFrame);
-  EXPECT_EQ(framed_transfer.last_data_kind, kEndFrame);
-  EXPECT_EQ(frame_left(), 0U);
-  EXPECT_EQ(framed_transfer.out_len, 0);
+  EXPECT_EQ(the_filter().source.frames.frame_kind, kEndFrame);
+  EXPECT_EQ(the_filter().source.frames.last_data_kind, kEndFrame);
+  EXPECT_EQ(frame_left(the_filter().source.frames), 0U);
+  EXPECT_EQ(the_filter().frame_writer.out_len, 0);
 }
 
 TEST_F(FramedTransferTest, DeliversTheDataByteByByte) {
   const StandardInput input(cnt_frame(bytes("a\0\xff")) + end_frame("z"));
   std::uint8_t byte = 0;
-  EXPECT_EQ(prtclin(&byte), ST_OK);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
   EXPECT_EQ(byte, 'a');
-  EXPECT_EQ(frame_left(), 2U);
-  EXPECT_EQ(framed_transfer.frame_kind, kCntFrame);
-  EXPECT_EQ(framed_transfer.last_data_kind, kCntFrame);
-  EXPECT_EQ(prtclin(&byte), ST_OK);
+  EXPECT_EQ(frame_left(the_filter().source.frames), 2U);
+  EXPECT_EQ(the_filter().source.frames.frame_kind, kCntFrame);
+  EXPECT_EQ(the_filter().source.frames.last_data_kind, kCntFrame);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
   EXPECT_EQ(byte, 0);
-  EXPECT_EQ(prtclin(&byte), ST_OK);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
   EXPECT_EQ(byte, 0xff);
-  EXPECT_EQ(frame_left(), 0U);
-  EXPECT_EQ(prtclin(&byte), ST_OK);
+  EXPECT_EQ(frame_left(the_filter().source.frames), 0U);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
   EXPECT_EQ(byte, 'z');
-  EXPECT_EQ(framed_transfer.frame_kind, kEndFrame);
-  EXPECT_EQ(framed_transfer.last_data_kind, kEndFrame);
-  EXPECT_EQ(prtclin(&byte), ST_EOF);
+  EXPECT_EQ(the_filter().source.frames.frame_kind, kEndFrame);
+  EXPECT_EQ(the_filter().source.frames.last_data_kind, kEndFrame);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &byte), ST_EOF);
 }
 
 TEST_F(FramedTransferTest, EndOfInputAtAFrameBorderDependsOnTheLastMarker) {
   EXPECT_EQ(first_status(""), ST_EOF);
   restart();
   const StandardInput input(cnt_frame("a"));
-  EXPECT_EQ(prtclin(&last_byte), ST_OK);
-  EXPECT_EQ(prtclin(&last_byte), 4);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), ST_OK);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 4);
 }
 
 TEST_F(FramedTransferTest, EndOfInputBehindAnEmptyCntFrameIsAMissingEndFrame) {
   const StandardInput input(kEmptyCnt);
-  EXPECT_EQ(prtclin(&last_byte), 3);
-  EXPECT_EQ(framed_transfer.frame_kind, kCntFrame);
-  EXPECT_EQ(framed_transfer.last_data_kind, kEndFrame);
-  EXPECT_EQ(prtclin(&last_byte), 4);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 3);
+  EXPECT_EQ(the_filter().source.frames.frame_kind, kCntFrame);
+  EXPECT_EQ(the_filter().source.frames.last_data_kind, kEndFrame);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 4);
 }
 
 TEST_F(FramedTransferTest, AnEmptyFrameChangesTheMarkerOnly) {
   const StandardInput input(cnt_frame("a") + kEmptyEnd);
-  EXPECT_EQ(prtclin(&last_byte), ST_OK);
-  EXPECT_EQ(prtclin(&last_byte), 3);
-  EXPECT_EQ(framed_transfer.frame_kind, kEndFrame);
-  EXPECT_EQ(framed_transfer.last_data_kind, kCntFrame);
-  EXPECT_EQ(frame_left(), 0U);
-  EXPECT_EQ(prtclin(&last_byte), ST_EOF);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), ST_OK);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 3);
+  EXPECT_EQ(the_filter().source.frames.frame_kind, kEndFrame);
+  EXPECT_EQ(the_filter().source.frames.last_data_kind, kCntFrame);
+  EXPECT_EQ(frame_left(the_filter().source.frames), 0U);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), ST_EOF);
 }
 
 TEST_F(FramedTransferTest, InputThatEndsAfterEachHeaderAndDataByteIsShort) {
@@ -149,7 +150,7 @@ TEST_F(FramedTransferTest, EveryCountDigitCounts) {
       frame[place] = digit;
       const std::size_t count = static_cast<std::size_t>(std::stoul(frame.substr(0, 4)));
       EXPECT_EQ(first_status(frame + std::string(count, 'x')), count == 0 ? 3 : 0);
-      EXPECT_EQ(frame_left() + (count == 0 ? 0 : 1), count);
+      EXPECT_EQ(frame_left(the_filter().source.frames) + (count == 0 ? 0 : 1), count);
       if (count > 0) {
         EXPECT_EQ(first_status(frame + std::string(count - 1, 'x')), 5);
       }
@@ -167,7 +168,7 @@ TEST_F(FramedTransferTest, EveryWrongMarkerByteIsBad) {
         }
         frame[place] = static_cast<char>(value);
         ASSERT_EQ(first_status(frame), 1) << place << ' ' << value;
-        EXPECT_EQ(framed_transfer.frame_kind, kEndFrame);
+        EXPECT_EQ(the_filter().source.frames.frame_kind, kEndFrame);
       }
     }
   }
@@ -183,68 +184,69 @@ TEST_F(FramedTransferTest, AReadErrorInEveryPlaceOfAFrameIsAReadError) {
   for (std::size_t length = 0; length < frame.size(); ++length) {
     restart();
     const FailingInput input(frame.substr(0, length));
-    EXPECT_EQ(prtclin(&last_byte), 129) << length;
+    EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 129) << length;
   }
 }
 
 TEST_F(FramedTransferTest, AReadErrorAtAFrameBorderIsAReadErrorWhateverTheMarker) {
   const FailingInput input(cnt_frame("a"));
-  EXPECT_EQ(prtclin(&last_byte), ST_OK);
-  EXPECT_EQ(prtclin(&last_byte), 129);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), ST_OK);
+  EXPECT_EQ(prtclin(the_filter().source.frames, &last_byte), 129);
 }
 
 TEST_F(FramedTransferTest, TheEndFrameEndPredicate) {
-  EXPECT_TRUE(at_end_frame_end());  // nothing read yet: both markers start as END
+  EXPECT_TRUE(
+      at_end_frame_end(the_filter().source));  // nothing read yet: both markers start as END
   stand_in_frame(kEndFrame, 1);
-  EXPECT_FALSE(at_end_frame_end());
+  EXPECT_FALSE(at_end_frame_end(the_filter().source));
   stand_in_frame(kEndFrame, 0);
-  EXPECT_TRUE(at_end_frame_end());
-  job_settings.framed_output = 0;
-  EXPECT_FALSE(at_end_frame_end());
+  EXPECT_TRUE(at_end_frame_end(the_filter().source));
+  the_filter().command_line.framed_output = 0;
+  EXPECT_FALSE(at_end_frame_end(the_filter().source));
   stand_in_frame(kCntFrame, 0);
-  EXPECT_FALSE(at_end_frame_end());
+  EXPECT_FALSE(at_end_frame_end(the_filter().source));
   stand_in_frame(kCntFrame, 1);
-  EXPECT_FALSE(at_end_frame_end());
+  EXPECT_FALSE(at_end_frame_end(the_filter().source));
 }
 
 TEST_F(FramedTransferTest, EmptyFramesAreWrittenWithTheMarkerInForce) {
   const CaptureDescriptor output(1);
-  framed_transfer.frame_kind = kCntFrame;
-  prtclout();
+  the_filter().source.frames.frame_kind = kCntFrame;
+  prtclout(the_filter().source.frames);
   EXPECT_EQ(output.text(), kEmptyCnt);
-  framed_transfer.frame_kind = kEndFrame;
-  prtclout();
+  the_filter().source.frames.frame_kind = kEndFrame;
+  prtclout(the_filter().source.frames);
   EXPECT_EQ(output.text(), kEmptyCnt + kEmptyEnd);
 }
 
 TEST_F(FramedTransferTest, OutputIsHeldWhileTheInputFrameLasts) {
   stand_in_frame(kCntFrame, 2);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put("ab"), 0);
-  EXPECT_EQ(put("c"), 0);
+  put("ab");
+  put("c");
   EXPECT_EQ(output.text(), "");
-  EXPECT_EQ(framed_transfer.out_len, 3);
+  EXPECT_EQ(the_filter().frame_writer.out_len, 3);
 }
 
 TEST_F(FramedTransferTest, OutputIsWrittenUnderTheInputFramesMarkerWhenItIsUsedUp) {
   for (const FrameKind kind : {kCntFrame, kEndFrame}) {
     stand_in_frame(kind, 1);
     const CaptureDescriptor output(1);
-    EXPECT_EQ(put("ab"), 0);
+    put("ab");
     std::uint8_t byte = 0;
-    ASSERT_EQ(prtclin(&byte), ST_OK);
-    EXPECT_EQ(put("c"), 0);
+    ASSERT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
+    put("c");
     EXPECT_EQ(output.text(),
               kind == kCntFrame ? bytes("0003CNT_PRN_DAT\0abc") : bytes("0003END_PRN_DAT\0abc"));
-    EXPECT_EQ(framed_transfer.out_len, 0);
+    EXPECT_EQ(the_filter().frame_writer.out_len, 0);
   }
 }
 
 TEST_F(FramedTransferTest, EveryPieceBehindTheEndOfTheInputFrameIsAFrame) {
   stand_in_frame(kEndFrame, 0);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put("a"), 0);
-  EXPECT_EQ(put("bc"), 0);
+  put("a");
+  put("bc");
   EXPECT_EQ(output.text(), bytes("0001END_PRN_DAT\0a0002END_PRN_DAT\0bc"));
 }
 
@@ -252,7 +254,7 @@ TEST_F(FramedTransferTest, APieceOfNoBytesWritesAFrameWhenTheInputFrameIsUsedUp)
   for (const FrameKind kind : {kCntFrame, kEndFrame}) {
     stand_in_frame(kind, 0);
     const CaptureDescriptor output(1);
-    EXPECT_EQ(put(""), 0);
+    put("");
     EXPECT_EQ(output.text(), kind == kCntFrame ? kEmptyCnt : kEmptyEnd);
   }
 }
@@ -260,20 +262,20 @@ TEST_F(FramedTransferTest, APieceOfNoBytesWritesAFrameWhenTheInputFrameIsUsedUp)
 TEST_F(FramedTransferTest, APieceOfNoBytesWritesNothingWhileTheInputFrameLasts) {
   stand_in_frame(kCntFrame, 1);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put("a"), 0);
-  EXPECT_EQ(put(""), 0);
+  put("a");
+  put("");
   EXPECT_EQ(output.text(), "");
-  EXPECT_EQ(framed_transfer.out_len, 1);
+  EXPECT_EQ(the_filter().frame_writer.out_len, 1);
 }
 
 TEST_F(FramedTransferTest, ANullPieceDoesNothing) {
   for (const std::size_t left : {0UL, 1UL}) {
     stand_in_frame(kEndFrame, left);
     const CaptureDescriptor output(1);
-    EXPECT_EQ(directout(0, nullptr), 0);
-    EXPECT_EQ(directout(5, nullptr), 0);
+    directout(the_filter().frame_writer, 0, nullptr);
+    directout(the_filter().frame_writer, 5, nullptr);
     EXPECT_EQ(output.text(), "");
-    EXPECT_EQ(framed_transfer.out_len, 0);
+    EXPECT_EQ(the_filter().frame_writer.out_len, 0);
   }
 }
 
@@ -282,7 +284,7 @@ TEST_F(FramedTransferTest, CountsAreWrittenWithFourDigits) {
        {1UL, 9UL, 10UL, 99UL, 100UL, 999UL, 1000UL, 1001UL, 4095UL, 4096UL}) {
     stand_in_frame(kEndFrame, 0);
     const CaptureDescriptor output(1);
-    EXPECT_EQ(put(std::string(size, 'q')), 0);
+    put(std::string(size, 'q'));
     EXPECT_TRUE(output.text() == end_frame(std::string(size, 'q'))) << size;
   }
 }
@@ -290,8 +292,8 @@ TEST_F(FramedTransferTest, CountsAreWrittenWithFourDigits) {
 TEST_F(FramedTransferTest, ACountOf10IsWritten0010And4096Is4096) {
   stand_in_frame(kEndFrame, 0);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put("0123456789"), 0);
-  EXPECT_EQ(put(std::string(4096, 'q')), 0);
+  put("0123456789");
+  put(std::string(4096, 'q'));
   EXPECT_EQ(output.text().substr(0, 46), bytes("0010END_PRN_DAT\0"
                                                "01234567894096END_PRN_DAT\0qqqq"));
 }
@@ -300,17 +302,17 @@ TEST_F(FramedTransferTest, OutputOfMoreThan4096BytesWhileOneInputFrameLasts) {
   for (const FrameKind kind : {kCntFrame, kEndFrame}) {
     stand_in_frame(kind, 1);
     const CaptureDescriptor output(1);
-    EXPECT_EQ(put(std::string(4000, 'a')), 0);
-    EXPECT_EQ(put(std::string(96, 'b')), 0);
+    put(std::string(4000, 'a'));
+    put(std::string(96, 'b'));
     EXPECT_EQ(output.text(), "");
-    EXPECT_EQ(put("c"), 0);
+    put("c");
     const std::string first = cnt_frame(std::string(4000, 'a') + std::string(96, 'b'));
     EXPECT_TRUE(output.text() == first);
-    EXPECT_EQ(put("d"), 0);
+    put("d");
     std::uint8_t byte = 0;
-    ASSERT_EQ(prtclin(&byte), ST_OK);
+    ASSERT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
     EXPECT_TRUE(output.text() == first);
-    EXPECT_EQ(put("e"), 0);
+    put("e");
     EXPECT_TRUE(output.text() == first + (kind == kCntFrame ? cnt_frame("cde") : end_frame("cde")));
   }
 }
@@ -322,12 +324,12 @@ TEST_F(FramedTransferTest, HeldAndNewLengthsAroundTheFrameSize) {
         for (const std::size_t added : {0UL, 1UL, 2UL, 3UL, 4094UL, 4095UL, 4096UL}) {
           stand_in_frame(kind, 1);
           const CaptureDescriptor output(1);
-          EXPECT_EQ(put(std::string(held, 'h')), 0);
+          put(std::string(held, 'h'));
           std::uint8_t byte = 0;
           if (left == 0) {
-            ASSERT_EQ(prtclin(&byte), ST_OK);
+            ASSERT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
           }
-          EXPECT_EQ(put(std::string(added, 'n')), 0);
+          put(std::string(added, 'n'));
           std::string expected;
           std::string gathered = std::string(held, 'h') + std::string(added, 'n');
           if (held + added > 4096) {
@@ -339,7 +341,7 @@ TEST_F(FramedTransferTest, HeldAndNewLengthsAroundTheFrameSize) {
             gathered.clear();
           }
           EXPECT_TRUE(output.text() == expected) << held << ' ' << added << ' ' << left;
-          EXPECT_EQ(framed_transfer.out_len, static_cast<std::int32_t>(gathered.size()));
+          EXPECT_EQ(the_filter().frame_writer.out_len, static_cast<std::int32_t>(gathered.size()));
         }
       }
     }
@@ -349,7 +351,7 @@ TEST_F(FramedTransferTest, HeldAndNewLengthsAroundTheFrameSize) {
 TEST_F(FramedTransferTest, AFullFrameIsWrittenAtOnceWhenNothingIsHeld) {
   stand_in_frame(kCntFrame, 0);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put(std::string(4096, 'f')), 0);
+  put(std::string(4096, 'f'));
   EXPECT_TRUE(output.text() == cnt_frame(std::string(4096, 'f')));
 }
 
@@ -360,11 +362,11 @@ TEST_F(FramedTransferTest, APieceLongerThanAFrameIsDivided) {
       const CaptureDescriptor output(1);
       if (held != 0) {
         std::uint8_t byte = 0;
-        EXPECT_EQ(put("h"), 0);
-        ASSERT_EQ(prtclin(&byte), ST_OK);
+        put("h");
+        ASSERT_EQ(prtclin(the_filter().source.frames, &byte), ST_OK);
       }
       std::string rest(added, 'n');
-      EXPECT_EQ(put(rest), 0);
+      put(rest);
       std::string expected = held != 0 ? cnt_frame("h") : "";
       for (; rest.size() > 4096; rest.erase(0, 4096)) {
         expected += cnt_frame(rest.substr(0, 4096));
@@ -377,33 +379,33 @@ TEST_F(FramedTransferTest, APieceLongerThanAFrameIsDivided) {
 TEST_F(FramedTransferTest, TheSinkCutsLikeAPieceThatDoesNotFit) {
   stand_in_frame(kEndFrame, 1);
   const CaptureDescriptor output(1);
-  EXPECT_EQ(put("abc"), 0);
-  const PieceSink sink = frame_sink();
+  put("abc");
+  const PieceSink sink = frame_sink(the_filter().frame_writer);
   EXPECT_EQ(sink.capacity, 4096);
   EXPECT_EQ(*sink.length, 3);
   sink.bytes[3] = 'd';
   *sink.length = 4;
-  EXPECT_EQ(sink.cut(), 0);
+  sink.cut();
   EXPECT_EQ(*sink.length, 0);
   EXPECT_EQ(output.text(), cnt_frame("abcd"));
 }
 
 TEST_F(FramedTransferTest, TheEndFrameHoldsWhatWasHeld) {
   const CaptureDescriptor output(1);
-  EXPECT_EQ(out_end_frame(), 0);
+  EXPECT_EQ(out_end_frame(the_filter().frame_writer), 0);
   EXPECT_EQ(output.text(), "");
   stand_in_frame(kCntFrame, 1);
-  EXPECT_EQ(put("abc"), 0);
-  EXPECT_EQ(out_end_frame(), 0);
+  put("abc");
+  EXPECT_EQ(out_end_frame(the_filter().frame_writer), 0);
   EXPECT_EQ(output.text(), bytes("0003END_PRN_DAT\0abc"));
 }
 
 TEST_F(FramedTransferTest, TheEndFrameThatCannotBeWrittenIsAFailure) {
   stand_in_frame(kCntFrame, 1);
-  EXPECT_EQ(put("abc"), 0);
+  put("abc");
   const CaptureDescriptor saved(1);
   close(STDOUT_FILENO);
-  EXPECT_EQ(out_end_frame(), 1);
+  EXPECT_EQ(out_end_frame(the_filter().frame_writer), 1);
 }
 
 /// Lets standard output take `room` more bytes and no further one.
@@ -429,8 +431,9 @@ void put_frames_through_a_small_pipe(int flags) {
     const Interruptions interruptions;
     for (int i = 0; i < 20; ++i) {
       const std::string data(4000, static_cast<char>('a' + i));
-      directout(4000, reinterpret_cast<const std::uint8_t*>(data.data()));
-      prtclout();
+      directout(the_filter().frame_writer, 4000,
+                reinterpret_cast<const std::uint8_t*>(data.data()));
+      prtclout(the_filter().source.frames);
       expected += end_frame(data) + kEmptyEnd;
     }
   }
@@ -470,7 +473,7 @@ TEST_F(FramedTransferTest, AnEmptyFrameThatIsNotWrittenWholeEndsTheProcess) {
     EXPECT_EXIT(
         {
           limit_output(room);
-          prtclout();
+          prtclout(the_filter().source.frames);
         },
         ::testing::ExitedWithCode(1), silence());
     EXPECT_EQ(output.text(), kEmptyEnd.substr(0, room));
@@ -488,7 +491,7 @@ TEST_F(FramedTransferTest, AClosedOutputEndsTheProcess) {
   EXPECT_EXIT(
       {
         close(STDOUT_FILENO);
-        prtclout();
+        prtclout(the_filter().source.frames);
       },
       ::testing::ExitedWithCode(1), silence());
 }

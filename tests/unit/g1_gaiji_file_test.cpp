@@ -14,9 +14,13 @@
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/odd_files.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::bytes;
 
@@ -27,14 +31,14 @@ constexpr const char* kCodeError = "filter: g1gaiji code error\n";
 
 class G1GaijiFileTest : public ::testing::Test {
  protected:
-  G1GaijiFileTest() { job_settings.program_name = "filter"; }
-  ~G1GaijiFileTest() override { reset_job_settings(); }
+  G1GaijiFileTest() { the_filter().messages.program_name = "filter"; }
+  ~G1GaijiFileTest() override { restart_settings(); }
 
   /// Loads the range, over an old one.
   void load() {
     range_ = {1, {0x11, 0x22}, {0x33, 0x44}};
     const testing::CaptureDescriptor standard_error(STDERR_FILENO);
-    status_ = g1gaiji_load(range_);
+    status_ = g1gaiji_load(the_filter().messages, range_);
     message_ = standard_error.text();
   }
 
@@ -75,7 +79,7 @@ class G1GaijiFileTest : public ::testing::Test {
 
   testing::ScratchDirectory scratch_;
   G1GaijiRange range_;
-  int status_ = -1;
+  Status status_{-1};
   std::string message_;
 };
 

@@ -22,7 +22,7 @@ std::string nth_code(std::size_t number) {
 }
 
 TEST(GaijiCacheTest, AnEmptyCacheHoldsNothing) {
-  const GaijiCache cache;
+  const GaijiCache cache{};
   EXPECT_EQ(gaiji_cache_find(cache, {}), nullptr);
   EXPECT_EQ(gaiji_cache_find(cache, character(0)), nullptr);
 }

@@ -13,9 +13,12 @@
 #include "support/gaiji_fixture.h"
 #include "support/glyph_bitmap.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::Bitmap;
 using testing::expected_bitmap;
@@ -82,8 +85,8 @@ TEST_F(GaijiDownloadTest, EveryClassAndSizeInNibblesDotByDot) {
         continue;  // the unencoded form
       }
       SCOPED_TRACE(sent.call);
-      job_settings.printer_class = printer_class;
-      job_settings.gaiji_size_index = sent.size_index;
+      the_filter().command_line.printer_class = printer_class;
+      the_filter().job.gaiji_size_index = sent.size_index;
       start(sent.font_variant, sent.high_resolution_fonts, 0, sent.description);
       const std::string output = put(kG1);
       const std::string pattern = pattern_in(output, {std::string("\x1b$D\x1c"
@@ -106,13 +109,13 @@ TEST_F(GaijiDownloadTest, EveryClassAndSizeInNibblesDotByDot) {
 }
 
 TEST_F(GaijiDownloadTest, EveryClassAndSizeUnencodedDotByDot) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   for (const Sent& sent : kAllSent) {
     if (sent.font_variant != 1) {
       continue;  // always in nibbles
     }
     SCOPED_TRACE(sent.call);
-    job_settings.gaiji_size_index = sent.size_index;
+    the_filter().job.gaiji_size_index = sent.size_index;
     start(sent.font_variant, sent.high_resolution_fonts, 0, sent.description);
     const std::string output = put(kG1);
     const std::string pattern = pattern_in(output, {std::string("\x1b$D\x1c"
@@ -128,7 +131,7 @@ TEST_F(GaijiDownloadTest, EveryClassAndSizeUnencodedDotByDot) {
 TEST_F(GaijiDownloadTest, TheFixedFormUsesSize3WhateverTheSizeIs) {
   for (int size_index = 0; size_index <= 5; ++size_index) {
     SCOPED_TRACE(size_index);
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     start(0, 0);
     const std::string pattern = pattern_in(put(kG1), {"\x1b$D\x1c"
                                                       "20u!",
@@ -142,7 +145,7 @@ TEST_F(GaijiDownloadTest, TheFixedFormUsesSize3WhateverTheSizeIs) {
 TEST_F(GaijiDownloadTest, TheFixedFormHasOneCacheForAllSizes) {
   start(0, 0);
   put(kG1);
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   EXPECT_EQ(put(kG1), "u!");
   EXPECT_EQ(put(kOtherG1).substr(0, 5),
             "\x1c"
@@ -152,11 +155,11 @@ TEST_F(GaijiDownloadTest, TheFixedFormHasOneCacheForAllSizes) {
 TEST_F(GaijiDownloadTest, TheFixedFormLeavesTheDownloadSizeAlone) {
   start(0, 0);
   put(kG1);
-  EXPECT_EQ(gaiji_state.cur_dl_size, kUnknownSize);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, kUnknownSize);
 }
 
 TEST_F(GaijiDownloadTest, TheFixedFormHasNoSpecialRows) {
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   start(0, 0);
   put("\x8f\xd6\xa1");
   EXPECT_EQ(take_font_calls(), (Calls{"read 142424 8fd6a1 24x24"}));
@@ -165,7 +168,7 @@ TEST_F(GaijiDownloadTest, TheFixedFormHasNoSpecialRows) {
 // Rows 0xD6 to 0xDC of G3
 
 TEST_F(GaijiDownloadTest, SpecialRowsOfG3AreReadFromTheFontOfIndex5) {
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   start(1, 0);
   put(kG1);
   take_font_calls();
@@ -187,20 +190,20 @@ TEST_F(GaijiDownloadTest, SpecialRowsOfG3AreReadFromTheFontOfIndex5) {
 }
 
 TEST_F(GaijiDownloadTest, SpecialRowsAreCachedAndSelectedAsSize4) {
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   start(1, 0);
   EXPECT_EQ(put("\x8f\xd6\xa1").substr(0, 12),
             "\x1b$D\x1c"
             "0#v\x1c"
             "21u!");
   EXPECT_EQ(put("\x8f\xd6\xa1"), "u!");
-  EXPECT_EQ(gaiji_state.caches[4].count, 1U);
+  EXPECT_EQ(the_filter().gaiji.caches[4].count, 1U);
 }
 
 TEST_F(GaijiDownloadTest, SpecialRowsUseTheEnlargedFlagOfIndex5) {
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   start(1, 0);
-  find_font_set(kTypefaceMincho, kCodeSetG3)->sizes[5] = {1, 1, 55, 40, 40};
+  find_font_set(the_filter().fonts, kTypefaceMincho, kCodeSetG3)->sizes[5] = {1, 1, 55, 40, 40};
   const std::string pattern = pattern_in(put("\x8f\xd6\xa1"), {"\x1b$D\x1c"
                                                                "0#v\x1c"
                                                                "21u!",
@@ -211,13 +214,13 @@ TEST_F(GaijiDownloadTest, SpecialRowsUseTheEnlargedFlagOfIndex5) {
 
 TEST_F(GaijiDownloadTest, SpecialRowsAreThoseOfG3InSize4OfTheLowestClassOnly) {
   start(1, 0);
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   put("\xd6\xa1");
-  job_settings.gaiji_size_index = 3;
+  the_filter().job.gaiji_size_index = 3;
   put("\x8f\xd6\xa1");
   EXPECT_EQ(take_font_calls(), (Calls{"read 124036 d6a1 40x40", "read 143232 8fd6a1 32x32"}));
   start(1, 1);
-  job_settings.gaiji_size_index = 4;
+  the_filter().job.gaiji_size_index = 4;
   put("\x8f\xd6\xa1");
   EXPECT_EQ(take_font_calls(), (Calls{"read 146662 8fd6a1 66x66"}));
   start(2, 1);

@@ -12,9 +12,12 @@
 #include "support/gaiji_fixture.h"
 #include "support/glyph_bitmap.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::Bitmap;
 using testing::describe_fonts;
@@ -119,7 +122,7 @@ TEST_F(GaijiTest, EachSizeHasItsOwnCodes) {
   start(1, 0);
   const char* const size_codes[] = {"\"r", "\"x", "#r", "#v"};
   for (int size_index = 1; size_index <= 4; ++size_index) {
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     const std::string before = size_index == 1 ? "\x1b$D" : "";
     pattern_in(put(kG1), {before +
                               "\x1c"
@@ -130,7 +133,7 @@ TEST_F(GaijiTest, EachSizeHasItsOwnCodes) {
                           "u!"});
   }
   for (int size_index = 1; size_index <= 4; ++size_index) {
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     EXPECT_EQ(put(kG1), "u!");
   }
 }
@@ -138,14 +141,14 @@ TEST_F(GaijiTest, EachSizeHasItsOwnCodes) {
 TEST_F(GaijiTest, TwoTypefacesOfTheSameCodeAreCachedSeparately) {
   start(1, 1, 1);
   put(kG1);
-  job_settings.gaiji_typeface = kTypefaceGothic;
+  the_filter().job.gaiji_typeface = kTypefaceGothic;
   const std::string pattern = pattern_in(put(kG1), {"\x1c"
                                                     "21u\"",
                                                     "u\""});
   EXPECT_EQ(testing::decode_nibbles(pattern, 10),
             expected_bitmap(standin_font_id(2, 2, 40, 36), 0xF5A1, {40, 0, 40, 40, 40}));
   EXPECT_EQ(put(kG1), "u\"");
-  job_settings.gaiji_typeface = kTypefaceMincho;
+  the_filter().job.gaiji_typeface = kTypefaceMincho;
   EXPECT_EQ(put(kG1), "u!");
 }
 
@@ -153,7 +156,7 @@ TEST_F(GaijiTest, WithoutTheSecondTypefaceGothicPrintsMinchoPatternsCachedSepara
   start(1, 1, 0);
   put(kG1);
   take_font_calls();
-  job_settings.gaiji_typeface = kTypefaceGothic;
+  the_filter().job.gaiji_typeface = kTypefaceGothic;
   const std::string pattern = pattern_in(put(kG1), {"\x1c"
                                                     "21u\"",
                                                     "u\""});
@@ -175,29 +178,29 @@ TEST_F(GaijiTest, TwoCodeSetsOfTheSameCodeAreCachedSeparately) {
 TEST_F(GaijiTest, ACacheResetDownloadsEveryCharacterAgain) {
   start(1, 0);
   for (int size_index = 1; size_index <= 4; ++size_index) {
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     put(kG1);
     put(kOtherG1);
   }
-  gaiji_reset_cache();
+  gaiji_reset_cache(the_filter().gaiji);
   for (int size_index = 4; size_index >= 1; --size_index) {
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     EXPECT_TRUE(put(kOtherG1).ends_with("u!"));
     EXPECT_GT(out_.length, 2);
     EXPECT_EQ(put(kOtherG1), "u!");
   }
-  for (const GaijiCache& cache : gaiji_state.caches) {
+  for (const GaijiCache& cache : the_filter().gaiji.caches) {
     EXPECT_LE(cache.count, 1U);
   }
 }
 
 TEST_F(GaijiTest, ACacheResetPutsAllFiveCodePairsBack) {
-  for (GaijiCache& cache : gaiji_state.caches) {
+  for (GaijiCache& cache : the_filter().gaiji.caches) {
     gaiji_cache_add(cache, {1, 0, 0xF5, 0xA1});
   }
-  gaiji_reset_cache();
-  EXPECT_EQ(gaiji_state.caches.size(), 5U);
-  for (const GaijiCache& cache : gaiji_state.caches) {
+  gaiji_reset_cache(the_filter().gaiji);
+  EXPECT_EQ(the_filter().gaiji.caches.size(), 5U);
+  for (const GaijiCache& cache : the_filter().gaiji.caches) {
     EXPECT_EQ(cache.count, 0U);
     EXPECT_EQ(cache.next, 0U);
     EXPECT_EQ(cache.next_code, (DownloadCode{'u', '!'}));
@@ -217,12 +220,12 @@ TEST_F(GaijiTest, ASizeIsSelectedOnceForNewCharactersOfTheSameSize) {
 TEST_F(GaijiTest, ASizeChangeBetweenTwoNewCharactersSelectsTheSizeAgain) {
   start(1, 1);
   put(kG1);
-  job_settings.gaiji_size_index = 2;
+  the_filter().job.gaiji_size_index = 2;
   EXPECT_EQ(put(kG1).substr(0, 9),
             "\x1c"
             "0%p\x1c"
             "21u!");
-  job_settings.gaiji_size_index = 1;
+  the_filter().job.gaiji_size_index = 1;
   EXPECT_EQ(put(kOtherG1).substr(0, 9),
             "\x1c"
             "0$p\x1c"
@@ -232,11 +235,11 @@ TEST_F(GaijiTest, ASizeChangeBetweenTwoNewCharactersSelectsTheSizeAgain) {
 TEST_F(GaijiTest, AKnownCharacterOfAnotherSizeSelectsNoSize) {
   start(1, 1);
   put(kG1);
-  job_settings.gaiji_size_index = 2;
+  the_filter().job.gaiji_size_index = 2;
   put(kG1);
-  job_settings.gaiji_size_index = 1;
+  the_filter().job.gaiji_size_index = 1;
   EXPECT_EQ(put(kG1), "u!");
-  job_settings.gaiji_size_index = 2;
+  the_filter().job.gaiji_size_index = 2;
   EXPECT_EQ(put(kOtherG1).substr(0, 5),
             "\x1c"
             "21u\"");
@@ -245,7 +248,7 @@ TEST_F(GaijiTest, AKnownCharacterOfAnotherSizeSelectsNoSize) {
 TEST_F(GaijiTest, ASizeResetSelectsTheSizeAgainAtTheNextDownload) {
   start(1, 1);
   put(kG1);
-  gaiji_reset_size();
+  gaiji_reset_size(the_filter().gaiji);
   EXPECT_EQ(put(kG1), "u!");
   EXPECT_EQ(put(kOtherG1).substr(0, 9),
             "\x1c"
@@ -256,14 +259,14 @@ TEST_F(GaijiTest, ASizeResetSelectsTheSizeAgainAtTheNextDownload) {
 TEST_F(GaijiTest, ACacheResetKeepsTheSelectedSize) {
   start(1, 1);
   put(kG1);
-  gaiji_reset_cache();
+  gaiji_reset_cache(the_filter().gaiji);
   EXPECT_EQ(put(kG1).substr(0, 5),
             "\x1c"
             "21u!");
 }
 
 TEST_F(GaijiTest, TheUnencodedFormSelectsTheSizeOnceToo) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   start(1, 1);
   put(kG1);
   EXPECT_EQ(put(kOtherG1).substr(0, 7), "\x1bQ0 Du\"");
@@ -295,8 +298,8 @@ TEST_F(GaijiTest, AnUndefinedCharacterWithTheRuleUbarLeavesTheSingleByteSet) {
 TEST_F(GaijiTest, UndefinedCharactersNeverEnterTheCache) {
   start(1, 1, 0, "every-font\nundefined f5a1\n");
   put(kG1);
-  EXPECT_EQ(gaiji_state.caches[1].count, 0U);
-  EXPECT_EQ(gaiji_state.cur_dl_size, kUnknownSize);
+  EXPECT_EQ(the_filter().gaiji.caches[1].count, 0U);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, kUnknownSize);
   describe_fonts("every-font\n");
   EXPECT_EQ(put(kG1).substr(0, 9),
             "\x1c"
@@ -305,8 +308,8 @@ TEST_F(GaijiTest, UndefinedCharactersNeverEnterTheCache) {
 }
 
 TEST_F(GaijiTest, WithoutTheLibraryCharactersAreUndefined) {
-  job_settings.font_variant = 1;
-  EXPECT_EQ(fonts_open(1, 0, 1, 0), 0);
+  the_filter().command_line.font_variant = 1;
+  EXPECT_EQ(fonts_open(the_filter().fonts, 1, 0, 1, 0), 0);
   EXPECT_EQ(put(kG1, UndefinedGaijiRule::space), "\x1b$D!!");
   EXPECT_EQ(put(kG3, UndefinedGaijiRule::ubar), "\x1b$B\x1b(H_");
   EXPECT_EQ(status_, 0);
@@ -315,7 +318,7 @@ TEST_F(GaijiTest, WithoutTheLibraryCharactersAreUndefined) {
 
 TEST_F(GaijiTest, ASizeWithoutAFontIsUndefined) {
   start(1, 1, 0, "every-font\nno-font 1 2 60 56\n");
-  job_settings.gaiji_size_index = 3;
+  the_filter().job.gaiji_size_index = 3;
   EXPECT_EQ(put(kG1), "\x1b$D!!");
 }
 
@@ -335,7 +338,7 @@ TEST_F(GaijiTest, RecordsOfAnotherShapeAreUndefined) {
 TEST_F(GaijiTest, SizesWithoutAnIndexAreUndefined) {
   start(1, 0);
   for (const int size_index : {INT_MIN, -1, 0, 5, 6, INT_MAX}) {
-    job_settings.gaiji_size_index = size_index;
+    the_filter().job.gaiji_size_index = size_index;
     state_.select_single_byte();
     EXPECT_EQ(put(kG1), "\x1b$D!!") << size_index;
     EXPECT_EQ(status_, 0);
@@ -351,14 +354,14 @@ TEST_F(GaijiTest, AFailedReadIsHandedUpAndNothingIsWritten) {
   EXPECT_EQ(status_, -129);
   EXPECT_EQ(message_, "filter: broken fontfile\n");
   expect_state(CharacterSetState::kDoubleByte, CharacterSetState::kDownloadDesignation);
-  EXPECT_EQ(gaiji_state.caches[1].count, 0U);
-  EXPECT_EQ(gaiji_state.cur_dl_size, kUnknownSize);
+  EXPECT_EQ(the_filter().gaiji.caches[1].count, 0U);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, kUnknownSize);
 }
 
 TEST_F(GaijiTest, ATypefaceOutOfRangeIsHandedUp) {
   start(1, 1);
   for (const int typeface : {-1, 2}) {
-    job_settings.gaiji_typeface = typeface;
+    the_filter().job.gaiji_typeface = typeface;
     EXPECT_EQ(put(kG1), "");
     EXPECT_EQ(status_, -1);
     EXPECT_EQ(message_, "");

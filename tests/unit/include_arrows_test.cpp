@@ -37,8 +37,8 @@ TEST(IncludeArrowsChecker, ReadsHeadersAndSourcesBelowAFolder) {
 }
 
 TEST(IncludeArrowsChecker, AllowedArrowsAndTheOwnFolderAreFine) {
-  EXPECT_EQ(include_faults({{"driver/main.cpp", {"output/page.h", "driver/options.h"}},
-                            {"driver/options.h", {}},
+  EXPECT_EQ(include_faults({{"driver/main.cpp", {"output/page.h", "driver/options/options.h"}},
+                            {"driver/options/options.h", {}},
                             {"output/page.h", {"job/settings.h"}},
                             {"job/settings.h", {"job/status.h"}},
                             {"job/status.h", {}}},

@@ -9,11 +9,12 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/exit_status.h"
+#include "driver/loop/loop_state.h"
 #include "fonts/fal_library.h"
 #include "fonts/font_sets.h"
-#include "input/framed_transfer.h"
 #include "job/settings.h"
+#include "output/frame_writer.h"
 #include "output/page_writer.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
@@ -21,9 +22,12 @@
 #include "support/page_data.h"
 #include "support/record_builder.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::block;
 using testing::cnt_frame;
@@ -44,10 +48,11 @@ using testing::run_job_from_current_input;
 
 using JobEndTest = testing::MainLoopTest;
 
-constexpr int kStatuses[] = {0, 1, -1, 6, 129, -129};
+constexpr Status kStatuses[] = {ST_OK,  ST_FAILED, ST_NO_FONT_CLASS,
+                                ST_CUT, ST_IOERR,  ST_FONT_ERROR};
 
-std::string ended(JobEnd end, int status) {
-  return testing::output_of([&] { EXPECT_EQ(end_job(end, status), status); });
+std::string ended(JobEnd end, Status status) {
+  return testing::output_of([&] { EXPECT_EQ(end_job(the_filter(), end, status), status); });
 }
 
 // What is written
@@ -63,21 +68,21 @@ TEST_F(JobEndTest, EmptyInputExits0WithNothingWritten) {
 }
 
 TEST_F(JobEndTest, GatheredPageIsWrittenWhateverTheStatus) {
-  for (const int status : kStatuses) {
+  for (const Status status : kStatuses) {
     testing::reset_filter();
-    EXPECT_EQ(out_page_data(2, raw("AB")), 0);
-    job_settings.page_has_content = 1;
+    out_page_data(the_filter().page, 2, raw("AB"));
+    the_filter().job.page_has_content = 1;
     EXPECT_EQ(ended(JobEnd::flush, status),
               kFirstHeader + block('2', "AB") + kFinalFormFeed + kJobEnd);
   }
 }
 
 TEST_F(JobEndTest, NothingIsWrittenAfterAPassThrough) {
-  for (const int status : {0, 129}) {
+  for (const Status status : {ST_OK, ST_IOERR}) {
     testing::reset_filter();
-    EXPECT_EQ(out_page_data(2, raw("AB")), 0);
-    job_settings.page_has_content = 1;
-    job_settings.job_started = 1;
+    out_page_data(the_filter().page, 2, raw("AB"));
+    the_filter().job.page_has_content = 1;
+    the_filter().job.job_started = 1;
     EXPECT_EQ(ended(JobEnd::passed_through, status), "");
   }
 }
@@ -93,17 +98,17 @@ TEST_F(JobEndTest, PageWithoutContentLeavesTheParameterTextAlone) {
 }
 
 TEST_F(JobEndTest, DataHeldForAFrameLeavesAsTheEndFrame) {
-  for (const int status : kStatuses) {
+  for (const Status status : kStatuses) {
     testing::reset_filter();
     open_frame(false, "rest");
-    EXPECT_EQ(directout(3, raw("abc")), 0);
+    directout(the_filter().frame_writer, 3, raw("abc"));
     EXPECT_EQ(ended(JobEnd::flush, status), end_frame("abc"));
   }
 }
 
 TEST_F(JobEndTest, NothingHeldMakesNoEndFrame) {
   open_frame(false, "rest");
-  EXPECT_EQ(ended(JobEnd::flush, 0), "");
+  EXPECT_EQ(ended(JobEnd::flush, ST_OK), "");
 }
 
 TEST_F(JobEndTest, CountOfTheEndFrameHasFourDigits) {
@@ -111,8 +116,8 @@ TEST_F(JobEndTest, CountOfTheEndFrameHasFourDigits) {
     testing::reset_filter();
     const std::string data = testing::pattern(length);
     open_frame(false, "rest");
-    EXPECT_EQ(directout(testing::count_of(data), raw(data)), 0);
-    EXPECT_EQ(ended(JobEnd::flush, 0), end_frame(data));
+    directout(the_filter().frame_writer, testing::count_of(data), raw(data));
+    EXPECT_EQ(ended(JobEnd::flush, ST_OK), end_frame(data));
   }
 }
 
@@ -131,23 +136,23 @@ TEST_F(JobEndTest, FramedJobThatFailsStillGetsItsEndFrame) {
 // Output that cannot be written
 
 TEST_F(JobEndTest, EndFrameThatCannotBeWrittenIsStatus1UnlessThereWasOne) {
-  for (const int status : kStatuses) {
+  for (const Status status : kStatuses) {
     testing::reset_filter();
     open_frame(false, "rest");
-    EXPECT_EQ(directout(3, raw("abc")), 0);
+    directout(the_filter().frame_writer, 3, raw("abc"));
     const RedirectedDescriptor full(STDOUT_FILENO, "/dev/full", O_WRONLY);
-    EXPECT_EQ(end_job(JobEnd::flush, status), status == 0 ? 1 : status);
+    EXPECT_EQ(end_job(the_filter(), JobEnd::flush, status), status == ST_OK ? ST_FAILED : status);
   }
 }
 
 TEST_F(JobEndTest, LastFlushThatFailsIsAWriteErrorWhateverTheStatus) {
-  for (const int status : kStatuses) {
+  for (const Status status : kStatuses) {
     EXPECT_EXIT(
         {
           const RedirectedDescriptor full(STDOUT_FILENO, "/dev/full", O_WRONLY);
-          out_page_data(2, raw("AB"));
-          job_settings.page_has_content = 1;
-          std::exit(end_job(JobEnd::flush, status));
+          out_page_data(the_filter().page, 2, raw("AB"));
+          the_filter().job.page_has_content = 1;
+          std::exit(exit_status_of(end_job(the_filter(), JobEnd::flush, status)));
         },
         ::testing::ExitedWithCode(1), "^write error$");
   }
@@ -204,9 +209,9 @@ TEST_F(JobEndFonts, FontsAreClosedBeforeTheLibraryIsReleased) {
   for (const JobEnd end : {JobEnd::flush, JobEnd::passed_through}) {
     testing::reset_filter();
     load("every-font\n");
-    ASSERT_EQ(fonts_open(0, 0, 1, 0), 0);
+    ASSERT_EQ(fonts_open(the_filter().fonts, 0, 0, 1, 0), 0);
     testing::take_font_calls();
-    EXPECT_EQ(end_job(end, 0), 0);
+    EXPECT_EQ(end_job(the_filter(), end, ST_OK), 0);
     EXPECT_EQ(testing::take_font_calls(),
               (std::vector<std::string>{"close 122422", "close 122424", "close 142422",
                                         "close 142424", "unload"}));
@@ -216,7 +221,7 @@ TEST_F(JobEndFonts, FontsAreClosedBeforeTheLibraryIsReleased) {
 TEST_F(JobEndFonts, WithoutTheLibraryNothingIsReleased) {
   testing::install_font_library();
   testing::reset_filter();
-  EXPECT_EQ(end_job(JobEnd::flush, 0), 0);
+  EXPECT_EQ(end_job(the_filter(), JobEnd::flush, ST_OK), 0);
   EXPECT_EQ(testing::take_font_calls(), std::vector<std::string>{});
 }
 

@@ -6,6 +6,7 @@
 #include "support/filter_state.h"
 #include "support/header_values.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 // What the job header says about the paper: orientation, size, tray and form length.
 
@@ -247,7 +248,7 @@ TEST_F(JobHeaderPaper, NewFormLengthReplacesThePaperSizeForTheWholeJob) {
   next_header();
   apply({.paper = "A4", .form_length = 330});
   EXPECT_EQ(next_header(), header_bytes({"PSZ=LP\nFFL=330\n", "\x1bQ0;4;0!F\x1bQ10;;00330;!\\"}));
-  EXPECT_STREQ(print_conditions.condition_code_3.data(), "LP");
+  EXPECT_STREQ(the_filter().conditions.paper_size.data(), "LP");
   EXPECT_EQ(next_header(), header_bytes({}));
 }
 
@@ -258,7 +259,7 @@ TEST_F(JobHeaderPaper, FormLengthThatIsKnownLeavesANewPaperSize) {
   EXPECT_EQ(next_header(), header_bytes({"PSZ=LP\nFFL=330\n", "\x1bQ0;4;0!F\x1bQ10;;00330;!\\"}));
   apply(values);
   EXPECT_EQ(next_header(), header_bytes({"PSZ=B5\n", "\x1bQ1;5;0!F"}));
-  EXPECT_STREQ(print_conditions.condition_code_3.data(), "B5");
+  EXPECT_STREQ(the_filter().conditions.paper_size.data(), "B5");
 }
 
 TEST_F(JobHeaderPaper, FormLengthStandsBetweenPaperAndReduction) {

@@ -6,6 +6,7 @@
 #include "support/filter_state.h"
 #include "support/header_values.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 // What the job header says about duplex, binding and offsets.
 
@@ -55,7 +56,7 @@ TEST_F(JobHeaderSetup, DuplexWithEachEdgeAndMargin) {
     for (const Edge& edge : edges()) {
       SCOPED_TRACE(edge.value + " " + std::to_string(selector));
       reset_filter();
-      job_settings.header_selector = selector;
+      the_filter().command_line.header_selector = selector;
       const std::string margin = edge.has_margin ? "00720" : "00000";
       const std::string other_margin = edge.has_margin ? "14400" : "00000";
       expect_pages(sent_once({.duplex = "B", .edge = edge.value, .margin = 720},
@@ -106,7 +107,7 @@ TEST_F(JobHeaderSetup, SimplexIsAFullBindingSequenceWithD) {
       SCOPED_TRACE(duplex);
       SCOPED_TRACE(edge);
       reset_filter();
-      job_settings.header_selector = kOptionD;
+      the_filter().command_line.header_selector = kOptionD;
       const std::string digit = edge == "U" ? "2" : "0";
       expect_pages(sent_once({.duplex = duplex, .edge = edge}, {.duplex = "B", .edge = edge},
                              {"DUP=0\n", "", binding("0", digit, "00000")},
@@ -132,7 +133,7 @@ TEST_F(JobHeaderSetup, MarginWithoutDuplexComesAgainOnEveryPageWithD) {
   for (const Edge& edge : edges()) {
     SCOPED_TRACE(edge.value);
     reset_filter();
-    job_settings.header_selector = kOptionD;
+    the_filter().command_line.header_selector = kOptionD;
     const PageHeader page{"DUP=0\n", "", binding("0", edge.digit, "00000")};
     expect_pages({{.duplex = "S", .edge = edge.value, .margin = 720},
                   {.duplex = "S", .edge = edge.value, .margin = 1},
@@ -155,7 +156,7 @@ TEST_F(JobHeaderSetup, MarginOfDuplexStaysNotedOnSimplexPages) {
   apply({.duplex = "S", .edge = "L", .margin = 0});
   EXPECT_EQ(next_header(), header_bytes(kOneSide));
   EXPECT_EQ(next_header(), header_bytes(kOneSide));
-  job_settings.header_selector = kOptionD;
+  the_filter().command_line.header_selector = kOptionD;
   EXPECT_EQ(next_header(), header_bytes(kOneSideWithD));
   apply({.duplex = "S", .edge = "L", .margin = 720});
   EXPECT_EQ(next_header(), header_bytes({}));
@@ -176,7 +177,7 @@ TEST_F(JobHeaderSetup, EdgeOfSimplexPagesIsCompared) {
 TEST_F(JobHeaderSetup, BindingValuesWithoutDuplexSendNothing) {
   for (const int selector : {1, kOptionD}) {
     reset_filter();
-    job_settings.header_selector = selector;
+    the_filter().command_line.header_selector = selector;
     expect_pages(
         {{.edge = "U", .mode = "1", .margin = 720}, {.edge = "L", .margin = 1}, {}, {}, {}, {}});
   }

@@ -8,6 +8,7 @@
 #include "support/filter_state.h"
 #include "support/header_values.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -29,7 +30,7 @@ constexpr HeaderValues kEverything{.form_name = "OVERLAY8",
                                    .second_offset = 2880};
 
 std::string parameters_at_job_end() {
-  return output_of([] { EXPECT_EQ(dtout_pji(kParameterTextOnly), 0); });
+  return output_of([] { dtout_pji(the_filter().header, kParameterTextOnly); });
 }
 
 using JobHeader = FilterTest;
@@ -40,7 +41,7 @@ TEST_F(JobHeader, FirstPageOfAJobWithoutConditions) {
                   "\x1bQ9;0000000018/a\x1b\x7f\x00\x00\x01\x06"
                   "\x1bQ8;0000000019/a\x1bQ240!A"
                   "\x1bQ9;0000000022/a\x1bQ1;7200!C"));
-  EXPECT_EQ(job_settings.job_started, 1);
+  EXPECT_EQ(the_filter().job.job_started, 1);
 }
 
 TEST_F(JobHeader, SecondPageWithNothingChangedIsTheUnitAlone) {
@@ -86,7 +87,7 @@ TEST_F(JobHeader, NewFormLengthForcesPaper_LP_AndTheFormLengthSequence) {
 }
 
 TEST_F(JobHeader, EverythingAtOnceStandsInItsOrder) {
-  job_settings.resolution = 400;
+  the_filter().command_line.resolution = 400;
   apply(kEverything);
   EXPECT_EQ(next_header(),
             parameter_block("DCH=400\nFOV=OVERLAY8\nOVS=2\nCPS=3\nFRM=FORM\nDUP=1\nORT=4\nPSZ=LP\n"
@@ -118,7 +119,7 @@ TEST_F(JobHeader, WidestValuesFit) {
 
 TEST_F(JobHeader, TextOf35BytesWritesNoBlock) {
   // Nothing but the lines that are always there: 18, 8 and 9 bytes.
-  job_settings.resolution = 0;
+  the_filter().command_line.resolution = 0;
   EXPECT_EQ(next_header(), kJobStart + kNextHeader);
   EXPECT_EQ(parameters_at_job_end(), "");
 }
@@ -135,38 +136,38 @@ TEST_F(JobHeader, DensityFollowsTheResolution) {
     return parameter_block("DCH=" + dots + "\n") + block('8', "\x1bQ" + dots + "!A") + kNextHeader;
   };
   next_header();
-  job_settings.resolution = 400;
+  the_filter().command_line.resolution = 400;
   EXPECT_EQ(next_header(), header("400"));
   EXPECT_EQ(next_header(), kNextHeader);
-  job_settings.resolution = 240;
+  the_filter().command_line.resolution = 240;
   EXPECT_EQ(next_header(), header("240"));
-  job_settings.resolution = 1200;
+  the_filter().command_line.resolution = 1200;
   EXPECT_EQ(next_header(), header("1200"));
-  job_settings.resolution = 0;
+  the_filter().command_line.resolution = 0;
   EXPECT_EQ(next_header(), header("0"));
-  job_settings.resolution = -240;
+  the_filter().command_line.resolution = -240;
   EXPECT_EQ(next_header(), header("-240"));
 }
 
 TEST_F(JobHeader, JobStartIsWrittenOncePerJob) {
   next_header();
-  job_settings.job_started = 0;
+  the_filter().job.job_started = 0;
   EXPECT_EQ(next_header(), kJobStart + kNextHeader);
   EXPECT_EQ(next_header(), kNextHeader);
 }
 
 TEST_F(JobHeader, JobThatIsStartedGetsNoSecondStart) {
-  job_settings.job_started = 1;
+  the_filter().job.job_started = 1;
   EXPECT_EQ(next_header(), kFirstParameters + kFirstDensity + kNextHeader);
 }
 
 TEST_F(JobHeader, ParameterTextAloneAtTheEndOfTheJob) {
   EXPECT_EQ(parameters_at_job_end(), kFirstParameters);
-  EXPECT_EQ(job_settings.job_started, 0);
+  EXPECT_EQ(the_filter().job.job_started, 0);
 }
 
 TEST_F(JobHeader, ParameterTextAloneLeavesTheCopiesThatWaitForTheirSequences) {
-  job_settings.resolution = 400;
+  the_filter().command_line.resolution = 400;
   apply(kEverything);
   EXPECT_EQ(parameters_at_job_end(),
             parameter_block("DCH=400\nFOV=OVERLAY8\nOVS=2\nCPS=3\nFRM=FORM\nDUP=1\nORT=4\nPSZ=LP\n"
@@ -183,15 +184,15 @@ TEST_F(JobHeader, ParameterTextAloneLeavesTheCopiesThatWaitForTheirSequences) {
 TEST_F(JobHeader, ParameterTextAloneReplacesThePaperSizeOfANewForm) {
   apply({.paper = "A4", .form_length = 330});
   parameters_at_job_end();
-  EXPECT_STREQ(print_conditions.condition_code_3.data(), "LP");
+  EXPECT_STREQ(the_filter().conditions.paper_size.data(), "LP");
 }
 
 TEST_F(JobHeader, ResetForgetsAllCopies) {
   apply({.form_name = "A", .copies = 2, .orientation = "P"});
   const std::string first = next_header();
   next_header();
-  reset_job_header();
-  job_settings.job_started = 0;
+  the_filter().header.sent = {};
+  the_filter().job.job_started = 0;
   EXPECT_EQ(next_header(), first);
 }
 

@@ -1,4 +1,4 @@
-#include "driver/kept_later.h"
+#include "driver/fast_road/kept_later.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +12,7 @@
 #include "support/filter_state.h"
 #include "support/page_data.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -36,7 +37,7 @@ const std::vector<Setting>& settings_of_every_place() {
 
 /// What the carried-settings block says; nothing is kept afterwards.
 std::string kept_block() {
-  return output_of([] { EXPECT_EQ(out_kept_settings(), 0); });
+  return output_of([] { out_kept_settings(the_filter().carried); });
 }
 
 /// What the block says when each setting is kept at once.
@@ -53,7 +54,7 @@ void keep_later(KeptLater& later, const Setting& setting) {
 
 /// The same by way of KeptLater, which hands on behind every `every`-th setting and at the end.
 std::string kept_later(const std::vector<Setting>& settings, std::size_t every) {
-  KeptLater later;
+  KeptLater later(the_filter().carried);
   for (std::size_t i = 0; i < settings.size(); ++i) {
     keep_later(later, settings[i]);
     if (i % every == every - 1) {
@@ -74,7 +75,7 @@ TEST_F(KeptLaterTest, EachSettingAloneIsKeptAsAtOnce) {
 
 TEST_F(KeptLaterTest, NothingIsWrittenBeforeItIsHandedOn) {
   const Setting setting{292, "\x1b(H"};
-  KeptLater later;
+  KeptLater later(the_filter().carried);
   keep_later(later, setting);
   EXPECT_EQ(kept_block(), "");
   later.keep_now();
@@ -104,8 +105,8 @@ TEST_F(KeptLaterTest, ASettingThatIsTooLongLeavesTheEarlierOne) {
 
 TEST_F(KeptLaterTest, WhatIsHandedOnIsNotHandedOnAgain) {
   std::string bytes = "\x1bQ1 y";
-  KeptLater later;
-  later.keep(441, count_of(bytes), raw(bytes));
+  KeptLater later(the_filter().carried);
+  later.keep(CMD_Q_YL_SP, count_of(bytes), raw(bytes));
   later.keep_now();
   bytes = "\x1bQ2 y";
   later.keep_now();

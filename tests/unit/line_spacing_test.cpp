@@ -11,9 +11,13 @@
 #include <vector>
 
 #include "job/settings.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_settings;
+using testing::the_filter;
 
 const std::string kFs = "\x1c";
 const std::string kEsc = "\x1b";
@@ -50,13 +54,13 @@ FcbTable form(std::int32_t top_line, const std::vector<std::uint32_t>& lines) {
 class LineSpacing : public ::testing::Test {
  protected:
   LineSpacing() {
-    reset_job_settings();
-    reset_line_spacing();
+    restart_settings();
+    the_filter().spacing.character_pitch = {};
     start_lf();
   }
   ~LineSpacing() override {
-    reset_job_settings();
-    reset_line_spacing();
+    restart_settings();
+    the_filter().spacing.character_pitch = {};
   }
 
   void start_lf() {
@@ -69,13 +73,13 @@ class LineSpacing : public ::testing::Test {
   /// What a LF becomes: the record's bytes, and what is pending.
   std::string lf(FcbTable& table) {
     start_lf();
-    EXPECT_EQ(next_line(record_, table, pending_), 0);
+    next_line(the_filter().spacing, record_, table, pending_);
     return text_of_buffer(record_);
   }
 
   std::string top(FcbTable& table) {
     pending_.length = 0;
-    EXPECT_EQ(top_of_form(table, pending_), 0);
+    top_of_form(the_filter().spacing, table, pending_);
     return text_of_buffer(pending_);
   }
 
@@ -199,7 +203,7 @@ TEST_F(LineSpacing, CommandThatDoesNotFitIsLeftOutWhole) {
 TEST_F(LineSpacing, TopOfASixLineFormWithContent) {
   FcbTable table = form(4, std::vector<std::uint32_t>(66, 6));
   table.cur_line = 17;
-  job_settings.page_started = 1;
+  the_filter().job.page_started = 1;
   EXPECT_EQ(top(table), kFf + kPitch6 + kLf + kPitch6 + kLf + kPitch6 + kLf + kPitch6);
   EXPECT_EQ(table.cur_line, 3);
 }
@@ -207,13 +211,13 @@ TEST_F(LineSpacing, TopOfASixLineFormWithContent) {
 TEST_F(LineSpacing, PageWithoutContentGetsNoFormFeedFromTopOfForm) {
   FcbTable table = form(2, std::vector<std::uint32_t>(66, 6));
   EXPECT_EQ(top(table), kPitch6 + kLf + kPitch6);
-  job_settings.page_started = 1;
+  the_filter().job.page_started = 1;
   EXPECT_EQ(top(table), kFf + kPitch6 + kLf + kPitch6);
 }
 
 TEST_F(LineSpacing, OnlyPageStartedDecidesAboutTheFormFeed) {
   FcbTable table = form(1, {6});
-  job_settings.page_has_content = 1;
+  the_filter().job.page_has_content = 1;
   EXPECT_EQ(top(table), kPitch6);
 }
 
@@ -247,16 +251,16 @@ TEST_F(LineSpacing, TopOfFormAppendsToWhatIsPending) {
   pending_.length = 2;
   pending_.bytes[0] = 'a';
   pending_.bytes[1] = 'b';
-  EXPECT_EQ(top_of_form(table, pending_), 0);
+  top_of_form(the_filter().spacing, table, pending_);
   EXPECT_EQ(text_of_buffer(pending_), "ab" + kPitch6);
 }
 
 TEST_F(LineSpacing, TopOfFormNeverWritesBehindTheBuffer) {
   FcbTable table = form(255, std::vector<std::uint32_t>(255, 6));
-  job_settings.page_started = 1;
+  the_filter().job.page_started = 1;
   for (std::int32_t room = 0; room <= 20; ++room) {
     pending_.length = kPageBufferBytes - room;
-    EXPECT_EQ(top_of_form(table, pending_), 0);
+    top_of_form(the_filter().spacing, table, pending_);
     EXPECT_LE(pending_.length, kPageBufferBytes);
     EXPECT_GE(pending_.length, kPageBufferBytes - room);
   }
@@ -267,22 +271,23 @@ TEST_F(LineSpacing, FormLengthIsSetForStreamVariants3And4Alone) {
   for (const std::int32_t form_halfinch : {2, 7, 22, 40}) {
     table.form_halfinch = form_halfinch;
     for (const int stream_variant : {1, 2, 3, 4, 5}) {
-      job_settings.stream_variant = stream_variant;
-      job_settings.form_length_tenths = -1;
+      the_filter().command_line.stream_variant = stream_variant;
+      the_filter().job.form_length_tenths = -1;
       top(table);
       const bool is_set = stream_variant == 3 || stream_variant == 4;
-      EXPECT_EQ(job_settings.form_length_tenths, is_set ? 5 * form_halfinch : -1) << stream_variant;
+      EXPECT_EQ(the_filter().job.form_length_tenths, is_set ? 5 * form_halfinch : -1)
+          << stream_variant;
     }
   }
 }
 
 TEST_F(LineSpacing, NextLineLeavesTheFormLengthUntilAFormBegins) {
   FcbTable table = form(1, {6, 6});
-  job_settings.stream_variant = 3;
+  the_filter().command_line.stream_variant = 3;
   EXPECT_EQ(lf(table), kLf + kPitch6);
-  EXPECT_EQ(job_settings.form_length_tenths, 0);
+  EXPECT_EQ(the_filter().job.form_length_tenths, 0);
   EXPECT_EQ(lf(table), "");
-  EXPECT_EQ(job_settings.form_length_tenths, 110);
+  EXPECT_EQ(the_filter().job.form_length_tenths, 110);
 }
 
 TEST_F(LineSpacing, LineFeedGetsThePitchOfTheLineItMovesTo) {
@@ -299,7 +304,7 @@ TEST_F(LineSpacing, LineFeedGetsThePitchOfTheLineItMovesTo) {
 
 TEST_F(LineSpacing, LineFeedOnTheLastLineIsDroppedAndTheNextFormIsPending) {
   FcbTable table = form(3, {6, 8, 4, 12});
-  job_settings.page_started = 1;
+  the_filter().job.page_started = 1;
   table.cur_line = 3;
   EXPECT_EQ(lf(table), "");
   EXPECT_EQ(text_of_buffer(pending_), kFf + kPitch6 + kLf + kPitch8 + kLf + kPitch4);
@@ -318,7 +323,7 @@ TEST_F(LineSpacing, FormOfEveryPitchIsWalkedToItsLastLineAndOverIt) {
     std::uint32_t lines_per_inch;
     std::string pitch;
   };
-  job_settings.page_started = 1;
+  the_filter().job.page_started = 1;
   for (const Row& row :
        {Row{3, kPitch3}, Row{4, kPitch4}, Row{6, kPitch6}, Row{8, kPitch8}, Row{12, kPitch12}}) {
     for (const std::size_t lines : {1U, 2U, 66U, 254U, 255U}) {
@@ -346,10 +351,10 @@ TEST_F(LineSpacing, FormWithoutAnEndStopsAtItsLastEntry) {
 }
 
 TEST_F(LineSpacing, CharacterPitchOf10ToTheInch) {
-  job_settings.character_pitch = 720;
-  pitch_sequences();
-  EXPECT_EQ(text_of(character_pitch_commands().pitch), kEsc + "Q0;0720/G");
-  EXPECT_EQ(text_of(character_pitch_commands().double_pitch),
+  the_filter().command_line.character_pitch = 720;
+  pitch_sequences(the_filter().spacing);
+  EXPECT_EQ(text_of(the_filter().spacing.character_pitch.pitch), kEsc + "Q0;0720/G");
+  EXPECT_EQ(text_of(the_filter().spacing.character_pitch.double_pitch),
             kFs + "$" + code({0x21, 0x24, 0x24, 0x70}));
 }
 
@@ -368,25 +373,26 @@ TEST_F(LineSpacing, CharacterPitchSequencesOfOtherPitches) {
                                   {1028, "1028", code({0x22, 0x20, 0x25, 0x76})},
                                   {3600, "3600", code({0x27, 0x22, 0x20, 0x70})},
                                   {7200, "7200", code({0x21, 0x24, 0x24, 0x20, 0x70})}}) {
-    job_settings.character_pitch = row.pitch;
-    pitch_sequences();
-    EXPECT_EQ(text_of(character_pitch_commands().pitch), kEsc + "Q0;" + row.digits + "/G");
-    EXPECT_EQ(text_of(character_pitch_commands().double_pitch), kFs + "$" + row.doubled);
+    the_filter().command_line.character_pitch = row.pitch;
+    pitch_sequences(the_filter().spacing);
+    EXPECT_EQ(text_of(the_filter().spacing.character_pitch.pitch),
+              kEsc + "Q0;" + row.digits + "/G");
+    EXPECT_EQ(text_of(the_filter().spacing.character_pitch.double_pitch), kFs + "$" + row.doubled);
   }
 }
 
 TEST_F(LineSpacing, NoCharacterPitchGivesNoSequences) {
-  pitch_sequences();
-  EXPECT_EQ(character_pitch_commands().pitch.length, 0);
-  EXPECT_EQ(character_pitch_commands().double_pitch.length, 0);
+  pitch_sequences(the_filter().spacing);
+  EXPECT_EQ(the_filter().spacing.character_pitch.pitch.length, 0);
+  EXPECT_EQ(the_filter().spacing.character_pitch.double_pitch.length, 0);
 }
 
 TEST_F(LineSpacing, ResetEmptiesTheSequences) {
-  job_settings.character_pitch = 720;
-  pitch_sequences();
-  reset_line_spacing();
-  EXPECT_EQ(character_pitch_commands().pitch.length, 0);
-  EXPECT_EQ(character_pitch_commands().double_pitch.length, 0);
+  the_filter().command_line.character_pitch = 720;
+  pitch_sequences(the_filter().spacing);
+  the_filter().spacing.character_pitch = {};
+  EXPECT_EQ(the_filter().spacing.character_pitch.pitch.length, 0);
+  EXPECT_EQ(the_filter().spacing.character_pitch.double_pitch.length, 0);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 #include "fonts/gaiji.h"
 #include "job/print_conditions.h"
 #include "job/settings.h"
@@ -15,9 +15,12 @@
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::bytes;
 using testing::CaptureDescriptor;
@@ -71,53 +74,53 @@ TEST_F(MainLoopConditions, RecordAtTheJobStartSendsTheStartConditionsFirst) {
 TEST_F(MainLoopConditions, RecordForgetsContentWithOneFormFeed) {
   for (const std::uint32_t code : {482U, 483U}) {
     restart();
-    loop_state.content_since_conditions = true;
+    the_filter().loop.content_since_conditions = true;
     const std::string_view record = testing::bytes_for(code);
     const Routed first = route(code, record);
     EXPECT_EQ(first.data, "\x0c");
     EXPECT_EQ(first.pages, 1);
-    EXPECT_FALSE(loop_state.content_since_conditions);
-    EXPECT_EQ(loop_state.record.length, 0);
-    EXPECT_TRUE(loop_state.conditions_pending);
-    EXPECT_EQ(loop_state.last_condition_code, code);
-    EXPECT_EQ(job_settings.settings_changed, 1);
+    EXPECT_FALSE(the_filter().loop.content_since_conditions);
+    EXPECT_EQ(the_filter().loop.record.length, 0);
+    EXPECT_TRUE(the_filter().loop.conditions_pending);
+    EXPECT_EQ(the_filter().loop.last_condition_code, code);
+    EXPECT_EQ(the_filter().job.settings_changed, 1);
     EXPECT_EQ(route(code, record).data, kRecordConditions);
   }
 }
 
 TEST_F(MainLoopConditions, RecordFillsTheConditionFields) {
-  print_conditions.condition_code_4 = {'O', 'L', 'D'};
+  the_filter().conditions.form_code = {'O', 'L', 'D'};
   testing::ConditionColumns columns;
   columns.form_name = "OVL";
   columns.code_3 = "A4 ";
-  loop_state.record = testing::condition_record(columns);
+  the_filter().loop.record = testing::condition_record(columns);
   EXPECT_TRUE(route_again().goes_on);
-  EXPECT_STREQ(print_conditions.condition_form_name.data(), "OVL");
-  EXPECT_STREQ(print_conditions.condition_code_3.data(), "A4");
-  EXPECT_STREQ(print_conditions.condition_code_4.data(), "");
+  EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "OVL");
+  EXPECT_STREQ(the_filter().conditions.paper_size.data(), "A4");
+  EXPECT_STREQ(the_filter().conditions.form_code.data(), "");
 }
 
 TEST_F(MainLoopConditions, FormNameRecordLeavesTheConditionFieldsAlone) {
-  print_conditions.condition_code_4 = {'O', 'L', 'D'};
-  print_conditions.condition_count_b = 7;
+  the_filter().conditions.form_code = {'O', 'L', 'D'};
+  the_filter().conditions.copies = 7;
   EXPECT_TRUE(route(CMD_Q_NL_SP2, kFormNameRecord).goes_on);
-  EXPECT_STREQ(print_conditions.condition_code_4.data(), "OLD");
-  EXPECT_EQ(print_conditions.condition_count_b, 7);
-  EXPECT_STREQ(print_conditions.condition_form_name.data(), "");
+  EXPECT_STREQ(the_filter().conditions.form_code.data(), "OLD");
+  EXPECT_EQ(the_filter().conditions.copies, 7);
+  EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "");
 }
 
 TEST_F(MainLoopConditions, UnreadableRecordEndsTheJobWithTheFieldsCleared) {
   for (const std::string_view record : {"\x1bQ1; n0000", "\x1bQ1;16 n  0AAAABBBBCCCCC"}) {
     restart();
-    print_conditions.condition_code_4 = {'O', 'L', 'D'};
-    loop_state.content_since_conditions = true;
+    the_filter().conditions.form_code = {'O', 'L', 'D'};
+    the_filter().loop.content_since_conditions = true;
     Routed routed;
     const CaptureDescriptor messages(2);
     routed = route(CMD_Q_NL_SP, record);
     EXPECT_FALSE(routed.goes_on);
-    EXPECT_EQ(loop_state.status, 1);
+    EXPECT_EQ(the_filter().loop.status, 1);
     EXPECT_EQ(routed.data, "\x0c");
-    EXPECT_STREQ(print_conditions.condition_code_4.data(), "");
+    EXPECT_STREQ(the_filter().conditions.form_code.data(), "");
     const bool blank = record[4] == ' ';
     const std::string line = "filter: FCB data error\n";
     EXPECT_EQ(messages.text(), blank ? line + line : line);
@@ -143,8 +146,8 @@ TEST_F(MainLoopConditions, RecordBytesNeverReachTheOutputButItsPendingDataDoes) 
         "ab\x0c"
         "d");
     restart();
-    loop_state.record = testing::make_record(code, testing::bytes_for(code));
-    loop_state.record.pending = 4;
+    the_filter().loop.record = testing::make_record(code, testing::bytes_for(code));
+    the_filter().loop.record.pending = 4;
     const Routed routed = route_again();
     EXPECT_EQ(routed.data,
               "ab\x0c"
@@ -171,28 +174,28 @@ TEST_F(MainLoopConditions, Command479JudgesItsParameterInModes6And7Alone) {
     for (const bool before : {false, true}) {
       for (const bool resets : {false, true}) {
         restart();
-        job_settings.emulation_mode = mode - '0';
-        job_settings.line_unit = 99;
-        loop_state.spacing_reset = before;
+        the_filter().command_line.emulation_mode = mode - '0';
+        the_filter().job.line_unit = 99;
+        the_filter().loop.spacing_reset = before;
         const std::string_view command = resets ? "\x1bQ004!J" : "\x1bQ5!J";
-        EXPECT_EQ(route(479, command).data, command);
+        EXPECT_EQ(route(CMD_LINE_UNIT_479, command).data, command);
         const bool expected = mode == '1' || (mode >= '6' ? resets : before);
-        EXPECT_EQ(loop_state.spacing_reset, expected) << mode << before << resets;
-        EXPECT_EQ(job_settings.line_unit, expected ? 180 : 99) << mode << before << resets;
-        EXPECT_EQ(loop_state.conditions_pending, expected);
-        EXPECT_EQ(loop_state.last_condition_code, expected ? 479U : 0U);
-        EXPECT_EQ(job_settings.settings_changed, expected ? 1 : 0);
+        EXPECT_EQ(the_filter().loop.spacing_reset, expected) << mode << before << resets;
+        EXPECT_EQ(the_filter().job.line_unit, expected ? 180 : 99) << mode << before << resets;
+        EXPECT_EQ(the_filter().loop.conditions_pending, expected);
+        EXPECT_EQ(the_filter().loop.last_condition_code, expected ? 479U : 0U);
+        EXPECT_EQ(the_filter().job.settings_changed, expected ? 1 : 0);
       }
     }
   }
 }
 
 TEST_F(MainLoopConditions, Command479SendsPendingConditionsOnlyWhenItDoesNotReset) {
-  job_settings.emulation_mode = 6;
+  the_filter().command_line.emulation_mode = 6;
   pend_conditions();
-  EXPECT_EQ(route(479, "\x1bQ5!J").data, kStartConditions + "\x1bQ5!J");
+  EXPECT_EQ(route(CMD_LINE_UNIT_479, "\x1bQ5!J").data, kStartConditions + "\x1bQ5!J");
   pend_conditions();
-  EXPECT_EQ(route(479, "\x1bQ4!J").data, "\x1bQ4!J");
+  EXPECT_EQ(route(CMD_LINE_UNIT_479, "\x1bQ4!J").data, "\x1bQ4!J");
   EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, kStartConditions + "A");
 }
 
@@ -201,15 +204,15 @@ TEST_F(MainLoopConditions, Command479SendsPendingConditionsOnlyWhenItDoesNotRese
 TEST_F(MainLoopConditions, Command478ResetsTheLineUnitButInModes2To4) {
   for (const char mode : kModes) {
     restart();
-    job_settings.emulation_mode = mode - '0';
-    job_settings.line_unit = 99;
+    the_filter().command_line.emulation_mode = mode - '0';
+    the_filter().job.line_unit = 99;
     hold_command("HELD");
     const bool resets = mode < '2' || mode > '4';
     EXPECT_EQ(route(CMD_Q_I_EX, "\x1bQ!I").data, resets ? "\x1bQ!I" : "HELD\x1bQ!I") << mode;
-    EXPECT_EQ(job_settings.line_unit, resets ? 180 : 99) << mode;
-    EXPECT_EQ(loop_state.conditions_pending, resets) << mode;
-    EXPECT_EQ(loop_state.last_condition_code, resets ? 478U : 0U) << mode;
-    EXPECT_EQ(job_settings.settings_changed, resets ? 1 : 0) << mode;
+    EXPECT_EQ(the_filter().job.line_unit, resets ? 180 : 99) << mode;
+    EXPECT_EQ(the_filter().loop.conditions_pending, resets) << mode;
+    EXPECT_EQ(the_filter().loop.last_condition_code, resets ? 478U : 0U) << mode;
+    EXPECT_EQ(the_filter().job.settings_changed, resets ? 1 : 0) << mode;
   }
 }
 
@@ -255,10 +258,10 @@ TEST_F(MainLoopConditions, FormParameterOfKind2DropsTheSpacingOnPrintersWithG) {
 TEST_F(MainLoopConditions, FormDataThatEndsThePageForgetsTheDownloadSize) {
   for (const bool ends_page : {false, true}) {
     restart();
-    gaiji_state.cur_dl_size = 2;
+    the_filter().gaiji.cur_dl_size = 2;
     EXPECT_TRUE(pass(CMD_Q_OL_SP, form_parameter(1, ends_page ? "FORM\x0c" : "FORM")));
     EXPECT_TRUE(pass(CMD_TEXT_ASCII, "A"));
-    EXPECT_EQ(gaiji_state.cur_dl_size, ends_page ? kUnknownSize : 2);
+    EXPECT_EQ(the_filter().gaiji.cur_dl_size, ends_page ? kUnknownSize : 2);
   }
 }
 
@@ -272,9 +275,9 @@ TEST_F(MainLoopConditions, RefusedFormParameterIsConsumedAndChangesNothing) {
 TEST_F(MainLoopConditions, RefusedFormParameterDoesNotSendWhatIsPending) {
   pend_conditions();
   EXPECT_EQ(route(CMD_Q_OL_SP, form_parameter(0, "FORM")).data, "");
-  EXPECT_TRUE(loop_state.conditions_pending);
-  EXPECT_EQ(loop_state.last_condition_code, 0U);
-  EXPECT_EQ(loop_state.record.length, 0);
+  EXPECT_TRUE(the_filter().loop.conditions_pending);
+  EXPECT_EQ(the_filter().loop.last_condition_code, 0U);
+  EXPECT_EQ(the_filter().loop.record.length, 0);
 }
 
 TEST_F(MainLoopConditions, FormParameterWithMoreDataThanARecordHoldsPassesItThrough) {
@@ -286,43 +289,43 @@ TEST_F(MainLoopConditions, FormParameterWithMoreDataThanARecordHoldsPassesItThro
 // Commands 492, 333 and 489
 
 TEST_F(MainLoopConditions, Command492SendsConditionsWhenItSwitchesOff) {
-  job_settings.capability_F = 1;
-  EXPECT_EQ(route(492, "\x1bQ1!S").data, "\x1bQ1!S");
-  EXPECT_EQ(loop_state.command_492_state, 1);
-  EXPECT_EQ(loop_state.command_492_result, 1);
-  EXPECT_EQ(route(492, "\x1bQ0!S").data, "\x1bQ0!S" + kSixLines);
-  EXPECT_EQ(loop_state.command_492_state, 0);
+  the_filter().command_line.capability_F = 1;
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ1!S").data, "\x1bQ1!S");
+  EXPECT_EQ(the_filter().loop.command_492_state, 1);
+  EXPECT_EQ(the_filter().loop.command_492_result, 1);
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ0!S").data, "\x1bQ0!S" + kSixLines);
+  EXPECT_EQ(the_filter().loop.command_492_state, 0);
   // Off again is no change, but is sent all the same.
-  EXPECT_EQ(route(492, "\x1bQ!S").data, "\x1bQ!S" + kSixLines);
-  EXPECT_EQ(loop_state.command_492_result, 0);
-  EXPECT_EQ(route(492, "\x1bQ2!S").data, "\x1bQ2!S");
-  EXPECT_EQ(loop_state.command_492_result, -1);
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ!S").data, "\x1bQ!S" + kSixLines);
+  EXPECT_EQ(the_filter().loop.command_492_result, 0);
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ2!S").data, "\x1bQ2!S");
+  EXPECT_EQ(the_filter().loop.command_492_result, -1);
 }
 
 TEST_F(MainLoopConditions, Command492SendsThePitchesOfTheCommandLineUnkept) {
-  job_settings.capability_F = 1;
-  job_settings.record.line_pitch_source = kFromCommandLine;
-  job_settings.record.line_pitch_text = "8";
-  EXPECT_EQ(route(492, "\x1bQ0!S").data, "\x1bQ0!S" + testing::kEightLines);
+  the_filter().command_line.capability_F = 1;
+  the_filter().settings.line_pitch_source = kFromCommandLine;
+  the_filter().settings.line_pitch_text = "8";
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ0!S").data, "\x1bQ0!S" + testing::kEightLines);
   EXPECT_EQ(testing::take_kept_settings(), "");
 }
 
 TEST_F(MainLoopConditions, Command492IsOrdinaryWithoutCapabilityF) {
-  job_settings.printer_class = kPrinterClassF1;
-  EXPECT_EQ(route(492, "\x1bQ1!S").data, "\x1bQ1!S");
-  EXPECT_EQ(loop_state.command_492_state, 0);
-  EXPECT_EQ(loop_state.command_492_result, 0);
-  EXPECT_EQ(route(492, "\x1bQ0!S").data, "\x1bQ0!S");
-  EXPECT_EQ(job_settings.settings_changed, 0);
+  the_filter().command_line.printer_class = kPrinterClassF1;
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ1!S").data, "\x1bQ1!S");
+  EXPECT_EQ(the_filter().loop.command_492_state, 0);
+  EXPECT_EQ(the_filter().loop.command_492_result, 0);
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ0!S").data, "\x1bQ0!S");
+  EXPECT_EQ(the_filter().job.settings_changed, 0);
 }
 
 TEST_F(MainLoopConditions, Command492SendsNothingWithOptionQOrInFrames) {
-  job_settings.capability_F = 1;
-  job_settings.print_conditions_enabled = 0;
-  EXPECT_EQ(route(492, "\x1bQ0!S").data, "\x1bQ0!S");
-  job_settings.print_conditions_enabled = 1;
+  the_filter().command_line.capability_F = 1;
+  the_filter().command_line.print_conditions_enabled = 0;
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ0!S").data, "\x1bQ0!S");
+  the_filter().command_line.print_conditions_enabled = 1;
   open_frame(false, "X");
-  EXPECT_EQ(route(492, "\x1bQ0!S").data, "");
+  EXPECT_EQ(route(CMD_SECOND_VARIANT_492, "\x1bQ0!S").data, "");
   EXPECT_EQ(gathered_frame(), "\x1bQ0!S");
 }
 
@@ -330,12 +333,12 @@ TEST_F(MainLoopConditions, Command492MarksAChangeOnPrintersOfClassF1Alone) {
   for (const std::uint32_t printer : {kPrinterClassF0, kPrinterClassF1, kPrinterClassF2}) {
     for (const std::string_view command : {"\x1bQ1!S", "\x1bQ0!S", "\x1bQ11!S"}) {
       restart();
-      job_settings.capability_F = 1;
-      job_settings.printer_class = printer;
-      EXPECT_TRUE(pass(492, command));
+      the_filter().command_line.capability_F = 1;
+      the_filter().command_line.printer_class = printer;
+      EXPECT_TRUE(pass(CMD_SECOND_VARIANT_492, command));
       const int expected = printer == kPrinterClassF1 && command == "\x1bQ1!S" ? 1 : 0;
-      EXPECT_EQ(job_settings.settings_changed, expected);
-      EXPECT_EQ(job_settings.fonts_reloaded, expected);
+      EXPECT_EQ(the_filter().job.settings_changed, expected);
+      EXPECT_EQ(the_filter().job.fonts_reloaded, expected);
     }
   }
 }
@@ -343,32 +346,32 @@ TEST_F(MainLoopConditions, Command492MarksAChangeOnPrintersOfClassF1Alone) {
 TEST_F(MainLoopConditions, Command489SwitchesFontsOnPrintersOfClassF1Alone) {
   for (const std::uint32_t printer : {kPrinterClassF0, kPrinterClassF1, kPrinterClassF2}) {
     restart();
-    job_settings.printer_class = printer;
-    EXPECT_EQ(route(489, "\x1bQ400!P").data, "\x1bQ400!P");
+    the_filter().command_line.printer_class = printer;
+    EXPECT_EQ(route(CMD_RESOLUTION_489, "\x1bQ400!P").data, "\x1bQ400!P");
     const int expected = printer == kPrinterClassF1 ? 1 : 0;
-    EXPECT_EQ(job_settings.high_resolution_fonts, expected);
-    EXPECT_EQ(job_settings.fonts_reloaded, expected);
-    EXPECT_EQ(job_settings.settings_changed, expected);
+    EXPECT_EQ(the_filter().job.high_resolution_fonts, expected);
+    EXPECT_EQ(the_filter().job.fonts_reloaded, expected);
+    EXPECT_EQ(the_filter().job.settings_changed, expected);
   }
 }
 
 TEST_F(MainLoopConditions, Command489MarksAChangeOfSettingsEvenWhenTheFontsStay) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   for (const std::string_view command : {"\x1bQ240!P", "\x1bQ300!P", "\x1bQx!P"}) {
-    job_settings.settings_changed = 0;
-    EXPECT_EQ(route(489, command).data, command);
-    EXPECT_EQ(job_settings.fonts_reloaded, 0);
-    EXPECT_EQ(job_settings.settings_changed, 1);
+    the_filter().job.settings_changed = 0;
+    EXPECT_EQ(route(CMD_RESOLUTION_489, command).data, command);
+    EXPECT_EQ(the_filter().job.fonts_reloaded, 0);
+    EXPECT_EQ(the_filter().job.settings_changed, 1);
   }
 }
 
 TEST_F(MainLoopConditions, FontsThatCannotBeSetUpEndTheJob) {
-  job_settings.printer_class = kPrinterClassF1;
-  job_settings.font_variant = 2;
-  job_settings.high_resolution_fonts = 1;
-  EXPECT_FALSE(route(489, "\x1bQ240!P").goes_on);
-  EXPECT_EQ(loop_state.status, -1);
-  EXPECT_EQ(run_job({"-B", "-G", "D240"}, "A" + kBlankRecord + "B").status, -1);
+  the_filter().command_line.printer_class = kPrinterClassF1;
+  the_filter().command_line.font_variant = 2;
+  the_filter().job.high_resolution_fonts = 1;
+  EXPECT_FALSE(route(CMD_RESOLUTION_489, "\x1bQ240!P").goes_on);
+  EXPECT_EQ(the_filter().loop.status, -1);
+  EXPECT_EQ(run_job({"-B", "-G", "D240"}, "A" + kBlankRecord + "B").status, 255);
   EXPECT_EQ(run_job({"-B", "-G", "D400"}, "A" + kBlankRecord + "B").status, 0);
 }
 

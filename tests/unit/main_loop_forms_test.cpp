@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 #include "driver/main_loop.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
@@ -15,9 +15,12 @@
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::CaptureDescriptor;
 using testing::end_frame;
@@ -69,37 +72,37 @@ TEST_F(MainLoopForms, FinalLineFeedWithAFormDoesNotAdvanceIt) {
   const Routed routed = route(CMD_LF, "\n");
   EXPECT_TRUE(routed.goes_on);
   EXPECT_EQ(routed.data, "\n");
-  EXPECT_EQ(loop_state.current_store->cur_line, 0);
-  EXPECT_EQ(loop_state.end_marker, ST_EOF);
+  EXPECT_EQ(the_filter().loop.current_store->cur_line, 0);
+  EXPECT_EQ(the_filter().loop.end_marker, ST_EOF);
   EXPECT_EQ(held_movement(), "VVV");
-  EXPECT_EQ(job_settings.page_started, 1);
+  EXPECT_EQ(the_filter().job.page_started, 1);
 }
 
 TEST_F(MainLoopForms, LineFeedLeavesTheByteBehindItInTheInput) {
   use_form({6, 8}, 1);
   const StandardInput input("X");
   EXPECT_EQ(route(CMD_LF, "\n").data, "\n" + kEight);
-  EXPECT_EQ(loop_state.end_marker, 0);
+  EXPECT_EQ(the_filter().loop.end_marker, 0);
   EXPECT_EQ(testing::rest_of_input(), "X");
 }
 
 TEST_F(MainLoopForms, LoopReadsNoMoreOnceALineFeedWasTheLastByte) {
   const StandardInput input("A");
-  loop_state.end_marker = ST_EOF;
-  EXPECT_EQ(run_main_loop(loop_state), JobEnd::flush);
-  EXPECT_EQ(loop_state.status, 0);
+  the_filter().loop.end_marker = ST_EOF;
+  EXPECT_EQ(run_main_loop(the_filter().loop), JobEnd::flush);
+  EXPECT_EQ(the_filter().loop.status, 0);
   EXPECT_EQ(testing::rest_of_input(), "A");
 }
 
 TEST_F(MainLoopForms, LineFeedOverTheFormsEndBeginsTheNextForm) {
   use_form({6, 4}, 2);
-  loop_state.current_store->cur_line = 1;
+  the_filter().loop.current_store->cur_line = 1;
   hold_movement("VVV");
   const StandardInput input("X");
   // What was held goes out, the line feed is dropped, and the movement to the new form is held.
   EXPECT_EQ(route(CMD_LF, "\n").data, "VVV");
   EXPECT_EQ(held_movement(), "\x0c" + kSixLines + "\n" + kFour);
-  EXPECT_EQ(loop_state.current_store->cur_line, 1);
+  EXPECT_EQ(the_filter().loop.current_store->cur_line, 1);
   // A form feed inside a piece ends no page.
   const Routed text = route(CMD_TEXT_ASCII, "A");
   EXPECT_EQ(text.data, "\x0c" + kSixLines + "\n" + kFour + "A");
@@ -112,7 +115,7 @@ TEST_F(MainLoopForms, ReadErrorBehindALineFeedEndsTheJobAsAReadError) {
   const CaptureDescriptor messages(2);
   const Routed routed = route(CMD_LF, "\n");
   EXPECT_FALSE(routed.goes_on);
-  EXPECT_EQ(loop_state.status, 129);
+  EXPECT_EQ(the_filter().loop.status, 129);
   EXPECT_EQ(routed.data, "");
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
@@ -131,14 +134,14 @@ TEST_F(MainLoopForms, LineFeedWithoutAFormDoesNotLookAhead) {
 TEST_F(MainLoopForms, FormFeedForgetsHeldMovementAndHoldsTheNextForms) {
   use_form({6, 4, 8}, 3);
   hold_movement("VVV");
-  job_settings.page_started = 1;
-  loop_state.line_counter = 5;
+  the_filter().job.page_started = 1;
+  the_filter().loop.line_counter = 5;
   const Routed routed = route(CMD_FF, "\x0c");
   EXPECT_EQ(routed.data, "\x0c");
   EXPECT_EQ(routed.pages, 1);
   // The page's own form feed is the only one.
   EXPECT_EQ(held_movement(), kSixLines + "\n" + kFour + "\n" + kEight);
-  EXPECT_EQ(loop_state.line_counter, 0);
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
 TEST_F(MainLoopForms, InvalidCharacterAndOtherCommandsLeaveMovementHeld) {
@@ -199,18 +202,18 @@ TEST_F(MainLoopForms, Commands397And421SendThePitchOfTheCurrentLine) {
     use_form({3, 4, 6, 8, 12}, 1);
     const std::vector<std::string> pitches{kThree, kFour, kSixLines, kEight, "\x1c%& p", ""};
     for (std::size_t line = 0; line < pitches.size(); ++line) {
-      loop_state.current_store->cur_line = static_cast<std::int32_t>(line);
+      the_filter().loop.current_store->cur_line = static_cast<std::int32_t>(line);
       EXPECT_EQ(route(code, "\x1b[xz").data, "\x1b[xz" + pitches[line]) << line;
     }
-    loop_state.current_store->cur_line = 0;
-    loop_state.fcb_active = false;
+    the_filter().loop.current_store->cur_line = 0;
+    the_filter().loop.fcb_active = false;
     EXPECT_EQ(route(code, "\x1b[xz").data, "\x1b[xz");
   }
 }
 
 TEST_F(MainLoopForms, OtherCommandsSendNoPitchOfTheForm) {
   testing::for_each_code([](std::uint32_t code) {
-    if (testing::is_one_of(code, {397, 421, 260, 520})) {
+    if (testing::is_one_of(code, {CMD_FORM_PITCH_397, CMD_FORM_PITCH_421, CMD_LF, CMD_Q_BQ_SL})) {
       return;
     }
     const StandardInput input("");
@@ -229,12 +232,12 @@ TEST_F(MainLoopForms, WithLEveryThirdLineFeedIsFollowedByAFormFeed) {
 }
 
 TEST_F(MainLoopForms, LineFeedOfLAndItsFormFeedAreOnePieceThatEndsThePage) {
-  job_settings.lines_per_page = 2;
+  the_filter().command_line.lines_per_page = 2;
   EXPECT_EQ(route(CMD_LF, "\n").pages, 0);
   const Routed routed = route(CMD_LF, "\n");
   EXPECT_EQ(routed.data, "\n\x0c");
   EXPECT_EQ(routed.pages, 1);
-  EXPECT_EQ(loop_state.line_counter, 0);
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
 struct PitchOption {
@@ -260,9 +263,9 @@ TEST_F(MainLoopForms, WithLowerLAndUpperLEachLineFeedGetsItsPitchInTheNumericFor
                                                             {"x6", ""},
                                                             {"", ""}}) {
     restart();
-    job_settings.lines_per_page = 3;
-    job_settings.record.line_pitch_source = kFromCommandLine;
-    job_settings.record.line_pitch_text = option.text;
+    the_filter().command_line.lines_per_page = 3;
+    the_filter().settings.line_pitch_source = kFromCommandLine;
+    the_filter().settings.line_pitch_text = option.text;
     const std::string line = "\n" + std::string(option.pitch);
     EXPECT_EQ(route(CMD_LF, "\n").data, line) << option.text;
     EXPECT_EQ(route(CMD_LF, "\n").data, line) << option.text;
@@ -300,43 +303,43 @@ TEST_F(MainLoopForms, FormFeedBecomesOnePlainByteInEveryMode) {
   for (const int lines : {0, 3, -3}) {
     for (const bool form : {false, true}) {
       restart();
-      job_settings.lines_per_page = lines;
-      loop_state.line_counter = 2;
+      the_filter().command_line.lines_per_page = lines;
+      the_filter().loop.line_counter = 2;
       if (form) {
         use_form({6}, 1);
       }
       const Routed routed = route(CMD_FF, "\x1b*f");
       EXPECT_EQ(routed.data, "\x0c");
       EXPECT_EQ(routed.pages, 1);
-      EXPECT_EQ(loop_state.line_counter, 0);
+      EXPECT_EQ(the_filter().loop.line_counter, 0);
     }
   }
   open_frame(false, "X");
-  loop_state.line_counter = 2;
+  the_filter().loop.line_counter = 2;
   EXPECT_TRUE(pass(CMD_FF, "\x1b*f"));
   EXPECT_EQ(gathered_frame(), "\x0c");
-  EXPECT_EQ(loop_state.line_counter, 0);
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
 TEST_F(MainLoopForms, LinesAreNotCountedWithAFormNorInFrames) {
-  job_settings.lines_per_page = 1;
-  loop_state.line_counter = 0;
+  the_filter().command_line.lines_per_page = 1;
+  the_filter().loop.line_counter = 0;
   const StandardInput input("X");
   use_form({6, 6, 6}, 1);
   EXPECT_EQ(route(CMD_LF, "\n").data, "\n" + kSixLines);
-  EXPECT_EQ(loop_state.line_counter, 0);
-  loop_state.fcb_active = false;
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
+  the_filter().loop.fcb_active = false;
   open_frame(false, "X");
   EXPECT_TRUE(pass(CMD_LF, "\n"));
   EXPECT_EQ(gathered_frame(), "\n");
-  EXPECT_EQ(loop_state.line_counter, 0);
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
 TEST_F(MainLoopForms, RecordsDoNotStartTheCountAgain) {
-  job_settings.lines_per_page = 3;
-  loop_state.line_counter = 2;
+  the_filter().command_line.lines_per_page = 3;
+  the_filter().loop.line_counter = 2;
   EXPECT_TRUE(pass(CMD_Q_NL_SP, testing::kBlankRecord));
-  EXPECT_EQ(loop_state.line_counter, 2);
+  EXPECT_EQ(the_filter().loop.line_counter, 2);
   EXPECT_EQ(route(CMD_LF, "\n").data, kRecordConditions + "\n\x0c");
 }
 

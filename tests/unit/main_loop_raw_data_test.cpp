@@ -6,16 +6,19 @@
 #include <string>
 #include <string_view>
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::bytes;
 using testing::CaptureDescriptor;
@@ -34,8 +37,8 @@ using testing::StandardInput;
 class MainLoopRawData : public testing::MainLoopTest {
  protected:
   static Routed route_with_pending(std::uint32_t pending) {
-    loop_state.record = testing::make_record(CMD_Q_AL_EX, "\x1bQ!a");
-    loop_state.record.pending = pending;
+    the_filter().loop.record = testing::make_record(CMD_Q_AL_EX, "\x1bQ!a");
+    the_filter().loop.record.pending = pending;
     return route_again();
   }
 };
@@ -75,7 +78,7 @@ TEST_F(MainLoopRawData, EndOfInputInPendingDataEndsTheJobWithStatus0) {
     restart();
     const Routed routed = route_with_pending(5);
     EXPECT_EQ(routed.goes_on, there == 5);
-    EXPECT_EQ(loop_state.status, 0);
+    EXPECT_EQ(the_filter().loop.status, 0);
     EXPECT_EQ(routed.data, "\x1bQ!a" + std::string("abcde").substr(0, there));
   }
 }
@@ -168,7 +171,7 @@ TEST_F(MainLoopRawData, DownloadDataIsCopiedUpToAZeroCount) {
   for (const std::string& data : {bytes("\0"), kOneUnit, unit3 + kOneUnit}) {
     const StandardInput input(data + "REST");
     restart();
-    const Routed routed = route(499, kDownload);
+    const Routed routed = route(CMD_DOWNLOAD_499, kDownload);
     EXPECT_TRUE(routed.goes_on);
     EXPECT_EQ(routed.data, kDownload + data);
     EXPECT_EQ(testing::rest_of_input(), "REST");
@@ -183,7 +186,7 @@ TEST_F(MainLoopRawData, LargestDownloadCrossesBlocksAndBuffers) {
   }
   data += bytes("\0");
   const StandardInput input(data + "R");
-  EXPECT_TRUE(route(499, kDownload).data == kDownload + data);
+  EXPECT_TRUE(route(CMD_DOWNLOAD_499, kDownload).data == kDownload + data);
   EXPECT_EQ(testing::rest_of_input(), "R");
 }
 
@@ -192,9 +195,9 @@ TEST_F(MainLoopRawData, EndOfInputAnywhereInDownloadDataEndsTheJobWithStatus0) {
   for (std::size_t there = 0; there <= data.size(); ++there) {
     const StandardInput input(data.substr(0, there));
     restart();
-    const Routed routed = route(499, kDownload);
+    const Routed routed = route(CMD_DOWNLOAD_499, kDownload);
     EXPECT_EQ(routed.goes_on, there == data.size()) << there;
-    EXPECT_EQ(loop_state.status, 0) << there;
+    EXPECT_EQ(the_filter().loop.status, 0) << there;
     EXPECT_EQ(routed.data, kDownload + data.substr(0, there)) << there;
   }
 }
@@ -204,9 +207,9 @@ TEST_F(MainLoopRawData, ReadErrorInDownloadDataIsTheStatus) {
     const FailingInput input(data);
     restart();
     const CaptureDescriptor messages(2);
-    const Routed routed = route(499, kDownload);
+    const Routed routed = route(CMD_DOWNLOAD_499, kDownload);
     EXPECT_FALSE(routed.goes_on);
-    EXPECT_EQ(loop_state.status, 129);
+    EXPECT_EQ(the_filter().loop.status, 129);
     EXPECT_EQ(routed.data, kDownload + data);
     EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
   }
@@ -217,15 +220,15 @@ TEST_F(MainLoopRawData, FormFeedsInDownloadDataEndPages) {
   std::string data = bytes("\x0c") + std::string(12 * 64 + 4, 'd') + bytes("\0");
   data[5] = '\x0c';
   const StandardInput input(data);
-  const Routed routed = route(499, kDownload);
+  const Routed routed = route(CMD_DOWNLOAD_499, kDownload);
   EXPECT_EQ(routed.data, kDownload + data);
   EXPECT_EQ(routed.pages, 2);
 }
 
 TEST_F(MainLoopRawData, PendingDataComesBeforeDownloadData) {
   const StandardInput input("pq" + kOneUnit + "R");
-  loop_state.record = testing::make_record(499, kDownload);
-  loop_state.record.pending = 2;
+  the_filter().loop.record = testing::make_record(CMD_DOWNLOAD_499, kDownload);
+  the_filter().loop.record.pending = 2;
   EXPECT_EQ(route_again().data, kDownload + "pq" + kOneUnit);
   EXPECT_EQ(testing::rest_of_input(), "R");
 }
@@ -237,7 +240,7 @@ TEST_F(MainLoopRawData, FramedDownloadDataCrossesFramesAtEveryPlace) {
     restart();
     open_frame(false, first);
     const CaptureDescriptor frames(1);
-    EXPECT_TRUE(pass(499, kDownload));
+    EXPECT_TRUE(pass(CMD_DOWNLOAD_499, kDownload));
     // What the first frame held leaves with it; the rest waits for the end of the second.
     const std::string expected = cut == 0 ? cnt_frame(kDownload) : cnt_frame(kDownload + first);
     EXPECT_EQ(frames.text(), expected) << cut;
@@ -253,8 +256,8 @@ TEST_F(MainLoopRawData, EndOfTheEndFrameInDownloadDataEndsTheJobWithStatus0) {
     const std::string data = kOneUnit.substr(0, there);
     open_frame(true, data);
     const CaptureDescriptor frames(1);
-    EXPECT_FALSE(pass(499, kDownload)) << there;
-    EXPECT_EQ(loop_state.status, 0) << there;
+    EXPECT_FALSE(pass(CMD_DOWNLOAD_499, kDownload)) << there;
+    EXPECT_EQ(the_filter().loop.status, 0) << there;
     EXPECT_EQ(frames.text(), end_frame(kDownload + data)) << there;
   }
 }

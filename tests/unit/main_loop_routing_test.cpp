@@ -6,15 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::bytes;
 using testing::bytes_for;
@@ -25,18 +28,33 @@ using testing::StandardInput;
 
 using Codes = std::vector<std::uint32_t>;
 
-const Codes kContent{267, 301, 425, 426, 427, 434, 435, 436, 456, 468, 469,  470,  471,
-                     472, 473, 475, 481, 485, 499, 501, 512, 767, 768, 1024, 1280, 3840};
-const Codes kNoContent{262, 298, 302, 355, 418, 419, 445, 446, 447, 453, 476, 478,
-                       479, 486, 491, 495, 502, 503, 505, 506, 507, 508, 509, 523};
-const Codes kStartsPage{258, 259, 260, 261, 263, 385, 512, 768, 1024, 1280};
-const Codes kEndsPage{262, 482, 483};
-const Codes kReleasesMovement{258, 259, 260, 261, 263, 385, 512, 768, 1024, 1280};
-const Codes kText{264, 265, 512, 768, 1024, 1280, 3840};
-const Codes kKept{289, 292, 347, 348, 328, 396, 441, 498, 437,
-                  510, 511, 513, 325, 324, 326, 330, 493};
+const Codes kContent{
+    CMD_DC1,         CMD_CONTENT_301,     CMD_CONTENT_425, CMD_CONTENT_426,  CMD_CONTENT_427,
+    CMD_CONTENT_434, CMD_CONTENT_435,     CMD_CONTENT_436, CMD_Q_AL_EX,      CMD_Q_XL_EX,
+    CMD_Q_YL_EX,     CMD_Q_ZL_EX,         CMD_CONTENT_471, CMD_CONTENT_472,  CMD_CONTENT_473,
+    CMD_Q_DEL_EX,    CMD_SINGLE_BYTE_481, CMD_Q_TILDE_SL,  CMD_DOWNLOAD_499, CMD_CONTENT_501,
+    CMD_TEXT_ASCII,  CMD_TEXT_RAW,        CMD_TEXT_MB,     CMD_TEXT_SS2,     CMD_TEXT_GAIJI,
+    CMD_TEXT_BAD};
+const Codes kNoContent{
+    CMD_FF,        CMD_ESC_C,     CMD_ESC_DEL4,      CMD_STATE_355,  CMD_STATE_418,
+    CMD_STATE_419, CMD_Q_AT_EX,   CMD_Q_A_EX,        CMD_STATE_447,  CMD_Q_H_EX,
+    CMD_Q_F_EX,    CMD_Q_I_EX,    CMD_LINE_UNIT_479, CMD_Q_W_EX,     CMD_STATE_491,
+    CMD_Q_BSL_EX,  CMD_STATE_502, CMD_STATE_503,     CMD_STATE_505,  CMD_Q_RBR_EX,
+    CMD_STATE_507, CMD_STATE_508, CMD_Q_BAR_SL,      CMD_Q_RBRACE_SL};
+const Codes kStartsPage{CMD_BS,     CMD_HT,         CMD_LF,      CMD_VT,       CMD_CR,
+                        CMD_CSI_BQ, CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2, CMD_TEXT_GAIJI};
+const Codes kEndsPage{CMD_FF, CMD_Q_NL_SP, CMD_Q_NL_SP2};
+const Codes kReleasesMovement{CMD_BS,       CMD_HT,        CMD_LF,         CMD_VT,
+                              CMD_CR,       CMD_CSI_BQ,    CMD_TEXT_ASCII, CMD_TEXT_MB,
+                              CMD_TEXT_SS2, CMD_TEXT_GAIJI};
+const Codes kText{CMD_SO,       CMD_SI,         CMD_TEXT_ASCII, CMD_TEXT_MB,
+                  CMD_TEXT_SS2, CMD_TEXT_GAIJI, CMD_TEXT_BAD};
+const Codes kKept{CMD_ESC_DOLLAR_AT, CMD_ESC_PAREN_H, CMD_FS_J,       CMD_FS_K,      CMD_FS_PAREN,
+                  CMD_CSI_SP_E,      CMD_Q_YL_SP,     CMD_Q_FL_EX,    CMD_Q_PL_SP,   CMD_Q_E_SL,
+                  CMD_Q_F_SL,        CMD_Q_G_SL,      CMD_FS_PERCENT, CMD_FS_DOLLAR, CMD_FS_AMP,
+                  CMD_FS_STAR,       CMD_Q_R_EX};
 /// Commands of which no byte is written.
-const Codes kSilent{482, 483, 500};
+const Codes kSilent{CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_OL_SP};
 
 class MainLoopRouting : public testing::MainLoopTest {
  protected:
@@ -58,12 +76,12 @@ TEST_F(MainLoopRouting, CodesThatNoTableHoldsAreOnlyWritten) {
   for (const bool fast_road : {false, true}) {
     for (const std::uint32_t code : {kHighestCommandCode + 1, 4096U, 0xffffffffU}) {
       restart();
-      loop_state.fast_road = fast_road;
+      the_filter().loop.fast_road = fast_road;
       const Routed routed = route(code, "bytes");
       EXPECT_TRUE(routed.goes_on);
       EXPECT_EQ(routed.data, "bytes");
-      EXPECT_EQ(job_settings.page_has_content, 0);
-      EXPECT_EQ(job_settings.page_started, 0);
+      EXPECT_EQ(the_filter().job.page_has_content, 0);
+      EXPECT_EQ(the_filter().job.page_started, 0);
     }
   }
 }
@@ -71,42 +89,43 @@ TEST_F(MainLoopRouting, CodesThatNoTableHoldsAreOnlyWritten) {
 TEST_F(MainLoopRouting, ContentIsNotedForTheListedCodesAlone) {
   sweep([] {},
         [](std::uint32_t code, const Routed&) {
-          EXPECT_EQ(loop_state.content_since_conditions, is_one_of(code, kContent));
-          EXPECT_EQ(job_settings.page_has_content, is_one_of(code, kContent) ? 1 : 0);
+          EXPECT_EQ(the_filter().loop.content_since_conditions, is_one_of(code, kContent));
+          EXPECT_EQ(the_filter().job.page_has_content, is_one_of(code, kContent) ? 1 : 0);
         });
 }
 
 TEST_F(MainLoopRouting, ContentIsForgottenForTheListedCodesAndRecordsAlone) {
   sweep(
       [] {
-        loop_state.content_since_conditions = true;
-        job_settings.page_has_content = 1;
+        the_filter().loop.content_since_conditions = true;
+        the_filter().job.page_has_content = 1;
       },
       [](std::uint32_t code, const Routed&) {
-        const bool record = code == 482 || code == 483;
-        EXPECT_EQ(loop_state.content_since_conditions, !is_one_of(code, kNoContent) && !record);
+        const bool record = code == CMD_Q_NL_SP || code == CMD_Q_NL_SP2;
+        EXPECT_EQ(the_filter().loop.content_since_conditions,
+                  !is_one_of(code, kNoContent) && !record);
         // Only the end of the page, a form feed, clears the flag that the page writer reads.
-        EXPECT_EQ(job_settings.page_has_content, is_one_of(code, kEndsPage) ? 0 : 1);
+        EXPECT_EQ(the_filter().job.page_has_content, is_one_of(code, kEndsPage) ? 0 : 1);
       });
 }
 
 TEST_F(MainLoopRouting, ContentIsNotedForCommandsThatAreSkippedToo) {
   for_each_code([](std::uint32_t code) {
-    if (code == 520) {
+    if (code == CMD_Q_BQ_SL) {
       return;
     }
     restart();
     const Routed routed = route(code, "");
     EXPECT_TRUE(routed.goes_on);
     EXPECT_EQ(routed.data, "") << code;
-    EXPECT_EQ(loop_state.content_since_conditions, is_one_of(code, kContent)) << code;
+    EXPECT_EQ(the_filter().loop.content_since_conditions, is_one_of(code, kContent)) << code;
   });
 }
 
 TEST_F(MainLoopRouting, CommandsWithoutBytesAndCutOnesAreSkipped) {
   for (const bool cut : {false, true}) {
     for_each_code([&](std::uint32_t code) {
-      if (code == 520) {
+      if (code == CMD_Q_BQ_SL) {
         return;
       }
       SCOPED_TRACE(code);
@@ -115,16 +134,16 @@ TEST_F(MainLoopRouting, CommandsWithoutBytesAndCutOnesAreSkipped) {
       hold_command("HELD");
       use_form({6, 6}, 1);
       hold_movement("VVV");
-      loop_state.record_cut = cut;
+      the_filter().loop.record_cut = cut;
       const Routed routed = route(code, cut ? bytes_for(code) : "");
       EXPECT_TRUE(routed.goes_on);
       EXPECT_EQ(routed.data, "");
-      EXPECT_TRUE(loop_state.conditions_pending);
-      EXPECT_EQ(loop_state.held_command.length, 4);
+      EXPECT_TRUE(the_filter().loop.conditions_pending);
+      EXPECT_EQ(the_filter().loop.held_command.length, 4);
       EXPECT_EQ(held_movement(), "VVV");
-      EXPECT_EQ(job_settings.page_started, 0);
-      EXPECT_EQ(job_settings.settings_changed, 0);
-      EXPECT_EQ(loop_state.last_condition_code, 0U);
+      EXPECT_EQ(the_filter().job.page_started, 0);
+      EXPECT_EQ(the_filter().job.settings_changed, 0);
+      EXPECT_EQ(the_filter().loop.last_condition_code, 0U);
     });
   }
 }
@@ -132,25 +151,26 @@ TEST_F(MainLoopRouting, CommandsWithoutBytesAndCutOnesAreSkipped) {
 TEST_F(MainLoopRouting, PageStartIsSetForTheListedCodesAlone) {
   sweep([] {},
         [](std::uint32_t code, const Routed&) {
-          EXPECT_EQ(job_settings.page_started, is_one_of(code, kStartsPage) ? 1 : 0);
+          EXPECT_EQ(the_filter().job.page_started, is_one_of(code, kStartsPage) ? 1 : 0);
         });
 }
 
 TEST_F(MainLoopRouting, PageStartIsClearedForFormFeedAndRecordsAlone) {
-  sweep([] { job_settings.page_started = 1; },
+  sweep([] { the_filter().job.page_started = 1; },
         [](std::uint32_t code, const Routed&) {
-          EXPECT_EQ(job_settings.page_started, is_one_of(code, kEndsPage) ? 0 : 1);
+          EXPECT_EQ(the_filter().job.page_started, is_one_of(code, kEndsPage) ? 0 : 1);
         });
 }
 
 TEST_F(MainLoopRouting, PendingConditionsAreSentBeforeAllCodesButTheExceptions) {
-  const Codes exceptions{446, 478, 479, 500, 520};
+  const Codes exceptions{CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_OL_SP, CMD_Q_BQ_SL};
   sweep([] { pend_conditions(); },
         [&](std::uint32_t code, const Routed& routed) {
           EXPECT_EQ(routed.data.starts_with(testing::kStartConditions),
                     !is_one_of(code, exceptions));
-          const bool pending = is_one_of(code, exceptions) || code == 482 || code == 483;
-          EXPECT_EQ(loop_state.conditions_pending, pending);
+          const bool pending =
+              is_one_of(code, exceptions) || code == CMD_Q_NL_SP || code == CMD_Q_NL_SP2;
+          EXPECT_EQ(the_filter().loop.conditions_pending, pending);
         });
 }
 
@@ -158,12 +178,12 @@ TEST_F(MainLoopRouting, NothingIsSentWhenPrintConditionsAreSwitchedOff) {
   sweep(
       [] {
         pend_conditions();
-        job_settings.print_conditions_enabled = 0;
+        the_filter().command_line.print_conditions_enabled = 0;
       },
       [](std::uint32_t, const Routed& routed) {
-        EXPECT_TRUE(loop_state.conditions_pending);
+        EXPECT_TRUE(the_filter().loop.conditions_pending);
         EXPECT_EQ(routed.data.find(testing::kSetReset), std::string::npos);
-        EXPECT_EQ(loop_state.conditions_written, 0);
+        EXPECT_EQ(the_filter().loop.conditions_written, 0);
       });
 }
 
@@ -175,18 +195,22 @@ TEST_F(MainLoopRouting, ConditionsThatAreNotPendingAreNotSent) {
 }
 
 TEST_F(MainLoopRouting, ConditionCodeIsThatOfTheLastChange) {
-  sweep([] { loop_state.last_condition_code = 446; },
+  sweep([] { the_filter().loop.last_condition_code = CMD_Q_A_EX; },
         [](std::uint32_t code, const Routed&) {
-          const bool changes = is_one_of(code, {478, 479, 482, 483});
-          EXPECT_EQ(loop_state.last_condition_code, changes ? code : 446);
+          const bool changes =
+              is_one_of(code, {CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2});
+          EXPECT_EQ(the_filter().loop.last_condition_code, changes ? code : CMD_Q_A_EX);
         });
 }
 
 TEST_F(MainLoopRouting, SettingsChangeWithTheListedCodesAlone) {
-  sweep([] { job_settings.printer_class = kPrinterClassF1; },
+  sweep([] { the_filter().command_line.printer_class = kPrinterClassF1; },
         [](std::uint32_t code, const Routed&) {
-          EXPECT_EQ(job_settings.settings_changed,
-                    is_one_of(code, {333, 478, 479, 482, 483, 489}) ? 1 : 0);
+          EXPECT_EQ(the_filter().job.settings_changed,
+                    is_one_of(code, {CMD_SETTINGS_333, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP,
+                                     CMD_Q_NL_SP2, CMD_RESOLUTION_489})
+                        ? 1
+                        : 0);
         });
 }
 
@@ -216,12 +240,13 @@ TEST_F(MainLoopRouting, HeldMovementStaysWhenNoFormIsInForce) {
 }
 
 TEST_F(MainLoopRouting, HeldCommandIsWrittenBeforeAllCommandsButThoseThatDropIt) {
-  const Codes droppers{334, 335, 478, 479, 482, 483, 487};
+  const Codes droppers{CMD_DROP_HELD_334, CMD_DROP_HELD_335, CMD_Q_I_EX,       CMD_LINE_UNIT_479,
+                       CMD_Q_NL_SP,       CMD_Q_NL_SP2,      CMD_DROP_HELD_487};
   sweep([] { hold_command("HELD"); },
         [&](std::uint32_t code, const Routed& routed) {
-          const bool written = !is_one_of(code, droppers) && code != 520;
+          const bool written = !is_one_of(code, droppers) && code != CMD_Q_BQ_SL;
           EXPECT_EQ(routed.data.starts_with("HELD"), written);
-          EXPECT_EQ(loop_state.held_command.length, code == 520 ? 4 : 0);
+          EXPECT_EQ(the_filter().loop.held_command.length, code == CMD_Q_BQ_SL ? 4 : 0);
         });
 }
 
@@ -229,21 +254,21 @@ TEST_F(MainLoopRouting, OwnBytesAreWrittenButForTextAndCommandsThatAreConsumed) 
   sweep([] {},
         [](std::uint32_t code, const Routed& routed) {
           const std::string own(bytes_for(code));
-          if (code == 520) {
+          if (code == CMD_Q_BQ_SL) {
             EXPECT_EQ(routed.data, own + bytes("\0X"));
           } else if (is_one_of(code, kSilent)) {
             EXPECT_EQ(routed.data, "");
-          } else if (code == 262) {
+          } else if (code == CMD_FF) {
             EXPECT_EQ(routed.data, "\x0c");
-          } else if (code == 264 || code == 265) {
+          } else if (code == CMD_SO || code == CMD_SI) {
             EXPECT_EQ(routed.data, bytes("\0"));
-          } else if (code == 1024) {
+          } else if (code == CMD_TEXT_SS2) {
             EXPECT_EQ(routed.data, own.substr(1));
-          } else if (code == 768) {
+          } else if (code == CMD_TEXT_MB) {
             EXPECT_EQ(routed.data, "\x1bQ2 y\x1b$@" + own);
-          } else if (code == 1280) {
+          } else if (code == CMD_TEXT_GAIJI) {
             EXPECT_EQ(routed.data, "\x1b$D!!");
-          } else if (code == 499) {
+          } else if (code == CMD_DOWNLOAD_499) {
             EXPECT_EQ(routed.data, own + bytes("\0"));
           } else {
             EXPECT_EQ(routed.data, own);
@@ -254,8 +279,8 @@ TEST_F(MainLoopRouting, OwnBytesAreWrittenButForTextAndCommandsThatAreConsumed) 
 TEST_F(MainLoopRouting, LoopGoesOnAfterEveryCommandButAPassThrough) {
   sweep([] {},
         [](std::uint32_t code, const Routed& routed) {
-          EXPECT_EQ(routed.goes_on, code != 520);
-          EXPECT_EQ(loop_state.status, 0);
+          EXPECT_EQ(routed.goes_on, code != CMD_Q_BQ_SL);
+          EXPECT_EQ(the_filter().loop.status, 0);
         });
 }
 
@@ -263,7 +288,7 @@ TEST_F(MainLoopRouting, WrittenCommandsAreKeptForTheCarriedSettings) {
   sweep([] {},
         [](std::uint32_t code, const Routed&) {
           const std::string kept = testing::take_kept_settings();
-          if (code == 768) {
+          if (code == CMD_TEXT_MB) {
             EXPECT_EQ(kept, testing::block('6', "\x1b$@\x1bQ2 y"));
           } else {
             EXPECT_EQ(kept, is_one_of(code, kKept) ? testing::block('6', bytes_for(code)) : "");
@@ -274,11 +299,11 @@ TEST_F(MainLoopRouting, WrittenCommandsAreKeptForTheCarriedSettings) {
 TEST_F(MainLoopRouting, LinesAreCountedForLineFeedsAndCountedAnewAfterFormFeedsAlone) {
   sweep(
       [] {
-        job_settings.lines_per_page = 9;
-        loop_state.line_counter = 3;
+        the_filter().command_line.lines_per_page = 9;
+        the_filter().loop.line_counter = 3;
       },
       [](std::uint32_t code, const Routed&) {
-        EXPECT_EQ(loop_state.line_counter, code == 260 ? 4 : code == 262 ? 0 : 3);
+        EXPECT_EQ(the_filter().loop.line_counter, code == CMD_LF ? 4 : code == CMD_FF ? 0 : 3);
       });
 }
 
@@ -287,12 +312,12 @@ TEST_F(MainLoopRouting, PendingDataIsCopiedBehindEveryCommandButText) {
     const StandardInput input("DATA");
     SCOPED_TRACE(code);
     restart();
-    loop_state.record = testing::make_record(code, bytes_for(code));
-    loop_state.record.pending = 3;
+    the_filter().loop.record = testing::make_record(code, bytes_for(code));
+    the_filter().loop.record.pending = 3;
     const Routed routed = route_again();
     // The data of 499 ends with the input here: "A" announces more than there is.
-    const bool copied = !is_one_of(code, kText) && code != 520;
-    EXPECT_EQ(routed.data.ends_with(code == 499 ? "DATA" : "DAT"), copied);
+    const bool copied = !is_one_of(code, kText) && code != CMD_Q_BQ_SL;
+    EXPECT_EQ(routed.data.ends_with(code == CMD_DOWNLOAD_499 ? "DATA" : "DAT"), copied);
   });
 }
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/fast_road/text_run.h"
+#include "driver/loop/loop_state.h"
 #include "driver/main_loop.h"
-#include "driver/text_run.h"
 #include "fonts/fal_library.h"
 #include "fonts/font_sets.h"
 #include "fonts/gaiji.h"
@@ -22,9 +22,13 @@
 #include "support/page_data.h"
 #include "support/record_builder.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_raw_input;
+using testing::the_filter;
 
 using testing::bytes;
 using testing::cnt_frame;
@@ -46,8 +50,8 @@ TEST_F(MainLoopText, TextIsConvertedAndItsOwnBytesAreNotWritten) {
   EXPECT_EQ(route(CMD_TEXT_SS2, "\x8e").data, "");
   EXPECT_EQ(route(CMD_TEXT_MB, "\xe3\x81\x82").data, "\x1bQ2 y\x1b$@\xe3\x81\x82");
   EXPECT_EQ(route(CMD_TEXT_BAD, "\xff").data, "\x1b(H\xff");
-  EXPECT_EQ(route(264, "xy").data, bytes("\0"));
-  EXPECT_EQ(route(265, "xy").data, bytes("\0"));
+  EXPECT_EQ(route(CMD_SO, "xy").data, bytes("\0"));
+  EXPECT_EQ(route(CMD_SI, "xy").data, bytes("\0"));
 }
 
 TEST_F(MainLoopText, FramedTextGoesIntoTheFrame) {
@@ -68,9 +72,9 @@ TEST_F(MainLoopText, FramedCommandsAreNotKeptForTheCarriedSettings) {
 TEST_F(MainLoopText, UndefinedCharacterFollowsTheRuleOfTheCommandLine) {
   EXPECT_EQ(route(CMD_TEXT_GAIJI, "\xf5\xa1").data, "\x1b$D!!");
   EXPECT_EQ(route(CMD_TEXT_GAIJI, "\xf5\xa1").data, "!!");
-  job_settings.undefined_gaiji_pattern = 1;
+  the_filter().command_line.undefined_gaiji_pattern = 1;
   EXPECT_EQ(route(CMD_TEXT_GAIJI, "\xf5\xa1").data, "\x1b$B\x1b(H_");
-  EXPECT_EQ(loop_state.character_set.set, 1);
+  EXPECT_EQ(the_filter().loop.character_set.set, 1);
   EXPECT_EQ(route(CMD_TEXT_GAIJI, "\xf5\xa1").data, "\x1b$D\x1b$B\x1b(H_");
 }
 
@@ -78,9 +82,9 @@ TEST_F(MainLoopText, SecondConverterTakesTheSpaceRule) {
   for (const std::uint32_t printer : {kPrinterClassF0, kPrinterClassF1, kPrinterClassF2}) {
     for (const int state : {0, 1}) {
       restart();
-      job_settings.undefined_gaiji_pattern = 1;
-      job_settings.printer_class = printer;
-      loop_state.command_492_state = state;
+      the_filter().command_line.undefined_gaiji_pattern = 1;
+      the_filter().command_line.printer_class = printer;
+      the_filter().loop.command_492_state = state;
       const bool second = printer == kPrinterClassF1 && state == 1;
       EXPECT_EQ(route(CMD_TEXT_GAIJI, "\xf5\xa1").data,
                 second ? "\x1b$D!!" : "\x1b$D\x1b$B\x1b(H_");
@@ -98,18 +102,18 @@ TEST_F(MainLoopText, TextBehindAUserDefinedCharacterSwitchesBack) {
 TEST_F(MainLoopText, SwitchToTheSingleByteSetEndsTheDownloadSet) {
   const auto put_gaiji = [] { return route(CMD_TEXT_GAIJI, "\xf5\xa1").data; };
   EXPECT_EQ(put_gaiji(), "\x1b$D!!");
-  EXPECT_TRUE(pass(481, "\x1bQ1~"));
+  EXPECT_TRUE(pass(CMD_SINGLE_BYTE_481, "\x1bQ1~"));
   EXPECT_TRUE(pass(CMD_TEXT_MB, "\xe3\x81\x82"));
   EXPECT_TRUE(put_gaiji().ends_with("\x1b$@\xe3\x81\x82\x1b$D!!"));
   // The same along the fast road, in a burst and in single steps.
   for (const std::size_t spaces : {0U, 200U}) {
     EXPECT_EQ(put_gaiji(), "!!");
     const testing::StandardInput input("A\xe3\x81\x82" + std::string(spaces, ' ') + "\x1b");
-    reset_raw_input();
-    ASSERT_EQ(raw_refill(), ST_OK);
-    EXPECT_EQ(write_text_run(loop_state), ST_OK);
-    EXPECT_EQ(raw_window.size(), 1U);
-    reset_raw_input();
+    restart_raw_input();
+    ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
+    write_text_run(the_filter().loop);
+    EXPECT_EQ(the_filter().source.raw.window.size(), 1U);
+    restart_raw_input();
     EXPECT_TRUE(put_gaiji().ends_with("\x1b$D!!"));
   }
 }
@@ -117,68 +121,69 @@ TEST_F(MainLoopText, SwitchToTheSingleByteSetEndsTheDownloadSet) {
 // Command 481
 
 TEST_F(MainLoopText, Command481LeavesTheDoubleByteSetFirst) {
-  EXPECT_EQ(route(481, "\x1bQ1~").data, "\x1bQ1~");
+  EXPECT_EQ(route(CMD_SINGLE_BYTE_481, "\x1bQ1~").data, "\x1bQ1~");
   EXPECT_TRUE(pass(CMD_TEXT_MB, "\xe3\x81\x82"));
   testing::take_kept_settings();
-  EXPECT_EQ(route(481, "\x1bQ1~").data, "\x1bQ2 y\x1b$@\xe3\x81\x82\x1b(H\x1bQ1~");
-  EXPECT_EQ(loop_state.character_set.set, 1);
+  EXPECT_EQ(route(CMD_SINGLE_BYTE_481, "\x1bQ1~").data, "\x1bQ2 y\x1b$@\xe3\x81\x82\x1b(H\x1bQ1~");
+  EXPECT_EQ(the_filter().loop.character_set.set, 1);
   EXPECT_EQ(testing::take_kept_settings(), "");
-  EXPECT_EQ(route(481, "\x1bQ1~").data, "\x1bQ1~");
+  EXPECT_EQ(route(CMD_SINGLE_BYTE_481, "\x1bQ1~").data, "\x1bQ1~");
   EXPECT_EQ(route(CMD_TEXT_MB, "\xe3\x81\x82").data, "\x1bQ2 y\x1b$@\xe3\x81\x82");
 }
 
 TEST_F(MainLoopText, OnlyCommand481LeavesTheDoubleByteSet) {
   testing::for_each_code([](std::uint32_t code) {
-    if (testing::is_one_of(code, {481, 512, 1024, 3840, 520})) {
+    if (testing::is_one_of(
+            code, {CMD_SINGLE_BYTE_481, CMD_TEXT_ASCII, CMD_TEXT_SS2, CMD_TEXT_BAD, CMD_Q_BQ_SL})) {
       return;
     }
     const testing::StandardInput input(bytes("\0"));
     restart();
-    loop_state.character_set.select_double_byte();
+    the_filter().loop.character_set.select_double_byte();
     EXPECT_EQ(route(code, testing::bytes_for(code)).data.find("\x1b(H"), std::string::npos) << code;
-    EXPECT_EQ(loop_state.character_set.set, 2) << code;
+    EXPECT_EQ(the_filter().loop.character_set.set, 2) << code;
   });
 }
 
 // Command 488
 
 TEST_F(MainLoopText, Command488IsHeldUntilTheNextCommand) {
-  job_settings.printer_class = kPrinterClassF1;
-  EXPECT_EQ(route(488, "\x1bQ1!O").data, "");
-  EXPECT_EQ(route(488, "\x1bQ2!O").data, "\x1bQ1!O");
+  the_filter().command_line.printer_class = kPrinterClassF1;
+  EXPECT_EQ(route(CMD_HOLD_488, "\x1bQ1!O").data, "");
+  EXPECT_EQ(route(CMD_HOLD_488, "\x1bQ2!O").data, "\x1bQ1!O");
   EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, "\x1bQ2!OA");
   EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, "A");
 }
 
 TEST_F(MainLoopText, Command488IsWrittenAtOnceOnOtherPrinters) {
   for (const std::uint32_t printer : {kPrinterClassF0, kPrinterClassF2}) {
-    job_settings.printer_class = printer;
-    EXPECT_EQ(route(488, "\x1bQ1!O").data, "\x1bQ1!O");
-    EXPECT_EQ(loop_state.held_command.length, 0);
+    the_filter().command_line.printer_class = printer;
+    EXPECT_EQ(route(CMD_HOLD_488, "\x1bQ1!O").data, "\x1bQ1!O");
+    EXPECT_EQ(the_filter().loop.held_command.length, 0);
   }
 }
 
 TEST_F(MainLoopText, HeldCommandOfTheLongestRecordIsWrittenWhole) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   const std::string longest(kRecordCapacity, 'x');
-  EXPECT_EQ(route(488, longest).data, "");
+  EXPECT_EQ(route(CMD_HOLD_488, longest).data, "");
   EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, longest + "A");
 }
 
 TEST_F(MainLoopText, HeldCommandIsDroppedByItsCounterparts) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   for (const std::uint32_t code : {334U, 335U, 487U}) {
-    EXPECT_EQ(route(488, "\x1bQ1!O").data, "");
+    EXPECT_EQ(route(CMD_HOLD_488, "\x1bQ1!O").data, "");
     EXPECT_EQ(route(code, "zz").data, "zz");
     EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, "A");
   }
 }
 
 TEST_F(MainLoopText, PendingDataOfAHeldCommandIsLeftInTheInput) {
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   const testing::StandardInput input("DATA");
-  loop_state.record = testing::make_record(488, "\x1bQ1!O");
-  loop_state.record.pending = 2;
+  the_filter().loop.record = testing::make_record(CMD_HOLD_488, "\x1bQ1!O");
+  the_filter().loop.record.pending = 2;
   EXPECT_EQ(route_again().data, "");
   EXPECT_EQ(testing::rest_of_input(), "DATA");
 }
@@ -218,13 +223,13 @@ class MainLoopGaiji : public testing::FontLibraryTest {
  protected:
   MainLoopGaiji() {
     testing::reset_filter();
-    loop_state.conditions_pending = false;
+    the_filter().loop.conditions_pending = false;
   }
   ~MainLoopGaiji() override { testing::reset_filter(); }
 
   static void start(std::string_view description = "every-font\n") {
     load(description);
-    ASSERT_EQ(fonts_open(1, 0, 1, 0), 0);
+    ASSERT_EQ(fonts_open(the_filter().fonts, 1, 0, 1, 0), 0);
     take_font_calls();
   }
   static Routed route(std::uint32_t code, std::string_view record) {
@@ -268,9 +273,9 @@ TEST_F(MainLoopGaiji, DownloadSizeIsForgottenWhenAPageEndsOrARecordComes) {
       {262, "\x0c"}, {482, testing::kBlankRecord}, {483, testing::kFormNameRecord}};
   char code = '\xa3';
   for (const auto& [command, record] : forgetters) {
-    loop_state.content_since_conditions = false;
+    the_filter().loop.content_since_conditions = false;
     EXPECT_TRUE(route(command, record).goes_on);
-    loop_state.conditions_pending = false;
+    the_filter().loop.conditions_pending = false;
     EXPECT_NE(route(CMD_TEXT_GAIJI, std::string("\xf5") + code)
                   .data.find("\x1c"
                              "0\"r"),
@@ -284,45 +289,45 @@ TEST_F(MainLoopGaiji, DownloadSizeIsForgottenWhenAPageEndsOrARecordComes) {
 
 TEST_F(MainLoopGaiji, EveryPieceThatEndsThePageForgetsTheDownloadSize) {
   start();
-  job_settings.lines_per_page = 1;
+  the_filter().command_line.lines_per_page = 1;
   EXPECT_TRUE(route(CMD_TEXT_GAIJI, kG1).goes_on);
   EXPECT_EQ(route(CMD_LF, "\n").pages, 1);
-  EXPECT_EQ(gaiji_state.cur_dl_size, kUnknownSize);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, kUnknownSize);
   EXPECT_TRUE(route(CMD_TEXT_GAIJI, "\xf5\xa2").goes_on);
-  EXPECT_EQ(gaiji_state.cur_dl_size, 1);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, 1);
   EXPECT_EQ(route(CMD_ESC_DEL4,
                   "\x1b\x7f"
                   "abc\x0c")
                 .pages,
             1);
-  EXPECT_EQ(gaiji_state.cur_dl_size, kUnknownSize);
+  EXPECT_EQ(the_filter().gaiji.cur_dl_size, kUnknownSize);
 }
 
 TEST_F(MainLoopGaiji, FailedReadEndsTheJobWithItsStatus) {
   start("every-font\nread-error f5a1 2 7\n");
   const testing::CaptureDescriptor messages(2);
   EXPECT_FALSE(route(CMD_TEXT_GAIJI, kG1).goes_on);
-  EXPECT_EQ(loop_state.status, -129);
+  EXPECT_EQ(the_filter().loop.status, -129);
   EXPECT_EQ(messages.text(), "filter: can't read fontfile (7)\n");
 }
 
 TEST_F(MainLoopGaiji, CharactersAreDownloadedAgainAfterTheFontsWereSetUpAgain) {
   for (const std::uint32_t code : {482U, 483U, 478U, 479U}) {
     testing::reset_filter();
-    loop_state.conditions_pending = false;
+    the_filter().loop.conditions_pending = false;
     start();
     EXPECT_TRUE(route(CMD_TEXT_GAIJI, kG1).goes_on);
-    job_settings.resolution = 400;
+    the_filter().command_line.resolution = 400;
     take_font_calls();
     EXPECT_TRUE(route(code, testing::bytes_for(code)).goes_on);
-    EXPECT_EQ(job_settings.high_resolution_fonts, 1);
-    EXPECT_EQ(job_settings.fonts_reloaded, 1);
+    EXPECT_EQ(the_filter().job.high_resolution_fonts, 1);
+    EXPECT_EQ(the_filter().job.fonts_reloaded, 1);
     const std::vector<std::string> calls = take_font_calls();
     // Closed first: ten of class 1; then opened: ten of class 2, both code sets of one typeface.
     ASSERT_EQ(calls.size(), 20U) << code;
     EXPECT_TRUE(calls[9].starts_with("close "));
     EXPECT_TRUE(calls[10].starts_with("open ")) << calls[10];
-    loop_state.conditions_pending = false;
+    the_filter().loop.conditions_pending = false;
     EXPECT_NE(route(CMD_TEXT_GAIJI, kG1)
                   .data.find("\x1c"
                              "21u!"),
@@ -336,12 +341,12 @@ TEST_F(MainLoopGaiji, FontsStayForEveryOtherResolution) {
     for (const int high : {0, 1}) {
       for (const std::uint32_t code : {482U, 483U, 478U, 479U}) {
         testing::reset_filter();
-        job_settings.resolution = resolution;
-        job_settings.high_resolution_fonts = high;
+        the_filter().command_line.resolution = resolution;
+        the_filter().job.high_resolution_fonts = high;
         EXPECT_TRUE(route(code, testing::bytes_for(code)).goes_on);
         const bool reloaded = (resolution == 240 && high == 1) || (resolution == 400 && high == 0);
-        EXPECT_EQ(job_settings.fonts_reloaded, reloaded ? 1 : 0);
-        EXPECT_EQ(job_settings.high_resolution_fonts, reloaded ? 1 - high : high);
+        EXPECT_EQ(the_filter().job.fonts_reloaded, reloaded ? 1 : 0);
+        EXPECT_EQ(the_filter().job.high_resolution_fonts, reloaded ? 1 - high : high);
       }
     }
   }
@@ -349,23 +354,23 @@ TEST_F(MainLoopGaiji, FontsStayForEveryOtherResolution) {
 
 TEST_F(MainLoopGaiji, ResolutionSwitchReopensTheFontsAndForgetsThePatterns) {
   start();
-  job_settings.printer_class = kPrinterClassF1;
+  the_filter().command_line.printer_class = kPrinterClassF1;
   EXPECT_TRUE(route(CMD_TEXT_GAIJI, kG1).goes_on);
   take_font_calls();
-  EXPECT_EQ(route(489, "\x1bQ240!P").data, "\x1bQ240!P");
+  EXPECT_EQ(route(CMD_RESOLUTION_489, "\x1bQ240!P").data, "\x1bQ240!P");
   EXPECT_EQ(take_font_calls().size(), 0U);
-  EXPECT_EQ(route(489, "\x1bQ400!P").data, "\x1bQ400!P");
+  EXPECT_EQ(route(CMD_RESOLUTION_489, "\x1bQ400!P").data, "\x1bQ400!P");
   EXPECT_EQ(take_font_calls().size(), 20U);
-  EXPECT_EQ(gaiji_state.caches[1].count, 0U);
+  EXPECT_EQ(the_filter().gaiji.caches[1].count, 0U);
 }
 
 TEST_F(MainLoopGaiji, ReloadThatFailsEndsTheJobWithTheLibrarysStatus) {
   start();
   testing::describe_fonts("every-font\nopen-error 1 2 24 22 4 0\n");
-  job_settings.resolution = 400;
+  the_filter().command_line.resolution = 400;
   const testing::CaptureDescriptor messages(2);
   EXPECT_FALSE(route(CMD_Q_NL_SP, testing::kBlankRecord).goes_on);
-  EXPECT_EQ(loop_state.status, -129);
+  EXPECT_EQ(the_filter().loop.status, -129);
   EXPECT_EQ(messages.text(), "filter: invalid PKEY\n");
 }
 

@@ -1,4 +1,4 @@
-#include "driver/options.h"
+#include "driver/options/options.h"
 
 #include <gtest/gtest.h>
 
@@ -7,12 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "driver/capabilities.h"
+#include "driver/options/capabilities.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::option_targets;
+using testing::restart_settings;
+using testing::the_filter;
 
 const std::string kProgram = "lpfilter";
 const std::string kDefaultDirectory = "sandbox/usr/local/lib/PXLQlp";
@@ -24,17 +29,17 @@ class Options : public ::testing::Test {
   ~Options() override { reset(); }
 
   static void reset() {
-    reset_job_settings();
-    reset_capabilities();
+    restart_settings();
+    the_filter().printer = {};
   }
 
   /// Starts from the defaults; keeps the status and what went to standard error.
-  int parse(std::vector<std::string> arguments) {
+  Status parse(std::vector<std::string> arguments) {
     reset();
     return parse_on(std::move(arguments));
   }
 
-  int parse_on(std::vector<std::string> arguments) {
+  Status parse_on(std::vector<std::string> arguments) {
     arguments_ = std::move(arguments);
     arguments_.insert(arguments_.begin(), kProgram);
     argv_.clear();
@@ -43,7 +48,8 @@ class Options : public ::testing::Test {
     }
     argv_.push_back(nullptr);
     const testing::CaptureDescriptor standard_error(2);
-    const int status = parse_options(static_cast<int>(arguments_.size()), argv_.data());
+    const Status status =
+        parse_options(option_targets(), static_cast<int>(arguments_.size()), argv_.data());
     errors_ = standard_error.text();
     return status;
   }
@@ -60,8 +66,8 @@ class Options : public ::testing::Test {
 
   static std::vector<std::string> directories() {
     std::vector<std::string> list;
-    for (std::size_t i = 0; i < resource_directories.count; ++i) {
-      list.emplace_back(resource_directories.entries[i].data());
+    for (std::size_t i = 0; i < the_filter().directories.count; ++i) {
+      list.emplace_back(the_filter().directories.entries[i].data());
     }
     return list;
   }
@@ -87,38 +93,38 @@ struct Modes {
 };
 
 Modes modes_set() {
-  return {job_settings.emulation_mode,        job_settings.record.output_variant,
-          job_settings.stream_variant,        job_settings.extended_parameters,
-          job_settings.header_selector,       job_settings.resolution,
-          job_settings.high_resolution_fonts, job_settings.font_variant,
-          job_settings.compact_flag};
+  return {the_filter().command_line.emulation_mode,  the_filter().settings.output_variant,
+          the_filter().command_line.stream_variant,  the_filter().command_line.extended_parameters,
+          the_filter().command_line.header_selector, the_filter().command_line.resolution,
+          the_filter().job.high_resolution_fonts,    the_filter().command_line.font_variant,
+          the_filter().command_line.compact_flag};
 }
 
 TEST_F(Options, NoOptionsLeaveTheDefaults) {
   expect_accepted({});
   EXPECT_EQ(modes_set(), Modes{});
-  EXPECT_EQ(job_settings.program_name, kProgram);
-  EXPECT_EQ(job_settings.framed_output, 0);
-  EXPECT_EQ(job_settings.lines_per_page, 0);
-  EXPECT_EQ(job_settings.character_pitch, 0);
-  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
-  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
-  EXPECT_EQ(job_settings.fcb_name, nullptr);
-  EXPECT_EQ(job_settings.requested_resolution, 0);
-  EXPECT_EQ(job_settings.line_unit, 180);
-  EXPECT_EQ(job_settings.printer_class, 0x100000U);
-  EXPECT_EQ(job_settings.capability_F, 0);
-  EXPECT_EQ(job_settings.capability_g, 0);
-  EXPECT_EQ(job_settings.japanese_locale, 0);
-  EXPECT_EQ(job_settings.font_library_loaded, 0);
-  EXPECT_EQ(job_settings.ignore_flag, 0);
-  EXPECT_EQ(job_settings.record.spacing_index, 3);
-  EXPECT_EQ(job_settings.record.form_data_length, 0);
-  EXPECT_EQ(job_settings.record.char_pitch_source, 0);
-  EXPECT_EQ(job_settings.record.line_pitch_source, 0);
-  EXPECT_EQ(job_settings.record.width_source, 0);
-  EXPECT_EQ(job_settings.record.line_pitch_text, nullptr);
-  EXPECT_EQ(job_settings.record.width_text, nullptr);
+  EXPECT_EQ(the_filter().messages.program_name, kProgram);
+  EXPECT_EQ(the_filter().command_line.framed_output, 0);
+  EXPECT_EQ(the_filter().command_line.lines_per_page, 0);
+  EXPECT_EQ(the_filter().command_line.character_pitch, 0);
+  EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
+  EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 0);
+  EXPECT_EQ(the_filter().command_line.fcb_name, nullptr);
+  EXPECT_EQ(the_filter().command_line.requested_resolution, 0);
+  EXPECT_EQ(the_filter().job.line_unit, 180);
+  EXPECT_EQ(the_filter().command_line.printer_class, 0x100000U);
+  EXPECT_EQ(the_filter().command_line.capability_F, 0);
+  EXPECT_EQ(the_filter().command_line.capability_g, 0);
+  EXPECT_EQ(the_filter().printer.japanese_locale, 0);
+  EXPECT_EQ(the_filter().job.font_library_loaded, 0);
+  EXPECT_EQ(the_filter().command_line.ignore_flag, 0);
+  EXPECT_EQ(the_filter().settings.spacing_index, 3);
+  EXPECT_EQ(the_filter().settings.form_data_length, 0);
+  EXPECT_EQ(the_filter().settings.char_pitch_source, 0);
+  EXPECT_EQ(the_filter().settings.line_pitch_source, 0);
+  EXPECT_EQ(the_filter().settings.width_source, 0);
+  EXPECT_EQ(the_filter().settings.line_pitch_text, nullptr);
+  EXPECT_EQ(the_filter().settings.width_text, nullptr);
   EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
 }
 
@@ -162,10 +168,10 @@ TEST_F(Options, RFollowedByEEndsWithEmulationMode3) {
 TEST_F(Options, EFollowedByREndsWithEmulationMode7AndKeepsTheFontVariant) {
   for (const char* options : {"-ER", "-NR"}) {
     expect_accepted({options});
-    EXPECT_EQ(job_settings.emulation_mode, 7);
-    EXPECT_EQ(job_settings.stream_variant, 4);
-    EXPECT_EQ(job_settings.record.output_variant, 4);
-    EXPECT_EQ(job_settings.font_variant, 0);
+    EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+    EXPECT_EQ(the_filter().command_line.stream_variant, 4);
+    EXPECT_EQ(the_filter().settings.output_variant, 4);
+    EXPECT_EQ(the_filter().command_line.font_variant, 0);
   }
 }
 
@@ -188,11 +194,11 @@ TEST_F(Options, BAndEInBothOrders) {
 
 TEST_F(Options, LaterOfTwoOutputVariantsWins) {
   expect_accepted({"-Af"});
-  EXPECT_EQ(job_settings.record.output_variant, 2);
+  EXPECT_EQ(the_filter().settings.output_variant, 2);
   expect_accepted({"-fA"});
-  EXPECT_EQ(job_settings.record.output_variant, 1);
+  EXPECT_EQ(the_filter().settings.output_variant, 1);
   expect_accepted({"-A", "-R", "-f"});
-  EXPECT_EQ(job_settings.record.output_variant, 2);
+  EXPECT_EQ(the_filter().settings.output_variant, 2);
 }
 
 TEST_F(Options, ValueOptionsSetTheirSettingsBeforeAndAfterTheModeLetters) {
@@ -203,26 +209,26 @@ TEST_F(Options, ValueOptionsSetTheirSettingsBeforeAndAfterTheModeLetters) {
     std::vector<std::string> arguments = values;
     arguments.insert(modes_first ? arguments.begin() : arguments.end(), {"-N", "-GD300!g"});
     expect_accepted(arguments);
-    EXPECT_EQ(job_settings.emulation_mode, 3);
-    EXPECT_EQ(printer_has(6, 0), 300U);
-    EXPECT_EQ(printer_has(8, 0), 1U);
-    EXPECT_EQ(job_settings.record.char_pitch_source, 3);
-    EXPECT_STREQ(job_settings.record.char_pitch_text, "10");
-    EXPECT_EQ(job_settings.character_pitch, 720);
-    EXPECT_EQ(job_settings.record.line_pitch_source, 3);
-    EXPECT_STREQ(job_settings.record.line_pitch_text, "8");
-    EXPECT_EQ(job_settings.record.width_source, 3);
-    EXPECT_STREQ(job_settings.record.width_text, "136");
-    EXPECT_EQ(job_settings.lines_per_page, 66);
-    EXPECT_STREQ(job_settings.fcb_name, "f1");
-    EXPECT_EQ(job_settings.framed_output, 1);
-    EXPECT_EQ(job_settings.requested_resolution, 400);
-    EXPECT_EQ(job_settings.resolution, 240);
-    EXPECT_EQ(job_settings.ignore_flag, 1);
-    EXPECT_EQ(job_settings.print_conditions_enabled, 0);
-    EXPECT_EQ(job_settings.undefined_gaiji_pattern, 1);
-    EXPECT_STREQ(job_settings.f_text.data(), "ff");
-    EXPECT_STREQ(job_settings.j_text.data(), "jj jj");
+    EXPECT_EQ(the_filter().command_line.emulation_mode, 3);
+    EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 300U);
+    EXPECT_EQ(printer_has(the_filter().printer, 8, 0), 1U);
+    EXPECT_EQ(the_filter().settings.char_pitch_source, 3);
+    EXPECT_STREQ(the_filter().settings.char_pitch_text, "10");
+    EXPECT_EQ(the_filter().command_line.character_pitch, 720);
+    EXPECT_EQ(the_filter().settings.line_pitch_source, 3);
+    EXPECT_STREQ(the_filter().settings.line_pitch_text, "8");
+    EXPECT_EQ(the_filter().settings.width_source, 3);
+    EXPECT_STREQ(the_filter().settings.width_text, "136");
+    EXPECT_EQ(the_filter().command_line.lines_per_page, 66);
+    EXPECT_STREQ(the_filter().command_line.fcb_name, "f1");
+    EXPECT_EQ(the_filter().command_line.framed_output, 1);
+    EXPECT_EQ(the_filter().command_line.requested_resolution, 400);
+    EXPECT_EQ(the_filter().command_line.resolution, 240);
+    EXPECT_EQ(the_filter().command_line.ignore_flag, 1);
+    EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 0);
+    EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 1);
+    EXPECT_STREQ(the_filter().command_line.f_text.data(), "ff");
+    EXPECT_STREQ(the_filter().command_line.j_text.data(), "jj jj");
     EXPECT_EQ(directories(), (std::vector<std::string>{"a", kDefaultDirectory}));
   }
 }
@@ -235,33 +241,33 @@ TEST_F(Options, IgnoredLettersAreAcceptedAndChangeNothing) {
 
 TEST_F(Options, ModesBehindOperandsCountToo) {
   expect_accepted({"operand", "-R", "other", "-c", "12"});
-  EXPECT_EQ(job_settings.emulation_mode, 7);
-  EXPECT_EQ(job_settings.character_pitch, 600);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.character_pitch, 600);
 }
 
 TEST_F(Options, DoubleDashEndsTheOptionsInBothPasses) {
   expect_accepted({"-R", "-d", "--", "-E", "-q", "-x"});
-  EXPECT_EQ(job_settings.emulation_mode, 7);
-  EXPECT_EQ(job_settings.framed_output, 1);
-  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.framed_output, 1);
+  EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
 }
 
 TEST_F(Options, NumbersAllowBlanksSignAndTrailingJunk) {
   expect_accepted({"-L", " +66x", "-e", "-5"});
-  EXPECT_EQ(job_settings.lines_per_page, 66);
-  EXPECT_EQ(job_settings.requested_resolution, -5);
+  EXPECT_EQ(the_filter().command_line.lines_per_page, 66);
+  EXPECT_EQ(the_filter().command_line.requested_resolution, -5);
   expect_accepted({"-L", "-3", "-e", "0x10"});
-  EXPECT_EQ(job_settings.lines_per_page, -3);
-  EXPECT_EQ(job_settings.requested_resolution, 0);
+  EXPECT_EQ(the_filter().command_line.lines_per_page, -3);
+  EXPECT_EQ(the_filter().command_line.requested_resolution, 0);
   expect_accepted({"-L", "abc"});
-  EXPECT_EQ(job_settings.lines_per_page, 0);
+  EXPECT_EQ(the_filter().command_line.lines_per_page, 0);
 }
 
 TEST_F(Options, LastOfARepeatedValueCounts) {
   expect_accepted({"-c", "10", "-c12", "-n", "a", "-n", "b", "-r", "ubar", "-r", "space"});
-  EXPECT_EQ(job_settings.character_pitch, 600);
-  EXPECT_STREQ(job_settings.fcb_name, "b");
-  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+  EXPECT_EQ(the_filter().command_line.character_pitch, 600);
+  EXPECT_STREQ(the_filter().command_line.fcb_name, "b");
+  EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 0);
 }
 
 TEST_F(Options, UnknownLetterIsDiagnosedByBothPassesAndEndsWithStatus1) {
@@ -272,13 +278,13 @@ TEST_F(Options, UnknownLetterIsDiagnosedByBothPassesAndEndsWithStatus1) {
 TEST_F(Options, FirstPassReportsAllUnknownLettersAndTheSecondStopsAtTheFirst) {
   const auto line = [](char letter) { return kProgram + ": invalid option -- '" + letter + "'\n"; };
   expect_refused({"-xd", "-y", "-c", "0"}, line('x') + line('y') + line('x'));
-  EXPECT_EQ(job_settings.framed_output, 0);
-  EXPECT_EQ(resource_directories.count, 0U);
+  EXPECT_EQ(the_filter().command_line.framed_output, 0);
+  EXPECT_EQ(the_filter().directories.count, 0U);
 }
 
 TEST_F(Options, ModesBehindAnUnknownLetterAreStillSet) {
   EXPECT_EQ(parse({"-x", "-R"}), 1);
-  EXPECT_EQ(job_settings.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
 }
 
 TEST_F(Options, MissingArgumentIsDiagnosedByBothPassesAndEndsWithStatus1) {
@@ -299,17 +305,17 @@ TEST_F(Options, OperandDoesNotBecomeTheArgumentThatTheLastOptionLacks) {
 TEST_F(Options, ParsingStartsAfreshAfterAnErrorWithinAGroupOfLetters) {
   EXPECT_EQ(parse({"-xRq"}), 1);
   expect_accepted({"-E", "-d"});
-  EXPECT_EQ(job_settings.emulation_mode, 3);
-  EXPECT_EQ(job_settings.framed_output, 1);
-  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, 3);
+  EXPECT_EQ(the_filter().command_line.framed_output, 1);
+  EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
 }
 
 TEST_F(Options, SecondPassPutsConditionsAndPatternBackFirst) {
-  job_settings.print_conditions_enabled = 0;
-  job_settings.undefined_gaiji_pattern = 1;
+  the_filter().command_line.print_conditions_enabled = 0;
+  the_filter().command_line.undefined_gaiji_pattern = 1;
   EXPECT_EQ(parse_on({}), 0);
-  EXPECT_EQ(job_settings.print_conditions_enabled, 1);
-  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+  EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
+  EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 0);
 }
 
 TEST_F(Options, CharacterPitchIs7200DividedByTheArgument) {
@@ -328,31 +334,31 @@ TEST_F(Options, CharacterPitchIs7200DividedByTheArgument) {
                                                    {"7201", 0},
                                                    {"2147483647", 0}}) {
     expect_accepted({"-c", row.argument});
-    EXPECT_EQ(job_settings.character_pitch, row.pitch) << row.argument;
-    EXPECT_EQ(job_settings.record.char_pitch_source, 3) << row.argument;
-    EXPECT_STREQ(job_settings.record.char_pitch_text, row.argument);
+    EXPECT_EQ(the_filter().command_line.character_pitch, row.pitch) << row.argument;
+    EXPECT_EQ(the_filter().settings.char_pitch_source, 3) << row.argument;
+    EXPECT_STREQ(the_filter().settings.char_pitch_text, row.argument);
   }
 }
 
 TEST_F(Options, CharacterPitchBelow1IsAnIllegalOption) {
   for (const char* argument : {"0", "-1", "-7200", "abc", "", "x10", "+", "-2147483648"}) {
     expect_refused({"-c", argument}, kProgram + ": illegal option c\n");
-    EXPECT_EQ(job_settings.character_pitch, 0) << argument;
+    EXPECT_EQ(the_filter().command_line.character_pitch, 0) << argument;
   }
 }
 
 TEST_F(Options, IllegalPitchEndsTheSecondPassAfterTheModesAreSet) {
   expect_refused({"-q", "-c0", "-d", "-R"}, kProgram + ": illegal option c\n");
-  EXPECT_EQ(job_settings.print_conditions_enabled, 0);
-  EXPECT_EQ(job_settings.framed_output, 0);
-  EXPECT_EQ(job_settings.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 0);
+  EXPECT_EQ(the_filter().command_line.framed_output, 0);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
 }
 
 TEST_F(Options, UndefinedGaijiPatternIsSpaceOrUbar) {
   expect_accepted({"-r", "space"});
-  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 0);
+  EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 0);
   expect_accepted({"-rubar"});
-  EXPECT_EQ(job_settings.undefined_gaiji_pattern, 1);
+  EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 1);
 }
 
 TEST_F(Options, UndefinedGaijiPatternWithCapitalOrAnythingElseIsRejected) {
@@ -365,11 +371,11 @@ TEST_F(Options, FormNameHas255BytesAtMost) {
   for (const std::size_t length : {0U, 1U, 254U, 255U}) {
     const std::string name(length, 'n');
     expect_accepted({"-n", name});
-    EXPECT_EQ(job_settings.fcb_name, name);
+    EXPECT_EQ(the_filter().command_line.fcb_name, name);
   }
   for (const std::size_t length : {256U, 257U, 5000U}) {
     expect_refused({"-n", std::string(length, 'n')}, kProgram + ": FCB data error\n");
-    EXPECT_EQ(job_settings.fcb_name, nullptr);
+    EXPECT_EQ(the_filter().command_line.fcb_name, nullptr);
   }
 }
 
@@ -435,47 +441,47 @@ TEST_F(Options, PiecesAfterThe128thAreNotLookedAt) {
 }
 
 TEST_F(Options, OverLongTextsOfFAndJAreCutToTheirRoom) {
-  const int marker = job_settings.record.spacing_index;
+  const int marker = the_filter().settings.spacing_index;
   for (const std::size_t length : {0U, 254U, 255U, 256U, 257U, 10000U}) {
     const std::string f_text(length, 'f');
     const std::string j_text(length, 'j');
     expect_accepted({"-F", f_text, "-J", j_text});
-    EXPECT_EQ(job_settings.f_text.data(), f_text.substr(0, 255));
-    EXPECT_EQ(job_settings.j_text.data(), j_text.substr(0, 255));
-    EXPECT_EQ(job_settings.record.spacing_index, marker);
+    EXPECT_EQ(the_filter().command_line.f_text.data(), f_text.substr(0, 255));
+    EXPECT_EQ(the_filter().command_line.j_text.data(), j_text.substr(0, 255));
+    EXPECT_EQ(the_filter().settings.spacing_index, marker);
   }
 }
 
 TEST_F(Options, ShorterTextOfFReplacesALongerOne) {
   expect_accepted({"-F", "longer", "-F", "ab", "-J", "longer", "-J", ""});
-  EXPECT_STREQ(job_settings.f_text.data(), "ab");
-  EXPECT_STREQ(job_settings.j_text.data(), "");
+  EXPECT_STREQ(the_filter().command_line.f_text.data(), "ab");
+  EXPECT_STREQ(the_filter().command_line.j_text.data(), "");
 }
 
 TEST_F(Options, OverLongCapabilitiesAreAccepted) {
   expect_accepted({"-G", std::string(100000, 'z') + "!f1!f2"});
-  EXPECT_EQ(printer_has(7, 0x600000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, 7, 0x600000), 1U);
 }
 
 TEST_F(Options, CapabilitiesAreParsedOnceForEachOccurrence) {
   expect_accepted({"-G", "D240", "-GD400!Jja_JP"});
-  EXPECT_EQ(printer_has(6, 0), 240U);
-  EXPECT_EQ(printer_has(6, 400), 1U);
-  EXPECT_EQ(job_settings.japanese_locale, 1);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U);
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 1U);
+  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
   // Had the second pass parsed them again, 13 resolutions would fill the 24 places.
   std::string list = "D1";
   for (int resolution = 2; resolution <= 13; ++resolution) {
     list += "!D" + std::to_string(resolution);
   }
   EXPECT_EQ(parse({"-G", list}), 0);
-  parse_capabilities("D14!D15");
-  EXPECT_EQ(printer_has(6, 15), 1U);
+  parse_capabilities(the_filter().printer, "D14!D15");
+  EXPECT_EQ(printer_has(the_filter().printer, 6, 15), 1U);
 }
 
 TEST_F(Options, WithoutArgumentsAtAllTheProgramNameIsEmpty) {
   char* argv[] = {nullptr};
-  EXPECT_EQ(parse_options(0, argv), 0);
-  EXPECT_STREQ(job_settings.program_name, "");
+  EXPECT_EQ(parse_options(option_targets(), 0, argv), 0);
+  EXPECT_STREQ(the_filter().messages.program_name, "");
   EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
 }
 

@@ -11,6 +11,7 @@
 #include "support/filter_state.h"
 #include "support/page_data.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 // How a job ends on its last page.
 
@@ -21,7 +22,7 @@ using PageWriterEnd = FilterTest;
 
 TEST_F(PageWriterEnd, JobWithoutALastFormFeedEndsWithItsText) {
   EXPECT_EQ(output_of([] {
-              job_settings.page_has_content = 1;
+              the_filter().job.page_has_content = 1;
               put("ABC");
               end_job();
             }),
@@ -30,7 +31,7 @@ TEST_F(PageWriterEnd, JobWithoutALastFormFeedEndsWithItsText) {
 
 TEST_F(PageWriterEnd, BytesWithoutContentAreNotWrittenAtTheEnd) {
   EXPECT_EQ(output_of([] {
-              job_settings.page_has_content = 1;
+              the_filter().job.page_has_content = 1;
               put("ABC\f");
               put("\x1c%!\"p");
               end_job();
@@ -51,14 +52,14 @@ TEST_F(PageWriterEnd, EmptyInputWritesNothing) {
 }
 
 TEST_F(PageWriterEnd, EndOfTheJobKeepsTheCarriedSettingsToItself) {
-  keep(441, "\x1bQ1 y");
-  job_settings.page_has_content = 1;
+  keep(CMD_Q_YL_SP, "\x1bQ1 y");
+  the_filter().job.page_has_content = 1;
   EXPECT_EQ(output_of([] {
               put("A");
               end_job();
             }),
             kFirstHeader + block('2', "A") + kFinalFormFeed + kJobEnd);
-  EXPECT_EQ(output_of([] { out_kept_settings(); }), block('6', "\x1bQ1 y"));
+  EXPECT_EQ(output_of([] { out_kept_settings(the_filter().carried); }), block('6', "\x1bQ1 y"));
 }
 
 /// Every state in which a job can end.
@@ -76,16 +77,16 @@ void prepare(const End& end) {
   output_of([&] {
     if (end.continued) {
       put(pattern(kPageBufferBytes));
-      page_sink().cut();
+      page_sink(the_filter().page).cut();
     }
     if (end.gathered) {
       put("AB");
     }
   });
   // So a parameter text is due, and seen where it is written.
-  reset_job_header();
-  job_settings.page_has_content = end.content ? 1 : 0;
-  job_settings.job_started = end.started ? 1 : 0;
+  the_filter().header.sent = {};
+  the_filter().job.page_has_content = end.content ? 1 : 0;
+  the_filter().job.job_started = end.started ? 1 : 0;
 }
 
 TEST_F(PageWriterEnd, EndOfTheJobInEachState) {
@@ -114,7 +115,7 @@ TEST_F(PageWriterEnd, EndOfTheJobInEachState) {
     prepare(end);
     EXPECT_EQ(output_of(end_job), end.output)
         << end.gathered << end.content << end.started << end.continued;
-    EXPECT_EQ(job_settings.job_started, 0);
+    EXPECT_EQ(the_filter().job.job_started, 0);
     EXPECT_EQ(output_of(end_job), "");
   }
 }
@@ -125,12 +126,12 @@ TEST_F(PageWriterEnd, EndOfTheJobClearsTheFlagsOfThePage) {
       for (const bool continued : {false, true}) {
         prepare(End{gathered, content, true, continued, ""});
         output_of(end_job);
-        EXPECT_EQ(job_settings.page_has_content, 0);
+        EXPECT_EQ(the_filter().job.page_has_content, 0);
         // The next block is the first of a page of a new job.
         const DataBlocks next = data_blocks(output_of([] { put("C\f"); }));
         EXPECT_EQ(next.kinds, "2") << gathered << content << continued;
         EXPECT_EQ(next.data, "C\f");
-        EXPECT_EQ(job_settings.job_started, 1);
+        EXPECT_EQ(the_filter().job.job_started, 1);
       }
     }
   }

@@ -12,6 +12,7 @@
 #include "support/filter_state.h"
 #include "support/page_data.h"
 #include "support/printer_blocks.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -26,7 +27,7 @@ TEST_F(PageWriter, SingleFormFeedEndsThePage) {
 }
 
 TEST_F(PageWriter, SingleFormFeedIsFollowedByTheCarriedSettings) {
-  keep(292, "\x1b(H");
+  keep(CMD_ESC_PAREN_H, "\x1b(H");
   EXPECT_EQ(output_of([] { put("\f"); }),
             kFirstHeader + "\x1bQ2;0000000013/a\f\x1bQ6;0000000015/a\x1b(H");
 }
@@ -65,11 +66,11 @@ TEST_F(PageWriter, PageOf10000BytesInPiecesOf100) {
 TEST_F(PageWriter, CountOfZeroWithBytesDoesNothing) {
   EXPECT_EQ(output_of([] {
               put("A");
-              job_settings.page_has_content = 1;
-              EXPECT_EQ(out_page_data(0, raw("\f")), 0);
+              the_filter().job.page_has_content = 1;
+              out_page_data(the_filter().page, 0, raw("\f"));
             }),
             "");
-  EXPECT_EQ(job_settings.page_has_content, 1);
+  EXPECT_EQ(the_filter().job.page_has_content, 1);
   EXPECT_EQ(output_of([] { put("\f"); }), kFirstHeader + block('2', "A\f"));
 }
 
@@ -183,19 +184,19 @@ TEST_F(PageWriter, FormFeedPieceOfAContinuedPageMakesAFurtherBlock) {
 }
 
 TEST_F(PageWriter, PageEndClearsTheContentFlagButNotTheJobsStart) {
-  job_settings.page_has_content = 1;
+  the_filter().job.page_has_content = 1;
   output_of([] { put("A\f"); });
-  EXPECT_EQ(job_settings.page_has_content, 0);
-  EXPECT_EQ(job_settings.job_started, 1);
+  EXPECT_EQ(the_filter().job.page_has_content, 0);
+  EXPECT_EQ(the_filter().job.job_started, 1);
 }
 
 TEST_F(PageWriter, FullBlockLeavesTheContentFlag) {
-  job_settings.page_has_content = 1;
+  the_filter().job.page_has_content = 1;
   output_of([] {
     put(pattern(kRoom));
     put("A");
   });
-  EXPECT_EQ(job_settings.page_has_content, 1);
+  EXPECT_EQ(the_filter().job.page_has_content, 1);
 }
 
 TEST_F(PageWriter, CarriedSettingsFollowEachBlock) {
@@ -203,15 +204,15 @@ TEST_F(PageWriter, CarriedSettingsFollowEachBlock) {
   const std::string size = "\x1bQ1 y";
   const std::string set = "\x1b$@";
   const std::string caught = output_of([&] {
-    keep(441, size);
+    keep(CMD_Q_YL_SP, size);
     put(text);
     put("A");
-    keep(289, set);
+    keep(CMD_ESC_DOLLAR_AT, set);
     put(text);
     put("B");
     put("\f");
-    keep(441, size);
-    keep(289, set);
+    keep(CMD_Q_YL_SP, size);
+    keep(CMD_ESC_DOLLAR_AT, set);
     put("C\f");
   });
   EXPECT_EQ(caught, kFirstHeader + block('2', text) + block('6', size) + block('0', "A") +
@@ -237,32 +238,32 @@ TEST_F(PageWriter, OversizePieceIsNeitherLostNorWrittenBehindTheBuffer) {
 
 TEST_F(PageWriter, SinkIsThePageBuffer) {
   put("AB");
-  const PieceSink sink = page_sink();
+  const PieceSink sink = page_sink(the_filter().page);
   EXPECT_EQ(sink.capacity, kPageBufferBytes);
   ASSERT_EQ(*sink.length, 2);
   sink.bytes[2] = 'C';
   *sink.length = 3;
   EXPECT_EQ(output_of([] { put("\f"); }), kFirstHeader + block('2', "ABC\f"));
-  EXPECT_EQ(*page_sink().length, 0);
+  EXPECT_EQ(*page_sink(the_filter().page).length, 0);
 }
 
 TEST_F(PageWriter, CutOfTheSinkWritesWhatIsGatheredAndTheCarriedSettings) {
   put("AB");
-  keep(441, "\x1bQ1 y");
-  EXPECT_EQ(output_of([] { EXPECT_EQ(page_sink().cut(), 0); }),
+  keep(CMD_Q_YL_SP, "\x1bQ1 y");
+  EXPECT_EQ(output_of([] { page_sink(the_filter().page).cut(); }),
             kFirstHeader + block('2', "AB") + block('6', "\x1bQ1 y"));
-  EXPECT_EQ(*page_sink().length, 0);
+  EXPECT_EQ(*page_sink(the_filter().page).length, 0);
   put("C");
-  EXPECT_EQ(output_of([] { EXPECT_EQ(page_sink().cut(), 0); }), block('0', "C"));
+  EXPECT_EQ(output_of([] { page_sink(the_filter().page).cut(); }), block('0', "C"));
 }
 
 TEST_F(PageWriter, FinishedPageLeavesBeforeTheFilterWaits) {
   const CaptureDescriptor output(1);
   put("A");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "");
   put("\f");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), kFirstHeader + block('2', "A\f"));
 }
 
@@ -270,14 +271,14 @@ TEST_F(PageWriter, BlockInsideAPageDoesNotLeaveBeforeTheFilterWaits) {
   const CaptureDescriptor output(1);
   put(pattern(kRoom));
   put("A");
-  flush_finished_pages();
+  flush_finished_pages(the_filter().writer);
   EXPECT_EQ(output.text(), "");
 }
 
 TEST_F(PageWriter, BuffersCanBeFreedTwiceAndAllocatedAgain) {
-  free_page_buffers();
-  free_page_buffers();
-  ASSERT_EQ(allocate_page_buffers(), 0);
+  free_page_buffers(the_filter().page);
+  free_page_buffers(the_filter().page);
+  ASSERT_EQ(allocate_page_buffers(the_filter().page), 0);
   EXPECT_EQ(output_of([] { put("A\f"); }), kFirstHeader + block('2', "A\f"));
 }
 

@@ -1,4 +1,4 @@
-#include "driver/pass_through.h"
+#include "driver/loop/pass_through.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,15 +11,19 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/loop_state.h"
+#include "driver/exit_status.h"
+#include "driver/loop/loop_state.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::CaptureDescriptor;
 using testing::cnt_frame;
@@ -110,12 +114,12 @@ TEST_F(PassThrough, NothingThatWaitsIsWrittenBefore) {
   use_form({6, 6}, 1);
   hold_movement("VVV");
   hold_command("HELD");
-  loop_state.content_since_conditions = true;
+  the_filter().loop.content_since_conditions = true;
   const StandardInput input("rest");
   const testing::Routed routed = route(CMD_Q_BQ_SL, kParameterBlock);
   EXPECT_FALSE(routed.goes_on);
   EXPECT_EQ(routed.data, kParameterBlock + "rest");
-  EXPECT_EQ(loop_state.status, 0);
+  EXPECT_EQ(the_filter().loop.status, 0);
 }
 
 TEST_F(PassThrough, CommandWithoutBytesOnlyCopies) {
@@ -162,9 +166,10 @@ void limit_files(rlim_t bytes) {
 [[noreturn]] void pass_through_with_room(rlim_t room, const std::string& rest) {
   const StandardInput input(rest);
   limit_files(room);
-  bool copy_failed = false;
-  const int status = pass_through(testing::make_record(CMD_Q_BQ_SL, kParameterBlock), copy_failed);
-  std::exit(copy_failed ? status : 99);
+  LoopState& loop = the_filter().loop;
+  loop.record = testing::make_record(CMD_Q_BQ_SL, kParameterBlock);
+  pass_through(loop);
+  std::exit(loop.copy_failed ? exit_status_of(loop.status) : 99);
 }
 
 TEST_F(PassThrough, CopyThatCannotBeWrittenIsReportedAndExits0) {

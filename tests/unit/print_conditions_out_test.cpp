@@ -12,18 +12,24 @@
 #include <string>
 #include <vector>
 
-#include "input/framed_transfer.h"
 #include "job/print_conditions.h"
 #include "job/settings.h"
 #include "output/byte_writer.h"
 #include "output/carried_settings.h"
+#include "output/frame_writer.h"
 #include "output/job_header.h"
 #include "output/line_spacing.h"
 #include "output/page_writer.h"
 #include "support/descriptors.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::restart_frames;
+using testing::restart_page;
+using testing::restart_settings;
+using testing::the_filter;
 
 using testing::bytes;
 
@@ -41,52 +47,41 @@ const std::string kLines8 = "\x1c%) p";
 const std::string kPitch720 = "\x1bQ0;0720/G";
 const std::string kDoublePitch720 = "\x1c$!$$p";
 
-const std::vector<int> kCommands{0, 446, 478, 479, 482, 483, 492, 500};
+const std::vector<std::uint32_t> kCommands{0,
+                                           CMD_Q_A_EX,
+                                           CMD_Q_I_EX,
+                                           CMD_LINE_UNIT_479,
+                                           CMD_Q_NL_SP,
+                                           CMD_Q_NL_SP2,
+                                           CMD_SECOND_VARIANT_492,
+                                           CMD_Q_OL_SP};
 
 class PrintConditionsOut : public ::testing::Test {
  protected:
-  PrintConditionsOut() {
-    reset_all();
-    EXPECT_EQ(allocate_page_buffers(), 0);
-  }
-  ~PrintConditionsOut() override {
-    reset_all();
-    free_page_buffers();
-  }
-
-  static void reset_all() {
-    reset_job_settings();
-    reset_print_conditions();
-    reset_line_spacing();
-    reset_page_writer();
-    reset_carried_settings();
-    reset_byte_writer();
-    reset_job_header();
-    reset_framed_transfer();
-  }
+  PrintConditionsOut() { testing::renew_filter(); }
 
   /// Calls with all out values at -1.
-  int emit(int command) {
+  void emit(std::uint32_t command) {
     spacing_index_ = -1;
     line_unit_value_ = -1;
     conditions_written_ = -1;
-    return emit_print_conditions(command, 0, 180, &spacing_index_, &line_unit_value_,
-                                 &conditions_written_, job_settings.record);
+    emit_print_conditions(the_filter().conditions_output, command, 0, 180, &spacing_index_,
+                          &line_unit_value_, &conditions_written_, the_filter().settings);
   }
 
   /// Takes what the page writer has gathered.
   static std::string gathered() {
-    const PieceSink sink = page_sink();
+    const PieceSink sink = page_sink(the_filter().page);
     std::string text(sink.bytes, sink.bytes + *sink.length);
-    reset_page_writer();
+    restart_page();
     return text;
   }
 
   /// Takes what the carried settings hold: the general buffer, then the slots.
   static std::string carried() {
     const testing::CaptureDescriptor standard_output(1);
-    EXPECT_EQ(out_kept_settings(), 0);
-    flush_output();
+    out_kept_settings(the_filter().carried);
+    flush_output(the_filter().writer);
     std::string block = standard_output.text();
     constexpr std::size_t kHeader = 16;
     if (block.empty()) {
@@ -97,25 +92,25 @@ class PrintConditionsOut : public ::testing::Test {
     return block;
   }
 
-  std::string emitted(int command) {
-    EXPECT_EQ(emit(command), 0);
+  std::string emitted(std::uint32_t command) {
+    emit(command);
     return gathered();
   }
 
   static void give_character_pitch(std::int32_t pitch) {
-    job_settings.record.char_pitch_source = kFromCommandLine;
-    job_settings.character_pitch = pitch;
-    pitch_sequences();
+    the_filter().settings.char_pitch_source = kFromCommandLine;
+    the_filter().command_line.character_pitch = pitch;
+    pitch_sequences(the_filter().spacing);
   }
 
   static void give_line_pitch(const char* text) {
-    job_settings.record.line_pitch_source = kFromCommandLine;
-    job_settings.record.line_pitch_text = text;
+    the_filter().settings.line_pitch_source = kFromCommandLine;
+    the_filter().settings.line_pitch_text = text;
   }
 
   static void give_form_data(const std::string& data) {
-    job_settings.record.form_data_length = static_cast<std::int32_t>(data.size());
-    std::copy(data.begin(), data.end(), job_settings.record.form_data.begin());
+    the_filter().settings.form_data_length = static_cast<std::int32_t>(data.size());
+    std::copy(data.begin(), data.end(), the_filter().settings.form_data.begin());
   }
 
   std::int32_t spacing_index_ = -1;
@@ -132,7 +127,7 @@ TEST_F(PrintConditionsOut, FirstPageGetsStandardStateResetSpacingAndSixLines) {
 }
 
 TEST_F(PrintConditionsOut, RecordWithNothingFromTheCommandLineGetsResetAndSpacingAlone) {
-  for (const int command : {482, 483}) {
+  for (const std::uint32_t command : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
     EXPECT_EQ(emitted(command), kSetReset + kSpacing3) << command;
     EXPECT_EQ(carried(), kSetReset + kSpacing3) << command;
     EXPECT_EQ(spacing_index_, 3);
@@ -142,7 +137,7 @@ TEST_F(PrintConditionsOut, RecordWithNothingFromTheCommandLineGetsResetAndSpacin
 }
 
 TEST_F(PrintConditionsOut, Command492BringsThePitchesAlone) {
-  EXPECT_EQ(emitted(492), kLines6);
+  EXPECT_EQ(emitted(CMD_SECOND_VARIANT_492), kLines6);
   EXPECT_EQ(carried(), "");
   EXPECT_EQ(spacing_index_, 3);
   EXPECT_EQ(line_unit_value_, -1);
@@ -150,13 +145,13 @@ TEST_F(PrintConditionsOut, Command492BringsThePitchesAlone) {
 
   give_character_pitch(720);
   give_line_pitch("8");
-  EXPECT_EQ(emitted(492), kPitch720 + kDoublePitch720 + kLines8);
+  EXPECT_EQ(emitted(CMD_SECOND_VARIANT_492), kPitch720 + kDoublePitch720 + kLines8);
   EXPECT_EQ(carried(), kDoublePitch720 + kPitch720);
 }
 
 TEST_F(PrintConditionsOut, Command492KeepsTheSpacingIndexInEmulationMode3) {
-  job_settings.emulation_mode = 3;
-  EXPECT_EQ(emitted(492), kLines6);
+  the_filter().command_line.emulation_mode = 3;
+  EXPECT_EQ(emitted(CMD_SECOND_VARIANT_492), kLines6);
   EXPECT_EQ(spacing_index_, -1);
 }
 
@@ -164,7 +159,9 @@ TEST_F(PrintConditionsOut, EveryOtherCommandWritesNothing) {
   give_character_pitch(720);
   give_line_pitch("8");
   give_form_data("data");
-  for (int command = -2; command <= 4000; ++command) {
+  // From two below 0 on, where the numbers come round.
+  for (std::uint32_t i = 0; i <= 4002; ++i) {
+    const std::uint32_t command = i - 2;
     if (std::find(kCommands.begin(), kCommands.end(), command) != kCommands.end()) {
       continue;
     }
@@ -178,23 +175,23 @@ TEST_F(PrintConditionsOut, EveryOtherCommandWritesNothing) {
 
 TEST_F(PrintConditionsOut, EverySpacingEntryIsSentAsItStands) {
   for (std::int32_t index = 0; index <= 4; ++index) {
-    job_settings.record.spacing_index = index;
+    the_filter().settings.spacing_index = index;
     const std::string& entry = kSpacing[static_cast<std::size_t>(index)];
-    EXPECT_EQ(emitted(482), kSetReset + entry) << index;
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + entry) << index;
     EXPECT_EQ(carried(), kSetReset + entry) << index;
     EXPECT_EQ(spacing_index_, index);
   }
 }
 
 TEST_F(PrintConditionsOut, SpacingIndex0SendsFiveNulBytes) {
-  job_settings.record.spacing_index = 0;
+  the_filter().settings.spacing_index = 0;
   EXPECT_EQ(emitted(0), kStandardState + kSetReset + bytes("\0\0\0\0\0") + kLines6);
 }
 
 TEST_F(PrintConditionsOut, EmulationMode3SendsNoSpacing) {
   for (const int mode : {1, 2, 3, 4, 6, 7}) {
-    job_settings.emulation_mode = mode;
-    EXPECT_EQ(emitted(482), kSetReset + (mode == 3 ? "" : kSpacing3)) << mode;
+    the_filter().command_line.emulation_mode = mode;
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + (mode == 3 ? "" : kSpacing3)) << mode;
     EXPECT_EQ(spacing_index_, 3) << mode;
   }
 }
@@ -202,32 +199,32 @@ TEST_F(PrintConditionsOut, EmulationMode3SendsNoSpacing) {
 TEST_F(PrintConditionsOut, RecordSelectsSpacing4FromOutputVariant2On) {
   const std::string first_page = kStandardState + kSetReset + kSpacing3 + kLines6;
   for (std::uint8_t variant = 0; variant <= 4; ++variant) {
-    job_settings.record.output_variant = variant;
-    for (const int command : {482, 483}) {
+    the_filter().settings.output_variant = variant;
+    for (const std::uint32_t command : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
       EXPECT_EQ(emitted(command), kSetReset + (variant < 2 ? kSpacing3 : kSpacing4));
       EXPECT_EQ(spacing_index_, variant < 2 ? 3 : 4);
     }
     EXPECT_EQ(emitted(0), first_page);
     EXPECT_EQ(spacing_index_, 3);
   }
-  EXPECT_EQ(job_settings.record.spacing_index, 3);
+  EXPECT_EQ(the_filter().settings.spacing_index, 3);
 }
 
 TEST_F(PrintConditionsOut, FormFromTheCommandLineKeepsItsSpacing) {
-  job_settings.record.output_variant = 2;
+  the_filter().settings.output_variant = 2;
   for (const std::uint8_t source : {kNotGiven, kFromForm, kFromFormKind3, kFromCommandLine}) {
-    job_settings.record.form_source = source;
+    the_filter().settings.form_source = source;
     const bool own = source == kFromCommandLine;
-    EXPECT_EQ(emitted(482), kSetReset + (own ? kSpacing3 : kSpacing4)) << int{source};
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + (own ? kSpacing3 : kSpacing4)) << int{source};
     EXPECT_EQ(spacing_index_, own ? 3 : 4);
   }
 }
 
 TEST_F(PrintConditionsOut, FormFlagSuppressesTheSpacingUnlessTheFormIsTheCommandLines) {
-  job_settings.record.form_flag = 1;
+  the_filter().settings.form_flag = 1;
   for (const std::uint8_t source : {kNotGiven, kFromForm, kFromFormKind3, kFromCommandLine}) {
-    job_settings.record.form_source = source;
-    EXPECT_EQ(emitted(482), kSetReset + (source == kFromCommandLine ? kSpacing3 : ""));
+    the_filter().settings.form_source = source;
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + (source == kFromCommandLine ? kSpacing3 : ""));
     EXPECT_EQ(spacing_index_, 3);
   }
 }
@@ -242,7 +239,7 @@ TEST_F(PrintConditionsOut, FormDataIsSentAsItStandsAndCarried) {
     give_form_data(data.substr(0, length));
     std::string expected = start;
     expected.append(data, 0, length).append(kSpacing3);
-    EXPECT_EQ(emitted(500), expected + kLines6);
+    EXPECT_EQ(emitted(CMD_Q_OL_SP), expected + kLines6);
     EXPECT_EQ(carried(), expected);
   }
 }
@@ -252,8 +249,8 @@ TEST_F(PrintConditionsOut, FormDataThatEndsInFfEndsThePage) {
   std::string written;
   {
     const testing::CaptureDescriptor standard_output(1);
-    EXPECT_EQ(emit(482), 0);
-    flush_output();
+    emit(CMD_Q_NL_SP);
+    flush_output(the_filter().writer);
     written = standard_output.text();
   }
   // One block with all that was gathered up to the FF, then what was carried so far.
@@ -270,25 +267,25 @@ TEST_F(PrintConditionsOut, CharacterPitchIsWrittenBehindTheSpacing) {
   EXPECT_EQ(emitted(0),
             kStandardState + kSetReset + kSpacing3 + kPitch720 + kDoublePitch720 + kLines6);
   EXPECT_EQ(carried(), kStandardState + kSetReset + kSpacing3 + kDoublePitch720 + kPitch720);
-  EXPECT_EQ(emitted(483), kSetReset + kSpacing3 + kPitch720 + kDoublePitch720);
+  EXPECT_EQ(emitted(CMD_Q_NL_SP2), kSetReset + kSpacing3 + kPitch720 + kDoublePitch720);
 }
 
 TEST_F(PrintConditionsOut, CharacterPitchAbove7200ToTheInchWritesNothing) {
   give_character_pitch(0);
-  EXPECT_EQ(emitted(482), kSetReset + kSpacing3);
-  EXPECT_EQ(write_pitch_sequences(), 0);
+  EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + kSpacing3);
+  write_pitch_sequences(the_filter().conditions_output);
   EXPECT_EQ(gathered(), "");
 }
 
 TEST_F(PrintConditionsOut, SequencesThatTheCommandLineDidNotGiveAreNotWritten) {
-  job_settings.character_pitch = 720;
-  pitch_sequences();
+  the_filter().command_line.character_pitch = 720;
+  pitch_sequences(the_filter().spacing);
   for (const std::uint8_t source : {kNotGiven, kFromForm, kFromFormKind3}) {
-    job_settings.record.char_pitch_source = source;
-    job_settings.record.line_pitch_source = source;
-    job_settings.record.line_pitch_text = "8";
-    EXPECT_EQ(emitted(482), kSetReset + kSpacing3);
-    EXPECT_EQ(emitted(492), kLines6);
+    the_filter().settings.char_pitch_source = source;
+    the_filter().settings.line_pitch_source = source;
+    the_filter().settings.line_pitch_text = "8";
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + kSpacing3);
+    EXPECT_EQ(emitted(CMD_SECOND_VARIANT_492), kLines6);
   }
 }
 
@@ -296,7 +293,7 @@ TEST_F(PrintConditionsOut, LinePitchOfTheCommandLineIsCarried) {
   give_line_pitch("8");
   EXPECT_EQ(emitted(0), kStandardState + kSetReset + kSpacing3 + kLines8);
   EXPECT_EQ(carried(), kStandardState + kSetReset + kSpacing3 + kLines8);
-  EXPECT_EQ(emitted(482), kSetReset + kSpacing3 + kLines8);
+  EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + kSpacing3 + kLines8);
   EXPECT_EQ(carried(), kSetReset + kSpacing3 + kLines8);
 }
 
@@ -304,9 +301,10 @@ TEST_F(PrintConditionsOut, FiveLinesToTheInchSendNoLinePitchForAnyCommand) {
   const std::string record_group = kSetReset + kSpacing3;
   const std::string whole_group = kStandardState + record_group;
   give_line_pitch("5");
-  for (const int command : kCommands) {
-    const bool is_record = command == 482 || command == 483;
-    const std::string expected = command == 492 ? "" : (is_record ? record_group : whole_group);
+  for (const std::uint32_t command : kCommands) {
+    const bool is_record = command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
+    const std::string expected =
+        command == CMD_SECOND_VARIANT_492 ? "" : (is_record ? record_group : whole_group);
     EXPECT_EQ(emitted(command), expected) << command;
     EXPECT_EQ(carried(), expected) << command;
   }
@@ -335,10 +333,10 @@ TEST_F(PrintConditionsOut, LinePitchSequenceOfEveryNumber) {
         break;
     }
     const std::string text = std::to_string(number);
-    EXPECT_EQ(line_pitch_sequence(text.c_str(), 0), 0);
+    line_pitch_sequence(the_filter().conditions_output, text.c_str(), 0);
     EXPECT_EQ(gathered(), expected) << number;
     EXPECT_EQ(carried(), "") << number;
-    EXPECT_EQ(line_pitch_sequence(text.c_str(), 1), 0);
+    line_pitch_sequence(the_filter().conditions_output, text.c_str(), 1);
     EXPECT_EQ(gathered(), expected) << number;
     EXPECT_EQ(carried(), expected) << number;
   }
@@ -346,25 +344,26 @@ TEST_F(PrintConditionsOut, LinePitchSequenceOfEveryNumber) {
 
 TEST_F(PrintConditionsOut, LinePitchTextIsReadAsADecimalNumber) {
   for (const char* text : {"8", " 8", "+8", "08", "8lpi", "8.5"}) {
-    EXPECT_EQ(line_pitch_sequence(text, 0), 0);
+    line_pitch_sequence(the_filter().conditions_output, text, 0);
     EXPECT_EQ(gathered(), kLines8) << text;
   }
   for (const char* text : {"", "x8", "-8", "0x8", "8000"}) {
-    EXPECT_EQ(line_pitch_sequence(text, 0), 0);
+    line_pitch_sequence(the_filter().conditions_output, text, 0);
     EXPECT_EQ(gathered(), "") << text;
   }
 }
 
 TEST_F(PrintConditionsOut, LaterPitchesReplaceTheCarriedOnes) {
-  line_pitch_sequence("3", 1);
-  line_pitch_sequence("8", 1);
+  line_pitch_sequence(the_filter().conditions_output, "3", 1);
+  line_pitch_sequence(the_filter().conditions_output, "8", 1);
   EXPECT_EQ(carried(), kLines8);
 }
 
 TEST_F(PrintConditionsOut, OutValuesAreCopiedFromTheRecord) {
-  job_settings.record.spacing_index = 1;
-  job_settings.record.line_unit_value = 777;
-  for (const int command : {0, 446, 478, 479, 482, 483, 500}) {
+  the_filter().settings.spacing_index = 1;
+  the_filter().settings.line_unit_value = 777;
+  for (const std::uint32_t command : std::initializer_list<std::uint32_t>{
+           0, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_OL_SP}) {
     emitted(command);
     EXPECT_EQ(spacing_index_, 1) << command;
     EXPECT_EQ(line_unit_value_, 777) << command;
@@ -373,26 +372,28 @@ TEST_F(PrintConditionsOut, OutValuesAreCopiedFromTheRecord) {
 }
 
 TEST_F(PrintConditionsOut, NullOutPointersChangeNothingInTheOutput) {
-  job_settings.record.output_variant = 2;
-  for (const int command : kCommands) {
+  the_filter().settings.output_variant = 2;
+  for (const std::uint32_t command : kCommands) {
     const std::string expected = emitted(command);
-    EXPECT_EQ(emit_print_conditions(command, 1, 0, nullptr, nullptr, nullptr, job_settings.record),
-              0);
+    emit_print_conditions(the_filter().conditions_output, command, 1, 0, nullptr, nullptr, nullptr,
+                          the_filter().settings);
     EXPECT_EQ(gathered(), expected) << command;
   }
-  EXPECT_EQ(emitted(482), kSetReset + kSpacing4);
+  EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + kSpacing4);
 }
 
 TEST_F(PrintConditionsOut, FramedModeSendsTheFramedResetAloneForEveryCommand) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   give_character_pitch(720);
   give_line_pitch("8");
   give_form_data("data");
   const std::string frame = bytes("0011END_PRN_DAT\0") + kFramedReset;
-  for (const int command : {0, 1, 262, 446, 478, 479, 482, 483, 492, 500, 3840}) {
-    reset_framed_transfer();
+  for (const std::uint32_t command : std::initializer_list<std::uint32_t>{
+           0, 1, CMD_FF, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2,
+           CMD_SECOND_VARIANT_492, CMD_Q_OL_SP, CMD_TEXT_BAD}) {
+    restart_frames();
     const testing::CaptureDescriptor standard_output(1);
-    EXPECT_EQ(emit(command), 0);
+    emit(command);
     EXPECT_EQ(standard_output.text(), frame) << command;
     EXPECT_EQ(conditions_written_, 1) << command;
     EXPECT_EQ(spacing_index_, -1) << command;
@@ -403,17 +404,17 @@ TEST_F(PrintConditionsOut, FramedModeSendsTheFramedResetAloneForEveryCommand) {
 }
 
 TEST_F(PrintConditionsOut, FramedModeHoldsTheResetWhileTheInputFrameHasBytes) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const std::array<std::uint8_t, 1> left{'A'};
-  framed_transfer.window = {left.data(), left.data() + left.size()};
+  the_filter().source.frames.window = {left.data(), left.data() + left.size()};
   const testing::CaptureDescriptor standard_output(1);
-  EXPECT_EQ(emit(0), 0);
+  emit(0);
   EXPECT_EQ(standard_output.text(), "");
-  EXPECT_EQ(framed_transfer.out_len, 11);
+  EXPECT_EQ(the_filter().frame_writer.out_len, 11);
 }
 
 TEST_F(PrintConditionsOut, FailedWriteOfTheFramedResetEndsTheProcess) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   EXPECT_EXIT(
       {
         dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO);
@@ -424,15 +425,15 @@ TEST_F(PrintConditionsOut, FailedWriteOfTheFramedResetEndsTheProcess) {
 }
 
 TEST_F(PrintConditionsOut, FramedLinePitchGoesIntoAFrame) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const testing::CaptureDescriptor standard_output(1);
-  EXPECT_EQ(line_pitch_sequence("8", 0), 0);
+  line_pitch_sequence(the_filter().conditions_output, "8", 0);
   EXPECT_EQ(standard_output.text(), bytes("0005END_PRN_DAT\0") + kLines8);
 }
 
 /// One combination of all that the group depends on.
 struct Combination {
-  int command;
+  std::uint32_t command;
   bool pitch_given;
   const char* lines;  ///< null when not given
   int mode;
@@ -471,14 +472,14 @@ void expect_pitches(const Combination& given, bool carry_lines, bool default_lin
 
 Group expected_group(const Combination& given) {
   Group group;
-  if (given.command == 492) {
+  if (given.command == CMD_SECOND_VARIANT_492) {
     expect_pitches(given, false, true, group);
     return group;
   }
   if (std::find(kCommands.begin(), kCommands.end(), given.command) == kCommands.end()) {
     return group;
   }
-  const bool is_record = given.command == 482 || given.command == 483;
+  const bool is_record = given.command == CMD_Q_NL_SP || given.command == CMD_Q_NL_SP2;
   if (!is_record) {
     group.write_and_carry(kStandardState);
   }
@@ -493,11 +494,11 @@ Group expected_group(const Combination& given) {
 }
 
 class PrintConditionsOutSweep : public PrintConditionsOut,
-                                public ::testing::WithParamInterface<int> {
+                                public ::testing::WithParamInterface<std::uint32_t> {
  protected:
   void check(const Combination& given) {
-    reset_job_settings();
-    reset_line_spacing();
+    restart_settings();
+    the_filter().spacing.character_pitch = {};
     if (given.pitch_given) {
       give_character_pitch(720);
     }
@@ -505,8 +506,8 @@ class PrintConditionsOutSweep : public PrintConditionsOut,
       give_line_pitch(given.lines);
     }
     give_form_data(given.data);
-    job_settings.emulation_mode = given.mode;
-    SettingsRecord& record = job_settings.record;
+    the_filter().command_line.emulation_mode = given.mode;
+    SettingsRecord& record = the_filter().settings;
     record.form_flag = given.form_flag;
     record.form_source = given.form_source;
     record.output_variant = given.variant;
@@ -519,7 +520,7 @@ class PrintConditionsOutSweep : public PrintConditionsOut,
   static std::string describe(const Combination& given) {
     std::array<char, 128> text{};
     std::snprintf(text.data(), text.size(),
-                  "command %d -c %d -l %s mode %d flag %d source %d variant %d spacing %d",
+                  "command %u -c %d -l %s mode %d flag %d source %d variant %d spacing %d",
                   given.command, given.pitch_given ? 1 : 0,
                   given.lines == nullptr ? "none" : given.lines, given.mode, given.form_flag,
                   given.form_source, given.variant, given.spacing);
@@ -556,7 +557,9 @@ TEST_P(PrintConditionsOutSweep, EveryCombinationOfSettings) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, PrintConditionsOutSweep,
-                         ::testing::Values(0, 262, 446, 478, 479, 482, 483, 492, 499, 500, 512));
+                         ::testing::Values(0, CMD_FF, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479,
+                                           CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_SECOND_VARIANT_492,
+                                           CMD_DOWNLOAD_499, CMD_Q_OL_SP, CMD_TEXT_ASCII));
 
 }  // namespace
 }  // namespace rlx

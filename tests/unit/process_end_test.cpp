@@ -8,8 +8,8 @@ namespace rlx {
 namespace {
 
 TEST(ProcessEndDeathTest, EndsWithTheStatusAndSaysNothing) {
-  EXPECT_EXIT(end_process(0), ::testing::ExitedWithCode(0), "^$");
-  EXPECT_EXIT(end_process(129), ::testing::ExitedWithCode(129), "^$");
+  EXPECT_EXIT(end_process(ST_OK), ::testing::ExitedWithCode(0), "^$");
+  EXPECT_EXIT(end_process(ST_IOERR), ::testing::ExitedWithCode(129), "^$");
 }
 
 TEST(ProcessEndDeathTest, AWriteErrorSaysSoWithoutANewline) {

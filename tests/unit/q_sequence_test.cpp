@@ -13,6 +13,7 @@
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -67,7 +68,7 @@ class QSequence : public FilterTest {
  protected:
   static void restart() {
     reset_filter();
-    job_settings.extended_parameters = 1;
+    the_filter().command_line.extended_parameters = 1;
   }
 
   /// The sequence is the whole record; a byte behind it stays.
@@ -270,7 +271,7 @@ TEST_F(QSequence, EveryByteInACount) {
         continue;
       }
       const bool digit = value >= '0' && value <= '9';
-      const bool ends = value == form.back[0] || (form.code == 475 && value == ';');
+      const bool ends = value == form.back[0] || (form.code == CMD_Q_DEL_EX && value == ';');
       // In front of the digit, and behind it.
       const std::string behind = form.front + "1" + one(value) + form.back;
       const std::string before = form.front + one(value) + "1" + form.back;
@@ -433,12 +434,12 @@ TEST_F(QSequence, DiscardedDataThatIsCutGivesTheReadersStatus) {
   {
     const FailingInput input(sequence + std::string(4999, 'd'));
     const CaptureDescriptor messages(2);
-    EXPECT_EQ(next_token(), (Token{129, 766, sequence, 0}));
+    EXPECT_EQ(next_token(), (Token{ST_IOERR, 766, sequence, 0}));
   }
   reset_filter();
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const StandardInput input(end_frame(sequence + std::string(4999, 'd')));
-  EXPECT_EQ(next_token(), (Token{6, 766, sequence, 0}));
+  EXPECT_EQ(next_token(), (Token{ST_CUT, 766, sequence, 0}));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
 
@@ -503,10 +504,10 @@ TEST_F(QSequence, ShortDataAtTheEndOfTheEndFrameIsCut) {
   for (const CountForm& form : count_forms()) {
     for (const std::size_t given : {0UL, 1UL, 4UL}) {
       restart();
-      job_settings.framed_output = 1;
+      the_filter().command_line.framed_output = 1;
       const std::string all = form.front + "5" + form.back + std::string(given, 'd');
       const StandardInput input(end_frame(all));
-      EXPECT_EQ(next_token(), (Token{6, 766, all, 0}));
+      EXPECT_EQ(next_token(), (Token{ST_CUT, 766, all, 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
@@ -518,7 +519,7 @@ TEST_F(QSequence, ShortDataAtAReadErrorIsIgnored) {
     restart();
     const std::string all = form.front + "5" + form.back + "dd";
     const FailingInput input(all);
-    EXPECT_EQ(next_token(kQuiet), (Token{129, 766, all, 0}));
+    EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, 766, all, 0}));
   }
   EXPECT_EQ(messages.text(), "");
 }
@@ -526,7 +527,7 @@ TEST_F(QSequence, ShortDataAtAReadErrorIsIgnored) {
 TEST_F(QSequence, NoDataNeedsNoByteBehindTheEndFrame) {
   for (const CountForm& form : count_forms()) {
     restart();
-    job_settings.framed_output = 1;
+    the_filter().command_line.framed_output = 1;
     const std::string all = form.front + "0" + form.back;
     const StandardInput input(end_frame(all));
     EXPECT_EQ(next_token(), (Token{ST_OK, form.code, all, 0}));
@@ -535,7 +536,7 @@ TEST_F(QSequence, NoDataNeedsNoByteBehindTheEndFrame) {
 
 TEST_F(QSequence, LargeDataStaysPendingBehindTheEndFrame) {
   restart();
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const StandardInput input(end_frame(kEscQ + "1;5000!a"));
   EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5000!a", 5000}));
   EXPECT_EQ(next_token(), kEndOfInput);
@@ -543,7 +544,7 @@ TEST_F(QSequence, LargeDataStaysPendingBehindTheEndFrame) {
 
 TEST_F(QSequence, DataGoesOnAcrossFrames) {
   restart();
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const StandardInput input(cnt_frame(kEscQ + "1;5!aab") + cnt_frame("c") + end_frame("deZ"));
   EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5!aabcde", 0}));
   EXPECT_EQ(rest_of_input(), "Z");

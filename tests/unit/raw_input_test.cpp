@@ -18,6 +18,7 @@
 #include "support/filter_state.h"
 #include "support/input_stream.h"
 #include "support/interruptions.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -36,15 +37,16 @@ std::string numbered_bytes(std::size_t count) {
 }
 
 std::string take_window() {
-  std::string bytes(reinterpret_cast<const char*>(raw_window.next), raw_window.size());
-  raw_window.next = raw_window.end;
+  std::string bytes(reinterpret_cast<const char*>(the_filter().source.raw.window.next),
+                    the_filter().source.raw.window.size());
+  the_filter().source.raw.window.next = the_filter().source.raw.window.end;
   return bytes;
 }
 
 std::string take_all_windows() {
   std::string all;
-  while (raw_refill() == ST_OK) {
-    EXPECT_FALSE(raw_window.empty());
+  while (raw_refill(the_filter().source.raw) == ST_OK) {
+    EXPECT_FALSE(the_filter().source.raw.window.empty());
     all += take_window();
   }
   return all;
@@ -52,9 +54,9 @@ std::string take_all_windows() {
 
 TEST_F(RawInput, AnEmptyInputEndsAtOnce) {
   const StandardInput input("");
-  EXPECT_TRUE(raw_window.empty());
-  EXPECT_EQ(raw_refill(), ST_EOF);
-  EXPECT_TRUE(raw_window.empty());
+  EXPECT_TRUE(the_filter().source.raw.window.empty());
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
+  EXPECT_TRUE(the_filter().source.raw.window.empty());
 }
 
 TEST_F(RawInput, ReadsThatAreInterruptedGoOn) {
@@ -70,9 +72,9 @@ TEST_F(RawInput, ReadsThatAreInterruptedGoOn) {
   close(ends[1]);
   {
     const Interruptions interruptions;
-    EXPECT_EQ(raw_refill(), ST_OK);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_OK);
     EXPECT_EQ(take_window(), "late");
-    EXPECT_EQ(raw_refill(), ST_EOF);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
   }
   dup2(saved, STDIN_FILENO);
   close(saved);
@@ -87,35 +89,35 @@ TEST_F(RawInput, GivesAllBytesInOrderAroundTheBufferSize) {
     const std::string bytes = numbered_bytes(size);
     const StandardInput input(bytes);
     EXPECT_TRUE(take_all_windows() == bytes) << size;
-    EXPECT_EQ(raw_refill(), ST_EOF) << size;
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF) << size;
   }
 }
 
 TEST_F(RawInput, ReadsPiecesOfTheWholeBufferFromAFile) {
   const StandardInput input(numbered_bytes(100000));
-  ASSERT_EQ(raw_refill(), ST_OK);
-  EXPECT_EQ(raw_window.size(), kInputBufferBytes);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
+  EXPECT_EQ(the_filter().source.raw.window.size(), kInputBufferBytes);
 }
 
 TEST_F(RawInput, GivesWhatHasArrivedWithoutWaitingForMore) {
   const PiecewiseInput input({"a", "bc", "def"});
-  ASSERT_EQ(raw_refill(), ST_OK);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "a");
-  ASSERT_EQ(raw_refill(), ST_OK);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "bc");
-  ASSERT_EQ(raw_refill(), ST_OK);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "def");
-  EXPECT_EQ(raw_refill(), ST_EOF);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
 }
 
 TEST_F(RawInput, TheEndStaysEvenIfMoreBytesCome) {
   const StandardInput input("a");
   EXPECT_EQ(take_all_windows(), "a");
   const StandardInput more("b");
-  EXPECT_EQ(raw_refill(), ST_EOF);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
   std::array<std::uint8_t, 4> bytes{};
   std::size_t count = bytes.size();
-  EXPECT_EQ(raw_read(bytes.data(), count), ST_EOF);
+  EXPECT_EQ(raw_read(the_filter().source.raw, bytes.data(), count), ST_EOF);
   EXPECT_EQ(count, 0U);
 }
 
@@ -127,12 +129,12 @@ TEST_F(RawInput, AReadErrorStaysWithItsErrno) {
   close(directory);
   for (int call = 0; call < 3; ++call) {
     errno = 0;
-    EXPECT_EQ(raw_refill(), ST_IOERR);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_IOERR);
     EXPECT_EQ(errno, EISDIR);
-    EXPECT_TRUE(raw_window.empty());
+    EXPECT_TRUE(the_filter().source.raw.window.empty());
   }
   const StandardInput more("b");
-  EXPECT_EQ(raw_refill(), ST_IOERR);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_IOERR);
 }
 
 TEST_F(RawInput, AReadErrorBehindBytesComesBehindThem) {
@@ -140,7 +142,7 @@ TEST_F(RawInput, AReadErrorBehindBytesComesBehindThem) {
   EXPECT_EQ(take_all_windows(), "abc");
   for (int call = 0; call < 3; ++call) {
     errno = 0;
-    EXPECT_EQ(raw_refill(), ST_IOERR);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_IOERR);
     EXPECT_EQ(errno, ECONNRESET);
   }
 }
@@ -148,7 +150,7 @@ TEST_F(RawInput, AReadErrorBehindBytesComesBehindThem) {
 TEST_F(RawInput, AClosedDescriptorIsAReadError) {
   const StandardInput saved("");
   close(STDIN_FILENO);
-  EXPECT_EQ(raw_refill(), ST_IOERR);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_IOERR);
   EXPECT_EQ(errno, EBADF);
 }
 
@@ -160,16 +162,17 @@ TEST_F(RawInput, ReadGivesTheCountWantedWhereverItStartsAroundTheBufferBorder) {
       const StandardInput input(all);
       std::vector<std::uint8_t> room(200000);
       std::size_t count = before;
-      ASSERT_EQ(raw_read(room.data(), count), ST_OK);
+      ASSERT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_OK);
       ASSERT_EQ(count, before);
       count = wanted;
-      ASSERT_EQ(raw_read(room.data(), count), ST_OK);
+      ASSERT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_OK);
       ASSERT_EQ(count, wanted);
       EXPECT_EQ(std::memcmp(room.data(), all.data() + before, wanted), 0) << before << wanted;
-      if (raw_window.empty()) {
-        ASSERT_EQ(raw_refill(), ST_OK);
+      if (the_filter().source.raw.window.empty()) {
+        ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
       }
-      EXPECT_EQ(*raw_window.next, static_cast<std::uint8_t>(all[before + wanted]));
+      EXPECT_EQ(*the_filter().source.raw.window.next,
+                static_cast<std::uint8_t>(all[before + wanted]));
     }
   }
 }
@@ -181,7 +184,7 @@ TEST_F(RawInput, ReadStopsAtTheEndWithTheBytesThatWereThere) {
     const StandardInput input(all);
     std::vector<std::uint8_t> room(size + 1);
     std::size_t count = size + 1;
-    EXPECT_EQ(raw_read(room.data(), count), ST_EOF);
+    EXPECT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_EOF);
     ASSERT_EQ(count, size);
     EXPECT_EQ(std::memcmp(room.data(), all.data(), size), 0);
   }
@@ -191,17 +194,17 @@ TEST_F(RawInput, ReadOfExactlyTheRestSucceeds) {
   const StandardInput input("abc");
   std::array<std::uint8_t, 3> room{};
   std::size_t count = 3;
-  EXPECT_EQ(raw_read(room.data(), count), ST_OK);
+  EXPECT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_OK);
   EXPECT_EQ(count, 3U);
   count = 0;
-  EXPECT_EQ(raw_read(room.data(), count), ST_OK);
+  EXPECT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_OK);
 }
 
 TEST_F(RawInput, ReadStopsAtAReadErrorWithTheBytesThatWereThere) {
   const FailingInput input("abc");
   std::array<std::uint8_t, 8> room{};
   std::size_t count = room.size();
-  EXPECT_EQ(raw_read(room.data(), count), ST_IOERR);
+  EXPECT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_IOERR);
   EXPECT_EQ(count, 3U);
   EXPECT_EQ(std::memcmp(room.data(), "abc", 3), 0);
 }
@@ -210,22 +213,22 @@ TEST_F(RawInput, ReadGathersPiecesThatArriveOneByOne) {
   const PiecewiseInput input({"a", "bc", "d", "efg"});
   std::array<std::uint8_t, 5> room{};
   std::size_t count = room.size();
-  EXPECT_EQ(raw_read(room.data(), count), ST_OK);
+  EXPECT_EQ(raw_read(the_filter().source.raw, room.data(), count), ST_OK);
   EXPECT_EQ(count, 5U);
   EXPECT_EQ(std::memcmp(room.data(), "abcde", 5), 0);
   EXPECT_EQ(take_window(), "fg");
-  EXPECT_EQ(raw_refill(), ST_EOF);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
 }
 
 // The hook's state: how often it was called, and the pipe that it feeds.
 int hook_calls;
 int hook_pipe;
 
-void count_hook() {
+void count_hook(void* /*context*/) {
   ++hook_calls;
 }
 
-void feeding_hook() {
+void feeding_hook(void* /*context*/) {
   ++hook_calls;
   EXPECT_EQ(write(hook_pipe, "y", 1), 1);
 }
@@ -233,7 +236,7 @@ void feeding_hook() {
 TEST_F(RawInput, TheHookIsNotCalledWhileInputStandsReady) {
   hook_calls = 0;
   const StandardInput input("abc", true);
-  call_before_waiting(count_hook);
+  the_filter().source.raw.before_waiting = count_hook;
   EXPECT_EQ(take_all_windows(), "abc");
   EXPECT_EQ(hook_calls, 0);
 }
@@ -241,7 +244,7 @@ TEST_F(RawInput, TheHookIsNotCalledWhileInputStandsReady) {
 TEST_F(RawInput, TheHookIsNotCalledForAFile) {
   hook_calls = 0;
   const StandardInput input(numbered_bytes(200000));
-  call_before_waiting(count_hook);
+  the_filter().source.raw.before_waiting = count_hook;
   EXPECT_EQ(take_all_windows().size(), 200000U);
   EXPECT_EQ(hook_calls, 0);
 }
@@ -254,39 +257,39 @@ TEST_F(RawInput, TheHookIsCalledBeforeTheReadThatWaits) {
   dup2(ends[0], STDIN_FILENO);
   close(ends[0]);
   hook_pipe = ends[1];
-  call_before_waiting(feeding_hook);
-  ASSERT_EQ(raw_refill(), ST_OK);
+  the_filter().source.raw.before_waiting = feeding_hook;
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "y");
   EXPECT_EQ(hook_calls, 1);
   ASSERT_EQ(write(hook_pipe, "z", 1), 1);
-  ASSERT_EQ(raw_refill(), ST_OK);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "z");
   EXPECT_EQ(hook_calls, 1);
   close(hook_pipe);
-  EXPECT_EQ(raw_refill(), ST_EOF);
+  EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
 }
 
 TEST_F(RawInput, ResetForgetsBufferEndErrorAndHook) {
   hook_calls = 0;
-  call_before_waiting(count_hook);
+  the_filter().source.raw.before_waiting = count_hook;
   {
     const StandardInput input("abc");
-    ASSERT_EQ(raw_refill(), ST_OK);
+    ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   }
-  reset_raw_input();
-  EXPECT_TRUE(raw_window.empty());
+  restart_raw_input();
+  EXPECT_TRUE(the_filter().source.raw.window.empty());
   {
     const StandardInput input("");
-    EXPECT_EQ(raw_refill(), ST_EOF);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_EOF);
   }
-  reset_raw_input();
+  restart_raw_input();
   {
     const FailingInput input("");
-    EXPECT_EQ(raw_refill(), ST_IOERR);
+    EXPECT_EQ(raw_refill(the_filter().source.raw), ST_IOERR);
   }
-  reset_raw_input();
+  restart_raw_input();
   const StandardInput input("d");
-  ASSERT_EQ(raw_refill(), ST_OK);
+  ASSERT_EQ(raw_refill(the_filter().source.raw), ST_OK);
   EXPECT_EQ(take_window(), "d");
   EXPECT_EQ(hook_calls, 0);
 }

@@ -14,6 +14,7 @@
 #include "support/filter_state.h"
 #include "support/guarded_bytes.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -41,13 +42,13 @@ bool is_dataless_q_command(int separator, int final) {
 class ReadySequences : public FilterTest {
  protected:
   /// What zqtoken reads from the same bytes, with something behind them.
-  int read_token(const std::string& text) {
+  Status read_token(const std::string& text) {
     job_ = text + std::string(400, 'n');
-    reset_raw_input();
-    reset_tokenizer();
-    raw_window.next = reinterpret_cast<const std::uint8_t*>(job_.data());
-    raw_window.end = raw_window.next + job_.size();
-    return zqtoken(0, &record_);
+    restart_raw_input();
+    the_filter().tokenizer.sticky_eof = false;
+    the_filter().source.raw.window.next = reinterpret_cast<const std::uint8_t*>(job_.data());
+    the_filter().source.raw.window.end = the_filter().source.raw.window.next + job_.size();
+    return zqtoken(the_filter().tokenizer, 0, &record_);
   }
 
   /// Expects none, or exactly what zqtoken reads. @return true when one was found.

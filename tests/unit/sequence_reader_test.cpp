@@ -13,6 +13,7 @@
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -33,7 +34,7 @@ class SequenceReader : public FilterTest {
   }
 
   static Token run_zqrhandl(std::uint8_t low, std::uint8_t high) {
-    return token_of(zqrhandl(0, &reused_record(), low, high));
+    return token_of(zqrhandl(the_filter().source, 0, &reused_record(), low, high));
   }
 
   static void expect_left(const std::string& left) { EXPECT_EQ(rest_of_input(), left); }
@@ -82,7 +83,7 @@ TEST_F(SequenceReader, AReadErrorIgnoresTheCommand) {
   start_record("S");
   const FailingInput input("12");
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{129, 766, "S12", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_IOERR, 766, "S12", 0}));
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
 
@@ -90,26 +91,26 @@ TEST_F(SequenceReader, AQuietReadErrorIsNotReported) {
   start_record("S");
   const FailingInput input("12");
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(zqrhandl(kQuiet, &reused_record(), 0x40, 0x7e), 129);
+  EXPECT_EQ(zqrhandl(the_filter().source, kQuiet, &reused_record(), 0x40, 0x7e), 129);
   EXPECT_EQ(messages.text(), "");
 }
 
 TEST_F(SequenceReader, TheEndOfTheEndFrameCutsTheSequence) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   start_record("S");
   const StandardInput input(end_frame("12"));
   std::uint8_t byte = 0;
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{6, 766, "S2", 0}));
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{6, 766, "S2", 0}));
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, 766, "S2", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, 766, "S2", 0}));
 }
 
 TEST_F(SequenceReader, AFrameBorderIsReadAcross) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   start_record("S");
   const StandardInput input(cnt_frame("x1") + cnt_frame("2") + end_frame("3a"));
   std::uint8_t byte = 0;
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_OK, kCodeBefore, "S123a", 0}));
 }
 
@@ -143,12 +144,12 @@ TEST_F(SequenceReader, AFullRecordAtTheEndOfTheInputKeepsItsBytes) {
 }
 
 TEST_F(SequenceReader, AFullRecordAtTheEndOfTheEndFrameKeepsItsBytes) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   start_record(std::string(4095, '1'));
   const StandardInput input(end_frame("x1"));
   std::uint8_t byte = 0;
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
-  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{6, 766, std::string(4096, '1'), 0}));
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
+  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{ST_CUT, 766, std::string(4096, '1'), 0}));
 }
 
 TEST_F(SequenceReader, TheRecordIsNotWrittenBehindItsBytes) {
@@ -159,7 +160,7 @@ TEST_F(SequenceReader, TheRecordIsNotWrittenBehindItsBytes) {
   room.guard.fill(0xa5);
   room.record.length = 0;
   const StandardInput input(std::string(4097, '1') + "a");
-  EXPECT_EQ(zqrhandl(0, &room.record, 0x40, 0x7e), ST_OK);
+  EXPECT_EQ(zqrhandl(the_filter().source, 0, &room.record, 0x40, 0x7e), ST_OK);
   EXPECT_TRUE(std::all_of(room.guard.begin(), room.guard.end(),
                           [](std::uint8_t byte) { return byte == 0xa5; }));
 }
@@ -167,32 +168,34 @@ TEST_F(SequenceReader, TheRecordIsNotWrittenBehindItsBytes) {
 TEST_F(SequenceReader, ANullRecordIsReported) {
   const StandardInput input("12a");
   const CaptureDescriptor messages(2);
-  EXPECT_NE(zqrhandl(0, nullptr, 0x40, 0x7e), ST_OK);
+  EXPECT_NE(zqrhandl(the_filter().source, 0, nullptr, 0x40, 0x7e), ST_OK);
   EXPECT_EQ(messages.text(), "*** zqrhandl: zqdtp error\n");
 }
 
 TEST_F(SequenceReader, OneByteIsAppended) {
   start_record("S");
   const StandardInput input(bytes("\0"));
-  EXPECT_EQ(token_of(read_sequence_byte(0, reused_record())),
+  EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
             (Token{ST_OK, kCodeBefore, bytes("S\0"), 0}));
-  EXPECT_EQ(token_of(read_sequence_byte(0, reused_record())),
+  EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
             (Token{ST_EOF, 766, bytes("S\0"), 0}));
 }
 
 TEST_F(SequenceReader, OneByteBehindTheEndFrameIsCut) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   start_record("S");
   const StandardInput input(end_frame("a"));
   EXPECT_EQ(rest_of_input(), "a");
-  EXPECT_EQ(token_of(read_sequence_byte(0, reused_record())), (Token{6, 766, "S", 0}));
+  EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
+            (Token{ST_CUT, 766, "S", 0}));
 }
 
 TEST_F(SequenceReader, OneByteAtAReadError) {
   start_record("S");
   const FailingInput input("");
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(token_of(read_sequence_byte(kQuiet, reused_record())), (Token{129, 766, "S", 0}));
+  EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, kQuiet, reused_record())),
+            (Token{ST_IOERR, 766, "S", 0}));
   EXPECT_EQ(messages.text(), "");
 }
 
@@ -202,7 +205,7 @@ TEST_F(SequenceReader, DataOfEveryCountIsRead) {
     const StandardInput input("0123456789Z");
     std::array<std::uint8_t, 12> room{};
     std::int32_t count = wanted;
-    EXPECT_EQ(zqrdata(0, room.data(), &count), ST_OK);
+    EXPECT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), ST_OK);
     EXPECT_EQ(count, wanted);
     EXPECT_EQ(std::string(room.begin(), room.end()),
               std::string("0123456789").substr(0, static_cast<std::size_t>(wanted)) +
@@ -214,7 +217,7 @@ TEST_F(SequenceReader, DataOfEveryCountIsRead) {
 TEST_F(SequenceReader, DataWithoutADestinationIsDiscarded) {
   const StandardInput input("0123456789Z");
   std::int32_t count = 10;
-  EXPECT_EQ(zqrdata(0, nullptr, &count), ST_OK);
+  EXPECT_EQ(zqrdata(the_filter().source, 0, nullptr, &count), ST_OK);
   EXPECT_EQ(count, 10);
   expect_left("Z");
 }
@@ -225,7 +228,7 @@ TEST_F(SequenceReader, DataThatTheEndOfTheInputCutsIsCounted) {
     const StandardInput input("abc");
     std::array<std::uint8_t, 9> room{};
     std::int32_t count = 9;
-    EXPECT_EQ(zqrdata(0, discard ? nullptr : room.data(), &count), ST_EOF);
+    EXPECT_EQ(zqrdata(the_filter().source, 0, discard ? nullptr : room.data(), &count), ST_EOF);
     EXPECT_EQ(count, 3);
     EXPECT_EQ(std::string(room.begin(), room.begin() + 3), discard ? bytes("\0\0\0") : "abc");
     EXPECT_EQ(room[3], 0);
@@ -237,26 +240,26 @@ TEST_F(SequenceReader, DataThatAReadErrorCutsIsCounted) {
   const CaptureDescriptor messages(2);
   std::array<std::uint8_t, 9> room{};
   std::int32_t count = 9;
-  EXPECT_EQ(zqrdata(0, room.data(), &count), 129);
+  EXPECT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), 129);
   EXPECT_EQ(count, 3);
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
 
 TEST_F(SequenceReader, DataThatTheEndFrameCutsIsCounted) {
-  job_settings.framed_output = 1;
+  the_filter().command_line.framed_output = 1;
   const StandardInput input(cnt_frame("xa") + cnt_frame("b") + end_frame("c"));
   std::uint8_t byte = 0;
-  ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+  ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   std::array<std::uint8_t, 9> room{};
   std::int32_t count = 9;
-  EXPECT_EQ(zqrdata(0, room.data(), &count), 6);
+  EXPECT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), 6);
   EXPECT_EQ(count, 3);
   EXPECT_EQ(std::string(room.begin(), room.begin() + 3), "abc");
   count = 1;
-  EXPECT_EQ(zqrdata(0, room.data(), &count), 6);
+  EXPECT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), 6);
   EXPECT_EQ(count, 0);
   count = 0;
-  EXPECT_EQ(zqrdata(0, room.data(), &count), ST_OK);
+  EXPECT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), ST_OK);
   EXPECT_EQ(count, 0);
 }
 
@@ -270,13 +273,13 @@ TEST_F(SequenceReader, DataAcrossTheInputBufferBorder) {
       reset_filter();
       const StandardInput input(all);
       auto count = static_cast<std::int32_t>(before);
-      ASSERT_EQ(zqrdata(0, nullptr, &count), ST_OK);
+      ASSERT_EQ(zqrdata(the_filter().source, 0, nullptr, &count), ST_OK);
       std::vector<std::uint8_t> room(wanted);
       count = static_cast<std::int32_t>(wanted);
-      ASSERT_EQ(zqrdata(0, room.data(), &count), ST_OK);
+      ASSERT_EQ(zqrdata(the_filter().source, 0, room.data(), &count), ST_OK);
       EXPECT_TRUE(std::string(room.begin(), room.end()) == all.substr(before, wanted));
       std::uint8_t byte = 0;
-      ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+      ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
       EXPECT_EQ(byte, static_cast<std::uint8_t>(all[before + wanted]));
     }
   }

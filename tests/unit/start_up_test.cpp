@@ -7,16 +7,19 @@
 #include <string>
 #include <vector>
 
-#include "driver/capabilities.h"
-#include "driver/loop_state.h"
+#include "driver/loop/loop_state.h"
+#include "driver/options/capabilities.h"
 #include "job/settings.h"
 #include "output/line_spacing.h"
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/standin_font_library.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
+
+using testing::the_filter;
 
 using testing::CaptureDescriptor;
 using testing::take_font_calls;
@@ -31,7 +34,7 @@ class StartUp : public testing::FilterTest {
   ~StartUp() override { testing::reset_filter(); }
 
   /// Starts a fresh process with these options.
-  int start(const std::vector<std::string>& options) {
+  Status start(const std::vector<std::string>& options) {
     testing::reset_filter();
     words_ = {"filter", "-p", "forms"};
     words_.insert(words_.end(), options.begin(), options.end());
@@ -42,12 +45,12 @@ class StartUp : public testing::FilterTest {
     argv_.push_back(nullptr);
     const CaptureDescriptor output(STDOUT_FILENO);
     const CaptureDescriptor messages(STDERR_FILENO);
-    const int status = start_up(static_cast<int>(words_.size()), argv_.data());
+    const Status status = start_up(the_filter(), static_cast<int>(words_.size()), argv_.data());
     messages_ = messages.text();
     output_ = output.text();
     return status;
   }
-  void expect_failure(const std::vector<std::string>& options, int status,
+  void expect_failure(const std::vector<std::string>& options, Status status,
                       const std::string& message) {
     EXPECT_EQ(start(options), status);
     EXPECT_EQ(messages_, message);
@@ -65,7 +68,7 @@ class StartUp : public testing::FilterTest {
 };
 
 std::string held_movement() {
-  const OutputBuffer& held = loop_state.pending_vertical_bytes;
+  const OutputBuffer& held = the_filter().loop.pending_vertical_bytes;
   return {held.bytes.begin(), held.bytes.begin() + held.length};
 }
 
@@ -78,76 +81,76 @@ TEST_F(StartUp, PlainJobStartsWithPendingConditionsAndNothingElse) {
   EXPECT_EQ(start({}), 0);
   EXPECT_EQ(messages_, "");
   EXPECT_EQ(output_, "");
-  EXPECT_STREQ(job_settings.program_name, "filter");
-  EXPECT_TRUE(loop_state.conditions_pending);
-  EXPECT_FALSE(loop_state.content_since_conditions);
-  EXPECT_EQ(loop_state.last_condition_code, 0U);
-  EXPECT_FALSE(loop_state.fcb_active);
-  EXPECT_FALSE(loop_state.initial_fcb_exists);
-  EXPECT_EQ(loop_state.current_store, &loop_state.initial_store);
-  EXPECT_EQ(loop_state.pending_vertical_bytes.length, 0);
-  EXPECT_EQ(loop_state.character_set.set, 1);
-  EXPECT_EQ(job_settings.font_library_loaded, 0);
-  EXPECT_EQ(job_settings.page_has_content, 0);
-  EXPECT_EQ(job_settings.page_started, 0);
+  EXPECT_STREQ(the_filter().messages.program_name, "filter");
+  EXPECT_TRUE(the_filter().loop.conditions_pending);
+  EXPECT_FALSE(the_filter().loop.content_since_conditions);
+  EXPECT_EQ(the_filter().loop.last_condition_code, 0U);
+  EXPECT_FALSE(the_filter().loop.fcb_active);
+  EXPECT_FALSE(the_filter().loop.initial_fcb_exists);
+  EXPECT_EQ(the_filter().loop.current_store, &the_filter().loop.initial_store);
+  EXPECT_EQ(the_filter().loop.pending_vertical_bytes.length, 0);
+  EXPECT_EQ(the_filter().loop.character_set.set, 1);
+  EXPECT_EQ(the_filter().job.font_library_loaded, 0);
+  EXPECT_EQ(the_filter().job.page_has_content, 0);
+  EXPECT_EQ(the_filter().job.page_started, 0);
 }
 
 TEST_F(StartUp, DefaultDirectoryStandsBehindThoseOfTheCommandLine) {
   EXPECT_EQ(start({"-p", "a:b"}), 0);
-  ASSERT_EQ(resource_directories.count, 4U);
-  EXPECT_STREQ(resource_directories.entries[0].data(), "forms");
-  EXPECT_STREQ(resource_directories.entries[1].data(), "a");
-  EXPECT_STREQ(resource_directories.entries[2].data(), "b");
-  EXPECT_STREQ(resource_directories.entries[3].data(), "sandbox/usr/local/lib/PXLQlp");
+  ASSERT_EQ(the_filter().directories.count, 4U);
+  EXPECT_STREQ(the_filter().directories.entries[0].data(), "forms");
+  EXPECT_STREQ(the_filter().directories.entries[1].data(), "a");
+  EXPECT_STREQ(the_filter().directories.entries[2].data(), "b");
+  EXPECT_STREQ(the_filter().directories.entries[3].data(), "sandbox/usr/local/lib/PXLQlp");
 }
 
 TEST_F(StartUp, FormOfTheCommandLineIsLoadedAndItsTopHeld) {
   EXPECT_EQ(start({"-n", "FORM"}), 0);
-  EXPECT_TRUE(loop_state.fcb_active);
-  EXPECT_TRUE(loop_state.initial_fcb_exists);
-  EXPECT_EQ(loop_state.current_store, &loop_state.initial_store);
-  EXPECT_EQ(loop_state.initial_store.lpi[7], 8U);
+  EXPECT_TRUE(the_filter().loop.fcb_active);
+  EXPECT_TRUE(the_filter().loop.initial_fcb_exists);
+  EXPECT_EQ(the_filter().loop.current_store, &the_filter().loop.initial_store);
+  EXPECT_EQ(the_filter().loop.initial_store.lpi[7], 8U);
   EXPECT_EQ(held_movement(), "\x1c%) p\n\x1c%) p\n\x1c%) p");
-  EXPECT_EQ(loop_state.initial_store.cur_line, 2);
-  EXPECT_EQ(job_settings.form_length_tenths, 0);
+  EXPECT_EQ(the_filter().loop.initial_store.cur_line, 2);
+  EXPECT_EQ(the_filter().job.form_length_tenths, 0);
 }
 
 TEST_F(StartUp, FormLengthIsSentWithTheStreamVariantsThatWantIt) {
   // Two half inches make ten tenths; -R raises the form to 3.5 inches, rounded up to 4.
   EXPECT_EQ(start({"-E", "-n", "FORM"}), 0);
-  EXPECT_EQ(job_settings.form_length_tenths, 10);
+  EXPECT_EQ(the_filter().job.form_length_tenths, 10);
   EXPECT_EQ(start({"-n", "FORM", "-R"}), 0);
-  EXPECT_EQ(job_settings.form_length_tenths, 40);
+  EXPECT_EQ(the_filter().job.form_length_tenths, 40);
 }
 
 TEST_F(StartUp, ResolutionAndPrinterAreSettledFromTheCapabilities) {
   EXPECT_EQ(start({"-G", "D300!D400!f1!f2!F!g"}), 0);
-  EXPECT_EQ(job_settings.resolution, 300);
-  EXPECT_EQ(job_settings.printer_class, kPrinterClassF2);
-  EXPECT_EQ(job_settings.capability_F, 1);
-  EXPECT_EQ(job_settings.capability_g, 1);
+  EXPECT_EQ(the_filter().command_line.resolution, 300);
+  EXPECT_EQ(the_filter().command_line.printer_class, kPrinterClassF2);
+  EXPECT_EQ(the_filter().command_line.capability_F, 1);
+  EXPECT_EQ(the_filter().command_line.capability_g, 1);
   EXPECT_EQ(start({"-e", "400", "-G", "D300!D400!f1"}), 0);
-  EXPECT_EQ(job_settings.resolution, 400);
-  EXPECT_EQ(job_settings.printer_class, kPrinterClassF1);
-  EXPECT_EQ(job_settings.capability_F, 0);
-  EXPECT_EQ(job_settings.capability_g, 0);
+  EXPECT_EQ(the_filter().command_line.resolution, 400);
+  EXPECT_EQ(the_filter().command_line.printer_class, kPrinterClassF1);
+  EXPECT_EQ(the_filter().command_line.capability_F, 0);
+  EXPECT_EQ(the_filter().command_line.capability_g, 0);
 }
 
 TEST_F(StartUp, PitchSequencesOfOptionCArePrepared) {
   EXPECT_EQ(start({"-c", "10"}), 0);
-  EXPECT_EQ(character_pitch_commands().pitch.length, 10);
-  EXPECT_EQ(character_pitch_commands().double_pitch.length, 6);
+  EXPECT_EQ(the_filter().spacing.character_pitch.pitch.length, 10);
+  EXPECT_EQ(the_filter().spacing.character_pitch.double_pitch.length, 6);
   EXPECT_EQ(start({"-c", "7201"}), 0);
-  EXPECT_EQ(character_pitch_commands().pitch.length, 0);
+  EXPECT_EQ(the_filter().spacing.character_pitch.pitch.length, 0);
   EXPECT_EQ(start({}), 0);
-  EXPECT_EQ(character_pitch_commands().pitch.length, 0);
+  EXPECT_EQ(the_filter().spacing.character_pitch.pitch.length, 0);
 }
 
 TEST_F(StartUp, FontsOfTheJobsClassAreOpened) {
   testing::install_font_library();
   testing::describe_fonts("every-font\n");
   EXPECT_EQ(start({}), 0);
-  EXPECT_EQ(job_settings.font_library_loaded, 1);
+  EXPECT_EQ(the_filter().job.font_library_loaded, 1);
   std::vector<std::string> calls = take_font_calls();
   ASSERT_EQ(calls.size(), 11U);
   EXPECT_EQ(calls[0], "load");
@@ -163,7 +166,7 @@ TEST_F(StartUp, FontsOfTheJobsClassAreOpened) {
 TEST_F(StartUp, MissingLibraryOrEntryPointIsNoFailure) {
   testing::install_font_library_without("fal_utyexists");
   EXPECT_EQ(start({}), 0);
-  EXPECT_EQ(job_settings.font_library_loaded, 0);
+  EXPECT_EQ(the_filter().job.font_library_loaded, 0);
   EXPECT_EQ(messages_, "");
 }
 
@@ -171,7 +174,7 @@ TEST_F(StartUp, MissingLibraryOrEntryPointIsNoFailure) {
 
 TEST_F(StartUp, OptionErrorComesFirst) {
   break_g1_file();
-  expect_failure({"-n", "BAD", "-r", "Space"}, 1, "filter: undefgaiji pattern error\n");
+  expect_failure({"-n", "BAD", "-r", "Space"}, ST_FAILED, "filter: undefgaiji pattern error\n");
   EXPECT_EQ(start({"-n", "BAD", "-z"}), 1);
   EXPECT_EQ(messages_.find("FCB"), std::string::npos);
   EXPECT_EQ(messages_.find("g1gaiji"), std::string::npos);
@@ -180,8 +183,8 @@ TEST_F(StartUp, OptionErrorComesFirst) {
 TEST_F(StartUp, FormThatCannotBeLoadedComesBeforeTheG1File) {
   break_g1_file();
   testing::install_font_library();
-  expect_failure({"-n", "BAD"}, 1, "filter: FCB data error\n");
-  expect_failure({"-n", "NONE"}, 1, "filter: FCB data error\n");
+  expect_failure({"-n", "BAD"}, ST_FAILED, "filter: FCB data error\n");
+  expect_failure({"-n", "NONE"}, ST_FAILED, "filter: FCB data error\n");
   // The library was not even loaded.
   EXPECT_EQ(take_font_calls(), std::vector<std::string>{});
 }
@@ -190,7 +193,7 @@ TEST_F(StartUp, BadG1FileComesBetweenTheLibraryAndItsFonts) {
   break_g1_file();
   testing::install_font_library();
   testing::describe_fonts("every-font\nopen-error 1 2 24 22 7 0\n");
-  expect_failure({"-n", "FORM"}, 1, "filter: g1gaiji code error\n");
+  expect_failure({"-n", "FORM"}, ST_FAILED, "filter: g1gaiji code error\n");
   const std::vector<std::string> calls = take_font_calls();
   ASSERT_FALSE(calls.empty());
   EXPECT_EQ(calls[0], "load");
@@ -200,7 +203,7 @@ TEST_F(StartUp, BadG1FileComesBetweenTheLibraryAndItsFonts) {
 TEST_F(StartUp, FontThatCannotBeOpenedEndsWithTheLibrarysStatus) {
   testing::install_font_library();
   testing::describe_fonts("every-font\nopen-error 1 4 24 22 7 0\n");
-  expect_failure({}, -129, "filter: broken fontfile\n");
+  expect_failure({}, ST_FONT_ERROR, "filter: broken fontfile\n");
   // What was open is closed.
   const std::vector<std::string> calls = take_font_calls();
   EXPECT_EQ(

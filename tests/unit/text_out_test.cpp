@@ -11,6 +11,7 @@
 #include "support/filter_state.h"
 #include "support/printer_blocks.h"
 #include "support/record_builder.h"
+#include "support/the_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -26,7 +27,7 @@ const std::string kDoubleSet = "\x1b$@";
 const std::string kCharacter = "\xe6\x96\x87";
 
 std::string kept() {
-  return output_of([] { out_kept_settings(); });
+  return output_of([] { out_kept_settings(the_filter().carried); });
 }
 
 class TextOut : public FilterTest {
@@ -34,7 +35,7 @@ class TextOut : public FilterTest {
   /// What a record becomes.
   std::string convert(std::uint32_t code, std::string_view text) {
     out_->length = 4711;
-    text_out(make_record(code, text), *out_, state_);
+    text_out(the_filter().carried, make_record(code, text), *out_, state_);
     return {out_->bytes.begin(), out_->bytes.begin() + out_->length};
   }
 
@@ -120,14 +121,15 @@ TEST_F(TextOut, PrefixWithoutACharacterAddsNothing) {
 
 TEST_F(TextOut, EmptyRecordsAddNothing) {
   for (const std::uint32_t code : {512U, 768U, 1024U, 3840U}) {
-    state_.set = code == 768 ? kDouble : kSingle;
+    state_.set = code == CMD_TEXT_MB ? kDouble : kSingle;
     EXPECT_EQ(convert(code, ""), "") << code;
   }
 }
 
 TEST_F(TextOut, AnyOtherCodeIsOneNulByte) {
   for (std::uint32_t code = 0; code <= 4000; ++code) {
-    if (code != 512 && code != 768 && code != 1024 && code != 3840) {
+    if (code != CMD_TEXT_ASCII && code != CMD_TEXT_MB && code != CMD_TEXT_SS2 &&
+        code != CMD_TEXT_BAD) {
       ASSERT_EQ(convert(code, "ABC"), bytes("\0")) << code;
       ASSERT_EQ(state_.set, kSingle);
     }

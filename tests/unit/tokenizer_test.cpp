@@ -9,12 +9,13 @@
 #include <vector>
 
 #include "input/byte_source.h"
-#include "input/framed_transfer.h"
 #include "job/settings.h"
 #include "job/status.h"
+#include "output/frame_writer.h"
 #include "support/descriptors.h"
 #include "support/filter_state.h"
 #include "support/input_stream.h"
+#include "support/the_filter.h"
 
 namespace rlx {
 namespace {
@@ -93,7 +94,7 @@ class Tokenizer : public FilterTest {
  protected:
   static void restart(bool framed) {
     reset_filter();
-    job_settings.framed_output = framed ? 1 : 0;
+    the_filter().command_line.framed_output = framed ? 1 : 0;
   }
 
   /// Reads one command, which must be the front of the input, and then the rest.
@@ -314,11 +315,11 @@ TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
 TEST_F(Tokenizer, TheEndStaysAfterACutSequenceEvenIfMoreBytesCome) {
   const StandardInput input("\x1b");
   EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b", 0}));
-  reset_raw_input();
+  restart_raw_input();
   const StandardInput more("A");
   EXPECT_EQ(next_token(), kEndOfInput);
   EXPECT_EQ(next_token(), kEndOfInput);
-  reset_tokenizer();
+  the_filter().tokenizer.sticky_eof = false;
   EXPECT_EQ(next_token(), (Token{ST_OK, 767, "A", 0}));
 }
 
@@ -329,7 +330,7 @@ TEST_F(Tokenizer, AReadErrorCutsEverySequenceAtEveryByte) {
       SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
       restart(false);
       const FailingInput input(command.bytes.substr(0, cut));
-      EXPECT_EQ(next_token(kQuiet), (Token{129, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, 766, command.bytes.substr(0, cut), 0}));
     }
   }
   EXPECT_EQ(messages.text(), "");
@@ -351,7 +352,7 @@ TEST_F(Tokenizer, TheEndFrameCutsEverySequenceAtEveryByte) {
       const StandardInput input(end_frame(command.bytes.substr(0, cut)) +
                                 end_frame(command.bytes.substr(cut)));
       const CaptureDescriptor output(1);
-      EXPECT_EQ(next_token(), (Token{6, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(), (Token{ST_CUT, 766, command.bytes.substr(0, cut), 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
       EXPECT_EQ(output.text(), "");
     }
@@ -414,7 +415,7 @@ TEST_F(Tokenizer, SequencesOfEveryKindAcrossTheInputBufferBorder) {
     const StandardInput input(std::string(kInputBufferBytes - before, 'x') + all);
     std::uint8_t byte = 0;
     for (std::size_t i = before; i < kInputBufferBytes; ++i) {
-      ASSERT_EQ(zqgetc(0, &byte), ST_OK);
+      ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
     }
     for (const Command& command : commands_of_every_kind()) {
       ASSERT_EQ(next_token(), (Token{ST_OK, command.code, command.bytes, 0})) << before;
@@ -470,7 +471,7 @@ TEST_F(Tokenizer, SequencesAroundTheRecordsCapacity) {
       restart(false);
       const StandardInput input(bytes + "Z");
       Token expected{ST_OK, sequence.code, bytes, 0};
-      if (sequence.code == 462 && total <= 4096) {
+      if (sequence.code == CMD_Q_PL_EX && total <= 4096) {
         // The 32 bytes of data: they do not fit, or the input ends before they do.
         expected.pending = total + 32 > 4096 ? 32 : 0;
         expected.code = total + 32 > 4096 ? 462 : 766;
@@ -482,7 +483,7 @@ TEST_F(Tokenizer, SequencesAroundTheRecordsCapacity) {
       }
       const Token token = next_token();
       EXPECT_EQ(token, expected);
-      EXPECT_EQ(rest_of_input(), sequence.code == 462 && total == 4000 ? "" : "Z");
+      EXPECT_EQ(rest_of_input(), sequence.code == CMD_Q_PL_EX && total == 4000 ? "" : "Z");
     }
   }
 }
@@ -501,7 +502,7 @@ TEST_F(Tokenizer, AnOverlongSequenceThatIsCutIsIgnored) {
       }
       restart(true);
       const StandardInput input(end_frame(bytes));
-      EXPECT_TRUE(next_token() == (Token{6, 766, kept, 0})) << total;
+      EXPECT_TRUE(next_token() == (Token{ST_CUT, 766, kept, 0})) << total;
       EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
@@ -509,7 +510,7 @@ TEST_F(Tokenizer, AnOverlongSequenceThatIsCutIsIgnored) {
 
 TEST_F(Tokenizer, TheParsersAppendToTheRecordAndSetItsCode) {
   struct Parser {
-    int (*parse)(int flags, CommandRecord* record);
+    Status (*parse)(rlx::Tokenizer& tokenizer, int flags, CommandRecord* record);
     std::string start;
     std::string input;
     std::uint32_t code;
@@ -524,10 +525,10 @@ TEST_F(Tokenizer, TheParsersAppendToTheRecordAndSetItsCode) {
     record.pending = 0;
     record.length = static_cast<std::int32_t>(parser.start.size());
     std::copy(parser.start.begin(), parser.start.end(), record.bytes.begin());
-    EXPECT_EQ(token_of(parser.parse(0, &record)),
+    EXPECT_EQ(token_of(parser.parse(the_filter().tokenizer, 0, &record)),
               (Token{ST_OK, parser.code, parser.start + parser.input, 0}));
     record.length = 1;
-    EXPECT_EQ(token_of(parser.parse(0, &record)).status, ST_EOF);
+    EXPECT_EQ(token_of(parser.parse(the_filter().tokenizer, 0, &record)).status, ST_EOF);
   }
 }
 

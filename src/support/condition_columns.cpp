@@ -1,0 +1,37 @@
+#include "support/condition_columns.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "support/number.h"
+
+namespace rlx {
+
+namespace {
+
+constexpr std::size_t kLengthPosition = 4;
+/// From the blank behind the data length to the layout digit.
+constexpr std::size_t kBlankToLayout = 4;
+
+}  // namespace
+
+std::int32_t decimal_column(const CommandRecord& record, std::size_t position, std::size_t width) {
+  const std::string_view text(reinterpret_cast<const char*>(record.bytes.data()),
+                              static_cast<std::size_t>(record.length));
+  return decimal_value(text.substr(std::min(position, text.size()), width));
+}
+
+RecordShape record_shape(const CommandRecord& record) {
+  std::size_t blank = kLengthPosition;
+  while (column_at(record, blank) != ' ') {
+    ++blank;
+  }
+  if (blank == kLengthPosition) {
+    return {};
+  }
+  return {.has_length = true,
+          .data_length = decimal_column(record, kLengthPosition, blank - kLengthPosition),
+          .layout = blank + kBlankToLayout};
+}
+
+}  // namespace rlx
