@@ -14,21 +14,21 @@
 namespace rlx::bench {
 namespace {
 
-constexpr std::int32_t kPageBytes = 65536;
+constexpr std::size_t kPageBytes = 65536;
 
 /// Pages in pieces of so many bytes, and the settings that each block repeats.
 void BM_PageWriter(benchmark::State& state) {
   constexpr std::array<std::uint8_t, 3> kSetting{0x1b, '(', 'H'};
   constexpr std::uint8_t kPageEnd = kFormFeed;
-  const auto piece_bytes = static_cast<std::int32_t>(state.range(0));
-  const std::array<std::uint8_t, 4096> piece{};
+  const std::array<std::uint8_t, 4096> zeros{};
+  const Bytes piece = Bytes(zeros).first(static_cast<std::size_t>(state.range(0)));
   renew_filter();
   for (auto _ : state) {
-    keep_setting(the_filter().carried, CMD_ESC_PAREN_H, kSetting.size(), kSetting.data());
-    for (std::int32_t written = 0; written < kPageBytes; written += piece_bytes) {
-      out_page_data(the_filter().page, piece_bytes, piece.data());
+    keep_setting(the_filter().carried, CMD_ESC_PAREN_H, kSetting);
+    for (std::size_t written = 0; written < kPageBytes; written += piece.size()) {
+      out_page_data(the_filter().page, piece);
     }
-    out_page_data(the_filter().page, 1, &kPageEnd);
+    out_page_data(the_filter().page, Bytes(&kPageEnd, 1));
   }
   count_bytes(state, kPageBytes);
 }

@@ -113,7 +113,7 @@ void copy_job(const FramedInput& parts, std::string_view job, std::size_t cut) {
   std::uint8_t byte = 0;
   Status status = ST_OK;
   while ((status = zqgetc(the_filter().source, 0, &byte)) == ST_OK) {
-    directout(the_filter().frame_writer, 1, &byte);
+    directout(the_filter().frame_writer, Bytes(&byte, 1));
   }
   require(status == ST_EOF, "the end of a framed job");
   require(the_filter().frame_writer.out_len == 0, "output is held at the end");
@@ -130,7 +130,7 @@ void copy_commands(std::string_view job, std::size_t cut) {
   while ((status = zqclass(the_filter().classifier, &record)) == ST_OK || status == ST_CUT) {
     require(record.length >= 0 && record.length <= kRecordCapacity, "length out of range");
     data += text_of(record.bytes.data(), static_cast<std::size_t>(record.length));
-    directout(the_filter().frame_writer, record.length, record.bytes.data());
+    directout(the_filter().frame_writer, record.content());
   }
   require(status == ST_EOF, "the end of a framed job");
   require(out_end_frame(the_filter().frame_writer) == 0, "status of the end frame");

@@ -56,6 +56,9 @@ inline std::string_view text_of(const std::uint8_t* bytes, std::size_t count) {
 inline const std::uint8_t* raw(std::string_view text) {
   return reinterpret_cast<const std::uint8_t*>(text.data());
 }
+inline Bytes bytes_of(std::string_view text) {
+  return {raw(text), text.size()};
+}
 
 /// Takes choices off the front of a fuzzer's input; a byte behind its end is 0.
 class Choices {

@@ -103,7 +103,7 @@ void check_conditions() {
     require(index >= 0 && index <= 4, "spacing index");
   }
   the_filter().job.page_has_content = 1;
-  out_page_data(the_filter().page, 0, nullptr);
+  end_page_data(the_filter().page);
   flush_output(the_filter().writer);
   const std::string output = standard_output().content();
   if (the_filter().command_line.framed_output != 0) {

@@ -112,10 +112,10 @@ void put(Model& model, const std::string& piece, bool through_sink) {
   if (through_sink && !piece.empty() && piece.back() != '\f') {
     const PieceSink sink = page_sink(the_filter().page);
     sink.make_room(count_of(piece));
-    sink.append(raw(piece), count_of(piece));
+    sink.append(bytes_of(piece));
   } else {
     const ExactBytes bytes(piece);
-    out_page_data(the_filter().page, count_of(piece), bytes.begin());
+    out_page_data(the_filter().page, {bytes.begin(), piece.size()});
   }
 }
 
@@ -124,7 +124,7 @@ void put_bytes(Model& model, const std::string& bytes) {
   for (const char byte : bytes) {
     model.put(std::string_view(&byte, 1));
   }
-  page_sink(the_filter().page).append_bytes(raw(bytes), bytes.size());
+  page_sink(the_filter().page).append_bytes(bytes_of(bytes));
 }
 
 void keep(Model& model, std::uint8_t choice, const std::string& sequence) {
@@ -132,12 +132,12 @@ void keep(Model& model, std::uint8_t choice, const std::string& sequence) {
   const std::uint32_t command = kCommands[choice % 3];
   model.keep(command, sequence);
   const ExactBytes bytes(sequence);
-  keep_setting(the_filter().carried, command, count_of(sequence), bytes.begin());
+  keep_setting(the_filter().carried, command, {bytes.begin(), sequence.size()});
 }
 
 void end_job(Model& model) {
   model.end_job(the_filter().job.page_has_content != 0);
-  out_page_data(the_filter().page, 0, nullptr);
+  end_page_data(the_filter().page);
   require(the_filter().job.page_has_content == 0, "content behind the job end");
 }
 

@@ -74,8 +74,8 @@ void check_ready_sequence(const Job& job, std::size_t at) {
 
 void skip_pending(const Job& job) {
   if (job.discard_pending && record.pending != 0) {
-    auto count = static_cast<std::int32_t>(record.pending);
-    const Status status = zqrdata(the_filter().source, 0, nullptr, &count);
+    const Status status =
+        skip_data(the_filter().source, 0, static_cast<std::int32_t>(record.pending));
     require(status == ST_OK || status == ST_EOF, "status of discarded data");
   }
 }

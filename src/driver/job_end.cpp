@@ -6,7 +6,7 @@ namespace {
 
 Status write_what_is_left(Filter& filter) {
   const Status status = filter.output.framed() ? out_end_frame(filter.frame_writer) : ST_OK;
-  out_page_data(filter.page, 0, nullptr);
+  end_page_data(filter.page);
   flush_output(filter.writer);
   return status;
 }

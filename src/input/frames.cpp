@@ -44,8 +44,8 @@ Status read_count(FrameReader& frames, std::size_t& count) {
   count = 0;
   for (std::size_t i = 0; i < kFrameCountDigits; ++i) {
     std::uint8_t digit = 0;
-    std::size_t one = 1;
-    const Status status = raw_read(frames.raw, &digit, one);
+    std::size_t done = 0;
+    const Status status = raw_read(frames.raw, std::span(&digit, 1), done);
     if (status != ST_OK) {
       return i == 0 ? end_at_frame_border(frames, status) : short_frame(status);
     }
@@ -59,8 +59,8 @@ Status read_count(FrameReader& frames, std::size_t& count) {
 
 Status read_marker(FrameReader& frames) {
   Marker marker{};
-  std::size_t length = marker.size();
-  const Status status = raw_read(frames.raw, marker.data(), length);
+  std::size_t done = 0;
+  const Status status = raw_read(frames.raw, marker, done);
   if (status != ST_OK) {
     return short_frame(status);
   }
@@ -74,8 +74,8 @@ Status read_marker(FrameReader& frames) {
 }
 
 Status read_data(FrameReader& frames, std::size_t count) {
-  std::size_t length = count;
-  const Status status = raw_read(frames.raw, frames.frame_data.data(), length);
+  std::size_t done = 0;
+  const Status status = raw_read(frames.raw, std::span(frames.frame_data).first(count), done);
   if (status != ST_OK) {
     return short_frame(status);
   }
@@ -131,7 +131,7 @@ void prtclout(const FrameReader& frames) {
 bool write_frame(std::span<std::uint8_t> frame, FrameKind kind, const char* module,
                  const char* function) {
   fill_header(frame, kind);
-  std::span<const std::uint8_t> left = frame;
+  Bytes left = frame;
   while (!left.empty()) {
     const std::int32_t written =
         narrow_long_to_int(write_some(STDOUT_FILENO, left), module, function, -1);

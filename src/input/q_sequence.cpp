@@ -79,9 +79,11 @@ Status read_data(Tokenizer& tokenizer, int flags, CommandRecord& record, std::in
     record.code = code;
     return ST_OK;
   }
-  std::int32_t done = count;
-  const Status status =
-      zqrdata(tokenizer.source, flags, record.bytes.data() + record.length, &done);
+  std::int32_t done = 0;
+  const std::span<std::uint8_t> rest =
+      std::span(record.bytes)
+          .subspan(static_cast<std::size_t>(record.length), static_cast<std::size_t>(count));
+  const Status status = zqrdata(tokenizer.source, flags, rest, done);
   record.length += done;
   record.code = status == ST_OK ? code : std::uint32_t{CMD_IGNORE};
   return status;
@@ -92,7 +94,7 @@ Status discard_data(Tokenizer& tokenizer, int flags, CommandRecord& record, std:
   if (count <= kRecordCapacity - record.length) {
     return read_data(tokenizer, flags, record, count, CMD_IGNORE);
   }
-  return ignore_command(record, zqrdata(tokenizer.source, flags, nullptr, &count));
+  return ignore_command(record, skip_data(tokenizer.source, flags, count));
 }
 
 Status accept(CommandRecord& record, std::uint32_t code) {

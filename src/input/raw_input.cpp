@@ -61,16 +61,15 @@ Status raw_refill(RawInput& input) {
   return ST_OK;
 }
 
-Status raw_read(RawInput& input, std::uint8_t* bytes, std::size_t& count) {
-  std::size_t done = 0;
-  while (done < count) {
+Status raw_read(RawInput& input, std::span<std::uint8_t> bytes, std::size_t& done) {
+  done = 0;
+  while (done < bytes.size()) {
     const Status status = raw_refill(input);
     if (status != ST_OK) {
-      count = done;
       return status;
     }
-    const std::size_t portion = std::min(count - done, input.window.size());
-    std::memcpy(bytes + done, input.window.next, portion);
+    const std::size_t portion = std::min(bytes.size() - done, input.window.size());
+    std::memcpy(bytes.data() + done, input.window.next, portion);
     input.window.next += portion;
     done += portion;
   }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "job/status.h"
 
@@ -40,8 +41,8 @@ struct RawInput {
 /// read error, with errno set. End and error stay: they are reported again by every later call.
 Status raw_refill(RawInput& input);
 
-/// Reads up to `count` bytes. @param count  on return the bytes read, fewer only if the status is
-/// not ST_OK. @return as raw_refill.
-Status raw_read(RawInput& input, std::uint8_t* bytes, std::size_t& count);
+/// Reads as many bytes as `bytes` has. @param done  on return how many were read, fewer only if the
+/// status is not ST_OK. @return as raw_refill.
+Status raw_read(RawInput& input, std::span<std::uint8_t> bytes, std::size_t& done);
 
 }  // namespace rlx

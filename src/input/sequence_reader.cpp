@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
+
+#include "job/bytes.h"
 
 namespace rlx {
 
@@ -26,15 +27,30 @@ bool take_ready_bytes(ByteSource& source, CommandRecord& record, std::uint8_t lo
   return met;
 }
 
-/// Takes up to `count` bytes that stand ready. @return how many.
-std::int32_t take_ready_data(ByteSource& source, std::uint8_t* destination, std::int32_t count) {
-  ByteWindow& window = job_window(source);
-  const std::size_t portion = std::min(static_cast<std::size_t>(count), window.size());
-  if (destination != nullptr && portion != 0) {
-    std::memcpy(destination, window.next, portion);
+/// Reads `count` bytes and hands them to `take` in portions, with the number of bytes before each.
+template <typename Take>
+Status read_counted(ByteSource& source, int flags, std::int32_t count, Take take) {
+  std::int32_t done = 0;
+  for (;;) {
+    ByteWindow& window = job_window(source);
+    const Bytes ready(window.next, std::min(static_cast<std::size_t>(count - done), window.size()));
+    window.next += ready.size();
+    take(ready, done);
+    done += static_cast<std::int32_t>(ready.size());
+    if (done == count) {
+      return ST_OK;
+    }
+    if (at_end_frame_end(source)) {
+      return ST_CUT;
+    }
+    std::uint8_t byte = 0;
+    const Status status = zqgetc(source, flags, &byte);
+    if (status != ST_OK) {
+      return status;
+    }
+    take(Bytes(&byte, 1), done);
+    ++done;
   }
-  window.next += portion;
-  return static_cast<std::int32_t>(portion);
 }
 
 }  // namespace
@@ -71,29 +87,18 @@ Status zqrhandl(ByteSource& source, int flags, CommandRecord* record, std::uint8
   return ST_OK;
 }
 
-Status zqrdata(ByteSource& source, int flags, std::uint8_t* destination, std::int32_t* count) {
-  const std::int32_t wanted = *count;
-  Status status = ST_OK;
-  *count = 0;
-  for (;;) {
-    std::uint8_t* const rest = destination == nullptr ? nullptr : destination + *count;
-    *count += take_ready_data(source, rest, wanted - *count);
-    if (*count == wanted) {
-      return ST_OK;
-    }
-    if (at_end_frame_end(source)) {
-      return ST_CUT;
-    }
-    std::uint8_t byte = 0;
-    status = zqgetc(source, flags, &byte);
-    if (status != ST_OK) {
-      return status;
-    }
-    if (destination != nullptr) {
-      destination[*count] = byte;
-    }
-    ++*count;
-  }
+Status zqrdata(ByteSource& source, int flags, std::span<std::uint8_t> destination,
+               std::int32_t& done) {
+  done = 0;
+  return read_counted(source, flags, static_cast<std::int32_t>(destination.size()),
+                      [&](Bytes portion, std::int32_t before) {
+                        std::copy(portion.begin(), portion.end(), destination.begin() + before);
+                        done = before + static_cast<std::int32_t>(portion.size());
+                      });
+}
+
+Status skip_data(ByteSource& source, int flags, std::int32_t count) {
+  return read_counted(source, flags, count, [](Bytes, std::int32_t) {});
 }
 
 }  // namespace rlx

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "input/byte_source.h"
 #include "job/command_record.h"
@@ -46,9 +47,13 @@ Status zqrhandl(ByteSource& source, int flags, CommandRecord* record, std::uint8
                 std::uint8_t high);
 
 /// zqrdata: reads counted data, the bytes behind a final byte.
-/// @param destination  where they go; null discards them.
-/// @param count        bytes wanted; on return the bytes read.
+/// @param destination  where they go: as many as it has room for are read.
+/// @param done         on return how many were read.
 /// @return ST_OK when all were read; ST_CUT at the end of the END frame, or the status of zqgetc.
-Status zqrdata(ByteSource& source, int flags, std::uint8_t* destination, std::int32_t* count);
+Status zqrdata(ByteSource& source, int flags, std::span<std::uint8_t> destination,
+               std::int32_t& done);
+
+/// Reads `count` bytes of counted data and drops them. @return as zqrdata.
+Status skip_data(ByteSource& source, int flags, std::int32_t count);
 
 }  // namespace rlx

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+#include "job/bytes.h"
+
 namespace rlx {
 
 /// Bytes of one command that a CommandRecord holds.
@@ -170,6 +172,9 @@ struct CommandRecord {
   /// The command as it was read, from its introducer (ESC, FS, control byte or lead byte) to its
   /// last parameter or data byte. Only the first `length` bytes mean anything.
   std::array<std::uint8_t, kRecordCapacity> bytes;
+
+  /// The bytes that mean something.
+  Bytes content() const { return Bytes(bytes).first(static_cast<std::size_t>(length)); }
 };
 
 }  // namespace rlx

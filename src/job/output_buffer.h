@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <span>
+
+#include "job/bytes.h"
 
 namespace rlx {
 
@@ -22,7 +23,7 @@ struct OutputBuffer {
   std::int32_t room() const { return kPageBufferBytes - length; }
 
   /// Appends bytes, all or, when they do not fit, none. @return whether they fitted.
-  bool append(std::span<const std::uint8_t> more) {
+  bool append(Bytes more) {
     if (more.size() > static_cast<std::size_t>(room())) {
       return false;
     }
@@ -31,9 +32,7 @@ struct OutputBuffer {
     return true;
   }
 
-  std::span<const std::uint8_t> gathered() const {
-    return std::span(bytes).first(static_cast<std::size_t>(length));
-  }
+  Bytes gathered() const { return Bytes(bytes).first(static_cast<std::size_t>(length)); }
 };
 
 /// Allocates an empty buffer, for the whole job. From the C library, deliberately: the language's

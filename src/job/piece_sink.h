@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "job/bytes.h"
+
 namespace rlx {
 
 /// A place that gathers pieces of output and cuts them into blocks or frames: the page buffer, or
@@ -31,19 +33,18 @@ struct PieceSink {
   }
 
   /// Appends what there is room for.
-  void append(const std::uint8_t* from, std::int32_t count) const {
-    std::memcpy(bytes + *length, from, static_cast<std::size_t>(count));
-    *length += count;
+  void append(Bytes more) const {
+    std::memcpy(bytes + *length, more.data(), more.size());
+    *length += static_cast<std::int32_t>(more.size());
   }
 
-  /// Appends `count` pieces of one byte each.
-  void append_bytes(const std::uint8_t* from, std::size_t count) const {
-    while (count > 0) {
+  /// Appends pieces of one byte each.
+  void append_bytes(Bytes pieces) const {
+    while (!pieces.empty()) {
       make_room(1);
-      const std::size_t portion = std::min(count, static_cast<std::size_t>(room()));
-      append(from, static_cast<std::int32_t>(portion));
-      from += portion;
-      count -= portion;
+      const std::size_t portion = std::min(pieces.size(), static_cast<std::size_t>(room()));
+      append(pieces.first(portion));
+      pieces = pieces.subspan(portion);
     }
   }
 };

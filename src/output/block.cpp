@@ -25,7 +25,7 @@ void out_header(ByteWriter& writer, char kind, std::int32_t count, char final) {
   }
   header[kCountEnd] = '/';
   header[kCountEnd + 1] = static_cast<std::uint8_t>(final);
-  out_bytes(writer, header.size(), header.data());
+  out_bytes(writer, header);
 }
 
 }  // namespace
@@ -34,15 +34,14 @@ void out_block_header(ByteWriter& writer, BlockKind kind, std::int32_t payload) 
   out_header(writer, static_cast<char>(kind), payload + kCountedHeaderBytes, 'a');
 }
 
-void out_block(ByteWriter& writer, BlockKind kind, std::int32_t count,
-               const std::uint8_t* payload) {
-  out_block_header(writer, kind, count);
-  out_bytes(writer, count, payload);
+void out_block(ByteWriter& writer, BlockKind kind, Bytes payload) {
+  out_block_header(writer, kind, static_cast<std::int32_t>(payload.size()));
+  out_bytes(writer, payload);
 }
 
-void out_job_parameter_block(ByteWriter& writer, std::int32_t count, const std::uint8_t* text) {
-  out_header(writer, '0', count, '`');
-  out_bytes(writer, count, text);
+void out_job_parameter_block(ByteWriter& writer, Bytes text) {
+  out_header(writer, '0', static_cast<std::int32_t>(text.size()), '`');
+  out_bytes(writer, text);
 }
 
 }  // namespace rlx

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "output/byte_writer.h"
 
 namespace rlx {
@@ -25,10 +26,10 @@ enum class BlockKind : char {
 void out_block_header(ByteWriter& writer, BlockKind kind, std::int32_t payload);
 
 /// Writes a whole block.
-void out_block(ByteWriter& writer, BlockKind kind, std::int32_t count, const std::uint8_t* payload);
+void out_block(ByteWriter& writer, BlockKind kind, Bytes payload);
 
 /// Writes the job parameter block: its header ends in "/" and a grave accent, and its count is the
 /// length of the text alone. The asymmetry is deliberate; the printer counts so.
-void out_job_parameter_block(ByteWriter& writer, std::int32_t count, const std::uint8_t* text);
+void out_job_parameter_block(ByteWriter& writer, Bytes text);
 
 }  // namespace rlx

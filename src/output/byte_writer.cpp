@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <span>
 
@@ -19,22 +20,15 @@ void flush_output(ByteWriter& writer) {
   }
 }
 
-void out_bytes(ByteWriter& writer, std::int32_t count, const std::uint8_t* bytes) {
-  if (bytes == nullptr || count < 1) {
-    return;
-  }
-  auto left = static_cast<std::size_t>(count);
-  for (;;) {
-    const std::size_t room = kOutputBufferBytes - writer.length;
-    const std::size_t portion = left < room ? left : room;
-    std::memcpy(writer.bytes.data() + writer.length, bytes, portion);
-    writer.length += portion;
-    left -= portion;
-    if (left == 0) {
-      return;
+void out_bytes(ByteWriter& writer, Bytes bytes) {
+  while (!bytes.empty()) {
+    if (writer.length == kOutputBufferBytes) {
+      flush_output(writer);
     }
-    bytes += portion;
-    flush_output(writer);
+    const std::size_t portion = std::min(bytes.size(), kOutputBufferBytes - writer.length);
+    std::memcpy(writer.bytes.data() + writer.length, bytes.data(), portion);
+    writer.length += portion;
+    bytes = bytes.subspan(portion);
   }
 }
 

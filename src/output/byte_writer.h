@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "job/bytes.h"
+
 namespace rlx {
 
 /// Bytes that are gathered before they leave in one write.
@@ -19,11 +21,9 @@ struct ByteWriter {
 
 /// Writes bytes to standard output, through one buffer. Only the frames of the transfer protocol
 /// (output/frame_writer.h) and the rest of a job that is passed through leave another way.
-/// @param count  bytes to write; below 1 nothing is written.
-/// @param bytes  may be null, then nothing is written.
 /// Standard output that cannot be written ends the process: "write error" (without a newline) on
 /// standard error, exit status 1.
-void out_bytes(ByteWriter& writer, std::int32_t count, const std::uint8_t* bytes);
+void out_bytes(ByteWriter& writer, Bytes bytes);
 
 /// Writes all that is gathered. Ends the process like out_bytes when that fails.
 void flush_output(ByteWriter& writer);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "job/command_record.h"
 
 namespace rlx {
@@ -49,11 +50,11 @@ inline constexpr auto kPlaces = std::to_array({
 inline constexpr int kGraveSlot = 3;
 inline constexpr int kSmallASlot = 4;
 
-inline int place_of_fs_paren(std::int32_t count, const std::uint8_t* bytes) {
-  if (count < 3) {
+inline int place_of_fs_paren(Bytes sequence) {
+  if (sequence.size() < 3) {
     return kKeptNowhere;
   }
-  switch (bytes[2]) {
+  switch (sequence[2]) {
     case '`':
       return kGraveSlot;
     case 'a':
@@ -78,11 +79,11 @@ inline constexpr auto kPlaceIndex = [] {
 }  // namespace detail
 
 /// Where a sequence is kept: the number of a slot, kKeptInGeneralBuffer or kKeptNowhere.
-/// @param command  code of the command that the sequence belongs to.
-/// @param bytes    the sequence; the third byte tells settings of FS "(" apart.
-inline int place_of_setting(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes) {
+/// @param command   code of the command that the sequence belongs to.
+/// @param sequence  its third byte tells settings of FS "(" apart.
+inline int place_of_setting(std::uint32_t command, Bytes sequence) {
   const int place = command < detail::kIndexSize ? detail::kPlaceIndex[command] : kKeptNowhere;
-  return place == detail::kByThirdByte ? detail::place_of_fs_paren(count, bytes) : place;
+  return place == detail::kByThirdByte ? detail::place_of_fs_paren(sequence) : place;
 }
 
 }  // namespace rlx

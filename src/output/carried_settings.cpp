@@ -9,11 +9,9 @@ namespace rlx {
 
 namespace {
 
-void keep_in_general(OutputBuffer& general, std::int32_t count, const std::uint8_t* bytes) {
-  if (count > 0) {
-    // One that does not fit is left out.
-    static_cast<void>(general.append({bytes, static_cast<std::size_t>(count)}));
-  }
+void keep_in_general(OutputBuffer& general, Bytes sequence) {
+  // One that does not fit is left out.
+  static_cast<void>(general.append(sequence));
 }
 
 std::int32_t kept_bytes(const CarriedSettings& carried) {
@@ -37,23 +35,21 @@ void free_carried_settings(CarriedSettings& carried) {
   carried.general = nullptr;
 }
 
-void keep_in_slot(CarriedSettings& carried, int slot, std::int32_t count,
-                  const std::uint8_t* bytes) {
-  if (count < 0 || count > kSlotBytes) {
+void keep_in_slot(CarriedSettings& carried, int slot, Bytes sequence) {
+  if (sequence.size() > kSlotBytes) {
     return;
   }
   CarriedSettings::Slot& kept = carried.slots[static_cast<std::size_t>(slot - 1)];
-  kept.length = static_cast<std::uint8_t>(count);
-  std::memcpy(kept.bytes.data(), bytes, static_cast<std::size_t>(count));
+  kept.length = static_cast<std::uint8_t>(sequence.size());
+  std::memcpy(kept.bytes.data(), sequence.data(), sequence.size());
 }
 
-void keep_setting(CarriedSettings& carried, std::uint32_t command, std::int32_t count,
-                  const std::uint8_t* bytes) {
-  const int place = place_of_setting(command, count, bytes);
+void keep_setting(CarriedSettings& carried, std::uint32_t command, Bytes sequence) {
+  const int place = place_of_setting(command, sequence);
   if (place == kKeptInGeneralBuffer) {
-    keep_in_general(*carried.general, count, bytes);
+    keep_in_general(*carried.general, sequence);
   } else if (place != kKeptNowhere) {
-    keep_in_slot(carried, place, count, bytes);
+    keep_in_slot(carried, place, sequence);
   }
 }
 
@@ -63,9 +59,9 @@ void out_kept_settings(CarriedSettings& carried) {
     return;
   }
   out_block_header(carried.writer, BlockKind::carried, sum);
-  out_bytes(carried.writer, carried.general->length, carried.general->bytes.data());
+  out_bytes(carried.writer, carried.general->gathered());
   for (const CarriedSettings::Slot& slot : carried.slots) {
-    out_bytes(carried.writer, slot.length, slot.bytes.data());
+    out_bytes(carried.writer, Bytes(slot.bytes).first(slot.length));
   }
   forget_kept_settings(carried);
 }

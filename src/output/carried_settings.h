@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "job/output_buffer.h"
 #include "job/status.h"
 #include "output/byte_writer.h"
@@ -42,16 +43,13 @@ void free_carried_settings(CarriedSettings& carried);
 /// Keeps a sequence.
 /// @param command  code of the command that the sequence belongs to; it chooses the slot or the
 ///                 general buffer. Most codes keep nothing.
-/// @param count    bytes of the sequence. A slot keeps up to kSlotBytes of them, the general buffer
-///                 what fits in its 8192 bytes; a sequence that is too long is left out silently.
-/// @param bytes    the sequence; copied.
-void keep_setting(CarriedSettings& carried, std::uint32_t command, std::int32_t count,
-                  const std::uint8_t* bytes);
+/// @param sequence copied. A slot keeps one of up to kSlotBytes, the general buffer what fits in
+///                 its 8192 bytes; a sequence that is too long is left out silently.
+void keep_setting(CarriedSettings& carried, std::uint32_t command, Bytes sequence);
 
 /// Keeps a sequence in a slot, as keep_setting does once it knows the place.
 /// @param slot  1 to kSlotCount.
-void keep_in_slot(CarriedSettings& carried, int slot, std::int32_t count,
-                  const std::uint8_t* bytes);
+void keep_in_slot(CarriedSettings& carried, int slot, Bytes sequence);
 
 /// Writes the carried-settings block, if anything is kept, and forgets all that is kept.
 void out_kept_settings(CarriedSettings& carried);

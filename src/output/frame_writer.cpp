@@ -1,6 +1,5 @@
 #include "output/frame_writer.h"
 
-#include <cstring>
 #include <span>
 
 #include "support/process_end.h"
@@ -29,26 +28,25 @@ void cut_frame(FrameWriter& frames) {
   write_gathered(frames, kCntFrame);
 }
 
-void gather(FrameWriter& frames, std::int32_t length, const std::uint8_t* bytes) {
-  std::uint8_t* data = frames.out_frame.data() + kFrameHeaderBytes;
-  std::memcpy(data + frames.out_len, bytes, static_cast<std::size_t>(length));
-  frames.out_len += length;
+std::size_t room_of(const FrameWriter& frames) {
+  return static_cast<std::size_t>(kMaxOutputFrame - frames.out_len);
 }
 
 }  // namespace
 
-void directout(FrameWriter& frames, std::int32_t length, const std::uint8_t* bytes) {
-  if (bytes == nullptr) {
+void directout(FrameWriter& frames, Bytes piece) {
+  if (piece.data() == nullptr) {
     return;
   }
-  while (frames.out_len + length > kMaxOutputFrame) {
-    const std::int32_t room = frames.out_len == 0 ? kMaxOutputFrame : 0;
-    gather(frames, room, bytes);  // nothing, but for a piece that no frame holds
-    bytes += room;
-    length -= room;
-    cut_frame(frames);
+  const PieceSink sink = frame_sink(frames);
+  while (piece.size() > room_of(frames)) {
+    if (frames.out_len == 0) {  // a piece that no frame holds
+      sink.append(piece.first(kMaxOutputFrame));
+      piece = piece.subspan(kMaxOutputFrame);
+    }
+    sink.cut();
   }
-  gather(frames, length, bytes);
+  sink.append(piece);
   if (frame_left(frames.input) == 0) {
     write_gathered(frames, frames.input.frame_kind);
   }

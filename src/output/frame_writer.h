@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "input/frames.h"
+#include "job/bytes.h"
 #include "job/piece_sink.h"
 #include "job/status.h"
 
@@ -28,11 +29,11 @@ struct FrameWriter {
 /// frames: what is put out while the current input frame has bytes left is held, and written as one
 /// frame with the same marker when that frame is used up. Output that would not fit is preceded by
 /// a CNT frame with what is held.
-/// @param length  bytes of one piece, at most kMaxOutputFrame (a longer piece is divided); 0 is
-///                allowed and writes a frame, even an empty one, when the input frame is used up.
-/// @param bytes   null does nothing.
+/// @param piece  at most kMaxOutputFrame bytes (a longer piece is divided). An empty one is allowed
+///               and writes a frame, even an empty one, when the input frame is used up; one whose
+///               data is null does nothing.
 /// A frame that cannot be written ends the process with status 1, without a message.
-void directout(FrameWriter& frames, std::int32_t length, const std::uint8_t* bytes);
+void directout(FrameWriter& frames, Bytes piece);
 
 /// Writes what is held at the end of the job, if anything, as the END frame; nothing when the
 /// output has been closed already.

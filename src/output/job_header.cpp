@@ -20,7 +20,7 @@ constexpr std::array<std::uint8_t, 6> kJobStart{kEsc, kDel, 0x00, 0x00, 0x01, 0x
 
 void out_job_start(JobHeader& header) {
   if (header.job.job_started == 0) {
-    out_block(header.writer, BlockKind::page_setup, kJobStart.size(), kJobStart.data());
+    out_block(header.writer, BlockKind::page_setup, kJobStart);
     header.job.job_started = 1;
   }
 }
@@ -39,26 +39,26 @@ void out_density(JobHeader& header) {
   sequence.append(digits.text().substr(0, static_cast<std::size_t>(length)));
   sequence.append("!A");
   header.sent.resolution = header.command_line.resolution;
-  out_block(header.writer, BlockKind::density, sequence.count(), sequence.data());
+  out_block(header.writer, BlockKind::density, sequence.bytes());
 }
 
 void out_parameter_text(JobHeader& header) {
   const ParameterText text = build_parameter_text(header);
   if (has_parameter_lines(text)) {
-    out_job_parameter_block(header.writer, text.count(), text.data());
+    out_job_parameter_block(header.writer, text.bytes());
   }
 }
 
 void out_page_format(JobHeader& header) {
   const PageSequences sequences = build_page_format(header);
   if (!sequences.empty()) {
-    out_block(header.writer, BlockKind::page_format, sequences.count(), sequences.data());
+    out_block(header.writer, BlockKind::page_format, sequences.bytes());
   }
 }
 
 void out_page_setup(JobHeader& header) {
   const PageSequences sequences = build_page_setup(header);
-  out_block(header.writer, BlockKind::page_setup, sequences.count(), sequences.data());
+  out_block(header.writer, BlockKind::page_setup, sequences.bytes());
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "forms/fcb.h"
+#include "job/bytes.h"
 #include "job/command_record.h"
 #include "job/output_buffer.h"
 #include "job/settings.h"
@@ -26,9 +27,7 @@ struct PitchCommand {
     ++length;
   }
 
-  std::span<const std::uint8_t> sequence() const {
-    return std::span(bytes).first(static_cast<std::size_t>(length));
-  }
+  Bytes sequence() const { return std::span(bytes).first(static_cast<std::size_t>(length)); }
 };
 
 /// Height of a line in 1/72 inch: 7200 / (lines per inch x 100), in whole numbers (3 gives 24, 12

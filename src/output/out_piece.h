@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstdint>
-
+#include "job/bytes.h"
 #include "job/settings.h"
 #include "output/frame_writer.h"
 #include "output/page_writer.h"
@@ -17,14 +16,12 @@ struct PieceOutput {
   bool framed() const { return command_line.framed_output != 0; }
 };
 
-/// Hands one finished piece of output on.
-/// @param count  bytes of the piece; 0 is allowed, and matters to the frames.
-/// @param bytes  not null.
-inline void out_piece(PieceOutput& output, std::int32_t count, const std::uint8_t* bytes) {
+/// Hands one finished piece of output on. An empty one is allowed, and matters to the frames.
+inline void out_piece(PieceOutput& output, Bytes piece) {
   if (output.framed()) {
-    directout(output.frames, count, bytes);
+    directout(output.frames, piece);
   } else {
-    out_page_data(output.page, count, bytes);
+    out_page_data(output.page, piece);
   }
 }
 

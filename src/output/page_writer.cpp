@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "job/control_bytes.h"
 #include "job/status.h"
@@ -26,11 +25,11 @@ void begin_data_block(PageWriter& page, std::int32_t payload) {
   }
 }
 
-/// Writes what is gathered and `count` bytes behind it as one data block.
-void out_data_block(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
-  begin_data_block(page, page.buffer->length + count);
-  out_bytes(page.writer, page.buffer->length, page.buffer->bytes.data());
-  out_bytes(page.writer, count, bytes);
+/// Writes what is gathered and a last piece behind it as one data block.
+void out_data_block(PageWriter& page, Bytes last) {
+  begin_data_block(page, page.buffer->length + static_cast<std::int32_t>(last.size()));
+  out_bytes(page.writer, page.buffer->gathered());
+  out_bytes(page.writer, last);
 }
 
 void begin_page(PageWriter& page) {
@@ -40,8 +39,8 @@ void begin_page(PageWriter& page) {
 }
 
 /// Writes the last block of a page, whose end the piece is.
-void end_page(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
-  out_data_block(page, count, bytes);
+void end_page(PageWriter& page, Bytes piece) {
+  out_data_block(page, piece);
   out_kept_settings(page.carried);
   begin_page(page);
   note_page_end(page.writer);
@@ -49,34 +48,33 @@ void end_page(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
 
 /// Writes what is gathered as a block; the page goes on.
 void cut_block(PageWriter& page) {
-  out_data_block(page, 0, nullptr);
+  out_data_block(page, {});
   out_kept_settings(page.carried);
   page.buffer->length = 0;
   page.continued = true;
 }
 
-void append_piece(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
-  if (count > page.buffer->room()) {
+/// A piece of kPageBufferBytes at most.
+void append_piece(PageWriter& page, Bytes piece) {
+  if (!page.buffer->append(piece)) {
     cut_block(page);
+    static_cast<void>(page.buffer->append(piece));
   }
-  std::memcpy(page.buffer->bytes.data() + page.buffer->length, bytes,
-              static_cast<std::size_t>(count));
-  page.buffer->length += count;
 }
 
 void out_final_form_feed(PageWriter& page) {
-  out_block(page.writer, BlockKind::data, kFinalFormFeed.size(), kFinalFormFeed.data());
+  out_block(page.writer, BlockKind::data, kFinalFormFeed);
 }
 
 void out_job_end(PageWriter& page) {
-  out_block(page.writer, BlockKind::data, kJobEnd.size(), kJobEnd.data());
+  out_block(page.writer, BlockKind::data, kJobEnd);
   page.job.job_started = 0;
 }
 
 /// End of a job whose last page has content in the buffer. The carried settings are not written
 /// here, deliberately: no block follows that would need them.
 void end_job_with_content(PageWriter& page) {
-  out_data_block(page, 0, nullptr);
+  out_data_block(page, {});
   out_final_form_feed(page);
   out_job_end(page);
 }
@@ -102,24 +100,12 @@ void end_job_with_empty_buffer(PageWriter& page) {
   out_job_end(page);
 }
 
-void end_job(PageWriter& page) {
-  if (page.buffer->length == 0) {
-    end_job_with_empty_buffer(page);
-  } else if (page.job.page_has_content != 0) {
-    end_job_with_content(page);
-  } else {
-    end_job_without_content(page);
-  }
-  begin_page(page);
-}
-
 /// A piece larger than the buffer, which no command makes: it is divided, so that it is not lost.
-void append_oversized_piece(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
-  while (count > 0) {
-    const std::int32_t portion = std::min(count, kPageBufferBytes);
-    append_piece(page, portion, bytes);
-    bytes += portion;
-    count -= portion;
+void append_oversized_piece(PageWriter& page, Bytes piece) {
+  while (!piece.empty()) {
+    const std::size_t portion = std::min<std::size_t>(piece.size(), kPageBufferBytes);
+    append_piece(page, piece.first(portion));
+    piece = piece.subspan(portion);
   }
 }
 
@@ -140,20 +126,28 @@ void free_page_buffers(PageWriter& page) {
   free_carried_settings(page.carried);
 }
 
-void out_page_data(PageWriter& page, std::int32_t count, const std::uint8_t* bytes) {
-  if (bytes == nullptr) {
-    if (count == 0) {
-      end_job(page);
-    }
-  } else if (count < 1) {
+void out_page_data(PageWriter& page, Bytes piece) {
+  if (piece.empty()) {
     return;
-  } else if (bytes[count - 1] == kFormFeed) {
-    end_page(page, count, bytes);
-  } else if (count > kPageBufferBytes) {
-    append_oversized_piece(page, count, bytes);
-  } else {
-    append_piece(page, count, bytes);
   }
+  if (piece.back() == kFormFeed) {
+    end_page(page, piece);
+  } else if (piece.size() > kPageBufferBytes) {
+    append_oversized_piece(page, piece);
+  } else {
+    append_piece(page, piece);
+  }
+}
+
+void end_page_data(PageWriter& page) {
+  if (page.buffer->length == 0) {
+    end_job_with_empty_buffer(page);
+  } else if (page.job.page_has_content != 0) {
+    end_job_with_content(page);
+  } else {
+    end_job_without_content(page);
+  }
+  begin_page(page);
 }
 
 PieceSink page_sink(PageWriter& page) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "job/output_buffer.h"
 #include "job/piece_sink.h"
 #include "job/settings.h"
@@ -32,18 +33,18 @@ Status allocate_page_buffers(PageWriter& page);
 /// Frees both; harmless when there are none.
 void free_page_buffers(PageWriter& page);
 
-/// Writes one piece of page data, or ends the job.
+/// Writes one piece of page data. An empty one does nothing.
 ///
 /// Pieces are gathered; a block of the printer language holds as many whole pieces as fit in
 /// kPageBufferBytes. In front of the first block of a page comes the job header, behind every block
 /// come the carried settings. A piece whose last byte is FF (0x0C) ends the page, wherever the
 /// FF came from (deliberately also one that is data of a sequence). A piece that is larger than the
 /// buffer, and no page end, is divided; no command makes one.
-///
-/// @param count  bytes in `bytes`. 0 with bytes that are not null does nothing; 0 with a null
-///               `bytes` ends the job: what is gathered is written if the page has content (else it
-///               is dropped), then the final form feed block and the job end block.
-void out_page_data(PageWriter& page, std::int32_t count, const std::uint8_t* bytes);
+void out_page_data(PageWriter& page, Bytes piece);
+
+/// The end of the page data: what is gathered is written if the page has content (else it is
+/// dropped), then the final form feed block and the job end block.
+void end_page_data(PageWriter& page);
 
 /// The page buffer, for runs of pieces. No piece of such a run may end in FF, and none may be
 /// longer than the buffer.

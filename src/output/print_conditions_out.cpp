@@ -15,8 +15,6 @@ namespace rlx {
 
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
-
 /// The commands that bring the whole group; 0 is the start of the job.
 constexpr std::array<std::uint32_t, 7> kGroupCommands{
     0, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_OL_SP};
@@ -48,19 +46,21 @@ bool is_record(std::uint32_t command) {
   return command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
 }
 
-/// first_length: the length of a setting, for the 32-bit counts of the writers. The guard logs this
-/// name.
-std::int32_t first_length(Bytes bytes) {
-  return narrow_ulong_to_int(bytes.size(), "rlxset_data", "first_length", kKeepTruncated);
+/// first_length: the bytes of a setting that a 32-bit count counts, which is all of them. The guard
+/// logs this name.
+Bytes first_length(Bytes bytes) {
+  const std::int32_t length =
+      narrow_ulong_to_int(bytes.size(), "rlxset_data", "first_length", kKeepTruncated);
+  return bytes.first(static_cast<std::size_t>(length));
 }
 
 void write_bytes(ConditionsOutput& to, Bytes bytes) {
-  out_piece(to.output, first_length(bytes), bytes.data());
+  out_piece(to.output, first_length(bytes));
 }
 
 void write_and_keep(ConditionsOutput& to, std::uint32_t command, Bytes bytes) {
   write_bytes(to, bytes);
-  keep_setting(to.carried, command, first_length(bytes), bytes.data());
+  keep_setting(to.carried, command, first_length(bytes));
 }
 
 /// Nothing, when there is no such sequence.

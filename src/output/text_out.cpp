@@ -7,25 +7,24 @@ namespace {
 static_assert(kPageBufferBytes >= kSizeSequenceBytes + kSetSequenceBytes + kRecordCapacity,
               "a record holds the longest command and the switch in front of it");
 
-void append(OutputBuffer& out, std::int32_t count, const std::uint8_t* bytes) {
+void append(OutputBuffer& out, Bytes bytes) {
   // It always fits, see above.
-  static_cast<void>(out.append({bytes, static_cast<std::size_t>(count)}));
+  static_cast<void>(out.append(bytes));
 }
 
 /// Keeps the set sequence of a switch in the carried settings.
 void keep_set(CarriedSettings& carried, const SetSwitch& set_switch) {
-  keep_setting(carried, set_switch.set_command, kSetSequenceBytes,
-               set_switch.bytes.data() + kSizeSequenceBytes);
+  keep_setting(carried, set_switch.set_command, set_switch.set_sequence());
 }
 
 /// Keeps both sequences of a switch.
 void keep_switch(CarriedSettings& carried, const SetSwitch& set_switch) {
-  keep_setting(carried, CMD_Q_YL_SP, kSizeSequenceBytes, set_switch.bytes.data());
+  keep_setting(carried, CMD_Q_YL_SP, set_switch.size_sequence());
   keep_set(carried, set_switch);
 }
 
 void switch_to(CarriedSettings& carried, const SetSwitch& set_switch, OutputBuffer& out) {
-  append(out, kSizeSequenceBytes + kSetSequenceBytes, set_switch.bytes.data());
+  append(out, set_switch.bytes);
   keep_switch(carried, set_switch);
 }
 
@@ -47,7 +46,7 @@ void select_double_byte(CarriedSettings& carried, OutputBuffer& out, CharacterSe
 void select_single_byte_set_only(CarriedSettings& carried, OutputBuffer& out,
                                  CharacterSetState& state) {
   if (state.set == CharacterSetState::kDoubleByte) {
-    append(out, kSetSequenceBytes, kToSingleByte.bytes.data() + kSizeSequenceBytes);
+    append(out, kToSingleByte.set_sequence());
     keep_set(carried, kToSingleByte);
     state.select_single_byte();
   }
@@ -61,21 +60,21 @@ void text_out(CarriedSettings& carried, const CommandRecord& record, OutputBuffe
   switch (record.code) {
     case CMD_TEXT_ASCII:
       select_single_byte(carried, out, state);
-      append(out, record.length, record.bytes.data());
+      append(out, record.content());
       break;
     case CMD_TEXT_MB:
       select_double_byte(carried, out, state);
-      append(out, record.length, record.bytes.data());
+      append(out, record.content());
       break;
     case CMD_TEXT_SS2:
       select_single_byte(carried, out, state);
       if (record.length > 1) {
-        append(out, record.length - 1, record.bytes.data() + 1);
+        append(out, record.content().subspan(1));
       }
       break;
     case CMD_TEXT_BAD:
       select_single_byte_set_only(carried, out, state);
-      append(out, record.length, record.bytes.data());
+      append(out, record.content());
       break;
     default:
       out.bytes[0] = 0;

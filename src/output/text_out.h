@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "job/character_set.h"
 #include "job/command_record.h"
 #include "job/control_bytes.h"
@@ -11,16 +12,21 @@
 
 namespace rlx {
 
+inline constexpr std::int32_t kSizeSequenceBytes = 5;
+inline constexpr std::int32_t kSetSequenceBytes = 3;
+
 /// The printer has a single-byte and a double-byte character set. A switch selects the size, then
 /// the set: ESC "Q1 y" ESC "(H" for the single-byte set, ESC "Q2 y" ESC "$@" for the double-byte
 /// set. A switch that follows an invalid character's leaves the size out.
 struct SetSwitch {
   std::array<std::uint8_t, 8> bytes;
   std::uint32_t set_command;  ///< the command that the last three bytes are
-};
 
-inline constexpr std::int32_t kSizeSequenceBytes = 5;
-inline constexpr std::int32_t kSetSequenceBytes = 3;
+  /// The first sequence, which selects the size.
+  Bytes size_sequence() const { return Bytes(bytes).first(kSizeSequenceBytes); }
+  /// The second one, which selects the set.
+  Bytes set_sequence() const { return Bytes(bytes).subspan(kSizeSequenceBytes); }
+};
 
 inline constexpr SetSwitch kToSingleByte{{kEsc, 'Q', '1', ' ', 'y', kEsc, '(', 'H'},
                                          CMD_ESC_PAREN_H};

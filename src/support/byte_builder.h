@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "job/bytes.h"
+
 namespace rlx {
 
 /// Assembles a short sequence of bytes in place. Whoever uses one chooses a capacity that holds the
@@ -34,9 +36,8 @@ class ByteBuilder {
 
   bool empty() const { return length_ == 0; }
   std::size_t size() const { return length_; }
-  /// `size()` for the functions that count in 32 bits.
-  std::int32_t count() const { return static_cast<std::int32_t>(length_); }
-  const std::uint8_t* data() const { return bytes_.data(); }
+  /// What is assembled.
+  Bytes bytes() const { return Bytes(bytes_).first(length_); }
   /// What is assembled, as text.
   std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.data()), length_}; }
 

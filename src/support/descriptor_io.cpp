@@ -34,7 +34,7 @@ ssize_t read_some(int descriptor, std::span<std::uint8_t> bytes) {
   return count;
 }
 
-ssize_t write_some(int descriptor, std::span<const std::uint8_t> bytes) {
+ssize_t write_some(int descriptor, Bytes bytes) {
   ssize_t count = 0;
   do {
     count = write(descriptor, bytes.data(), bytes.size());
@@ -46,7 +46,7 @@ ssize_t write_some(int descriptor, std::span<const std::uint8_t> bytes) {
   return count;
 }
 
-Status write_whole(int descriptor, std::span<const std::uint8_t> bytes) {
+Status write_whole(int descriptor, Bytes bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write_some(descriptor, bytes);
     if (count < 0) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "job/bytes.h"
 #include "job/status.h"
 
 namespace rlx {
@@ -20,10 +21,10 @@ ssize_t read_some(int descriptor, std::span<std::uint8_t> bytes);
 /// Writes as much of `bytes` (1 or more) as the descriptor takes at once, after waiting for room.
 /// @return the bytes written, 1 or more; -1 on a failure, with errno set. A write that takes
 /// nothing is one: errno is EIO then.
-ssize_t write_some(int descriptor, std::span<const std::uint8_t> bytes);
+ssize_t write_some(int descriptor, Bytes bytes);
 
 /// Writes all of `bytes`, in as many steps as it takes.
 /// @return ST_OK, or ST_IOERR on a failure, with errno set.
-Status write_whole(int descriptor, std::span<const std::uint8_t> bytes);
+Status write_whole(int descriptor, Bytes bytes);
 
 }  // namespace rlx

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+#include "job/bytes.h"
+
 namespace rlx {
 
 /// True when a path names a regular file, by itself or through symbolic links. When not, errno is
@@ -53,7 +55,7 @@ class TextFile {
   int descriptor_ = -1;
   bool missing_ = false;
   bool failed_ = false;
-  std::span<const std::uint8_t> unread_;
+  Bytes unread_;
   std::array<std::uint8_t, kBufferBytes> buffer_;
 };
 

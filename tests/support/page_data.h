@@ -17,16 +17,16 @@ namespace rlx::testing {
 
 /// Puts one piece on the page.
 inline void put(std::string_view piece) {
-  out_page_data(the_filter().page, count_of(piece), raw(piece));
+  out_page_data(the_filter().page, bytes_of(piece));
 }
 
 /// Keeps a sequence in the carried settings.
 inline void keep(std::uint32_t command, std::string_view sequence) {
-  keep_setting(the_filter().carried, command, count_of(sequence), raw(sequence));
+  keep_setting(the_filter().carried, command, bytes_of(sequence));
 }
 
 inline void end_job() {
-  out_page_data(the_filter().page, 0, nullptr);
+  end_page_data(the_filter().page);
 }
 
 /// Bytes without FF that show where they stand.

@@ -44,7 +44,11 @@ inline std::string parameter_block(std::string_view lines) {
   return "\x1bQ0;" + ten_digits(text.size()) + "/`" + text;
 }
 
-/// Pointer and length of a text for the functions that take bytes.
+/// A text for the functions that take bytes.
+inline Bytes bytes_of(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+/// Its pointer and its length.
 inline const std::uint8_t* raw(std::string_view text) {
   return reinterpret_cast<const std::uint8_t*>(text.data());
 }

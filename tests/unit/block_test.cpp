@@ -59,16 +59,17 @@ TEST_F(Block, EveryCountUpToTwoFullPageBuffers) {
 
 TEST_F(Block, WholeBlockIsHeaderAndPayload) {
   const std::string payload = bytes("\x1b(H\x00\xff");
-  EXPECT_EQ(output_of([&] { out_block(the_filter().writer, BlockKind::carried, 5, raw(payload)); }),
+  EXPECT_EQ(output_of([&] {
+              out_block(the_filter().writer, BlockKind::carried, bytes_of(payload).first(5));
+            }),
             bytes("\x1bQ6;0000000017/a\x1b(H\x00\xff"));
 }
 
 TEST_F(Block, JobParameterBlockCountsItsTextAlone) {
   const std::string text = "%%%=Pji,0101,UNIC\nEMU=RLX\nDCH=240\nMAK=UNIX\n";
-  EXPECT_EQ(
-      output_of([&] { out_job_parameter_block(the_filter().writer, count_of(text), raw(text)); }),
-      "\x1bQ0;0000000043/`" + text);
-  EXPECT_EQ(output_of([&] { out_job_parameter_block(the_filter().writer, 1, raw("A")); }),
+  EXPECT_EQ(output_of([&] { out_job_parameter_block(the_filter().writer, bytes_of(text)); }),
+            "\x1bQ0;0000000043/`" + text);
+  EXPECT_EQ(output_of([&] { out_job_parameter_block(the_filter().writer, bytes_of("A")); }),
             "\x1bQ0;0000000001/`A");
 }
 

@@ -20,7 +20,7 @@ TEST(ByteBuilder, StartsEmpty) {
   const ByteBuilder<4> builder{};
   EXPECT_TRUE(builder.empty());
   EXPECT_EQ(builder.size(), 0U);
-  EXPECT_EQ(builder.count(), 0);
+  EXPECT_TRUE(builder.bytes().empty());
   EXPECT_EQ(builder.text(), "");
 }
 
@@ -32,9 +32,9 @@ TEST(ByteBuilder, AppendsTextsCharactersAndNulBytes) {
   builder.append("");
   EXPECT_EQ(builder.text(), std::string_view("abc\0d", 5));
   EXPECT_EQ(builder.size(), 5U);
-  EXPECT_EQ(builder.count(), 5);
+  EXPECT_EQ(builder.bytes().size(), 5U);
   EXPECT_FALSE(builder.empty());
-  EXPECT_EQ(builder.data()[4], 'd');
+  EXPECT_EQ(builder.bytes()[4], 'd');
 }
 
 TEST(ByteBuilder, DecimalsHaveNoLeadingZerosByDefault) {

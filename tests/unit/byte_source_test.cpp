@@ -144,9 +144,9 @@ TEST_F(PlainByteSource, PeekLeavesTheByteInTheInput) {
 
 TEST_F(PlainByteSource, PeekAcrossTheBufferBorder) {
   const StandardInput input(std::string(kInputBufferBytes, 'x') + "y");
-  std::size_t skipped = kInputBufferBytes;
+  std::size_t skipped = 0;
   std::vector<std::uint8_t> room(kInputBufferBytes);
-  ASSERT_EQ(raw_read(the_filter().source.raw, room.data(), skipped), ST_OK);
+  ASSERT_EQ(raw_read(the_filter().source.raw, room, skipped), ST_OK);
   EXPECT_EQ(peek_input(the_filter().source), ST_OK);
   EXPECT_EQ(rest_of_input(), "y");
 }
@@ -280,7 +280,7 @@ TEST_F(FramedByteSource, HeldOutputIsLostWhenABadFrameEndsTheProcess) {
   const StandardInput input(cnt_frame("ab") + "000xEND_PRN_DAT");
   std::uint8_t byte = 0;
   ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
-  directout(the_filter().frame_writer, 1, &byte);
+  directout(the_filter().frame_writer, Bytes(&byte, 1));
   ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
   const CaptureDescriptor output(1);
   EXPECT_EXIT(static_cast<void>(zqgetc(the_filter().source, 0, &byte)),

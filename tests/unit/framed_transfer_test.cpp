@@ -19,6 +19,7 @@
 #include "support/filter_state.h"
 #include "support/input_stream.h"
 #include "support/interruptions.h"
+#include "support/printer_blocks.h"
 #include "support/the_filter.h"
 
 namespace rlx {
@@ -58,10 +59,7 @@ class FramedTransferTest : public FilterTest {
     ASSERT_EQ(frame_left(the_filter().source.frames), left);
   }
 
-  static void put(std::string_view data) {
-    directout(the_filter().frame_writer, static_cast<std::int32_t>(data.size()),
-              reinterpret_cast<const std::uint8_t*>(data.data()));
-  }
+  static void put(std::string_view data) { directout(the_filter().frame_writer, bytes_of(data)); }
 
   static std::uint8_t last_byte;
 };
@@ -272,8 +270,7 @@ TEST_F(FramedTransferTest, ANullPieceDoesNothing) {
   for (const std::size_t left : {0UL, 1UL}) {
     stand_in_frame(kEndFrame, left);
     const CaptureDescriptor output(1);
-    directout(the_filter().frame_writer, 0, nullptr);
-    directout(the_filter().frame_writer, 5, nullptr);
+    directout(the_filter().frame_writer, Bytes());
     EXPECT_EQ(output.text(), "");
     EXPECT_EQ(the_filter().frame_writer.out_len, 0);
   }
@@ -431,8 +428,7 @@ void put_frames_through_a_small_pipe(int flags) {
     const Interruptions interruptions;
     for (int i = 0; i < 20; ++i) {
       const std::string data(4000, static_cast<char>('a' + i));
-      directout(the_filter().frame_writer, 4000,
-                reinterpret_cast<const std::uint8_t*>(data.data()));
+      directout(the_filter().frame_writer, bytes_of(data));
       prtclout(the_filter().source.frames);
       expected += end_frame(data) + kEmptyEnd;
     }

@@ -30,6 +30,7 @@ namespace {
 using testing::the_filter;
 
 using testing::block;
+using testing::bytes_of;
 using testing::cnt_frame;
 using testing::end_frame;
 using testing::FailingInput;
@@ -41,7 +42,6 @@ using testing::kFirstParameters;
 using testing::kFramedReset;
 using testing::kJobEnd;
 using testing::kStartConditions;
-using testing::raw;
 using testing::RedirectedDescriptor;
 using testing::run_job;
 using testing::run_job_from_current_input;
@@ -70,7 +70,7 @@ TEST_F(JobEndTest, EmptyInputExits0WithNothingWritten) {
 TEST_F(JobEndTest, GatheredPageIsWrittenWhateverTheStatus) {
   for (const Status status : kStatuses) {
     testing::reset_filter();
-    out_page_data(the_filter().page, 2, raw("AB"));
+    out_page_data(the_filter().page, bytes_of("AB"));
     the_filter().job.page_has_content = 1;
     EXPECT_EQ(ended(JobEnd::flush, status),
               kFirstHeader + block('2', "AB") + kFinalFormFeed + kJobEnd);
@@ -80,7 +80,7 @@ TEST_F(JobEndTest, GatheredPageIsWrittenWhateverTheStatus) {
 TEST_F(JobEndTest, NothingIsWrittenAfterAPassThrough) {
   for (const Status status : {ST_OK, ST_IOERR}) {
     testing::reset_filter();
-    out_page_data(the_filter().page, 2, raw("AB"));
+    out_page_data(the_filter().page, bytes_of("AB"));
     the_filter().job.page_has_content = 1;
     the_filter().job.job_started = 1;
     EXPECT_EQ(ended(JobEnd::passed_through, status), "");
@@ -101,7 +101,7 @@ TEST_F(JobEndTest, DataHeldForAFrameLeavesAsTheEndFrame) {
   for (const Status status : kStatuses) {
     testing::reset_filter();
     open_frame(false, "rest");
-    directout(the_filter().frame_writer, 3, raw("abc"));
+    directout(the_filter().frame_writer, bytes_of("abc"));
     EXPECT_EQ(ended(JobEnd::flush, status), end_frame("abc"));
   }
 }
@@ -116,7 +116,7 @@ TEST_F(JobEndTest, CountOfTheEndFrameHasFourDigits) {
     testing::reset_filter();
     const std::string data = testing::pattern(length);
     open_frame(false, "rest");
-    directout(the_filter().frame_writer, testing::count_of(data), raw(data));
+    directout(the_filter().frame_writer, bytes_of(data));
     EXPECT_EQ(ended(JobEnd::flush, ST_OK), end_frame(data));
   }
 }
@@ -139,7 +139,7 @@ TEST_F(JobEndTest, EndFrameThatCannotBeWrittenIsStatus1UnlessThereWasOne) {
   for (const Status status : kStatuses) {
     testing::reset_filter();
     open_frame(false, "rest");
-    directout(the_filter().frame_writer, 3, raw("abc"));
+    directout(the_filter().frame_writer, bytes_of("abc"));
     const RedirectedDescriptor full(STDOUT_FILENO, "/dev/full", O_WRONLY);
     EXPECT_EQ(end_job(the_filter(), JobEnd::flush, status), status == ST_OK ? ST_FAILED : status);
   }
@@ -150,7 +150,7 @@ TEST_F(JobEndTest, LastFlushThatFailsIsAWriteErrorWhateverTheStatus) {
     EXPECT_EXIT(
         {
           const RedirectedDescriptor full(STDOUT_FILENO, "/dev/full", O_WRONLY);
-          out_page_data(the_filter().page, 2, raw("AB"));
+          out_page_data(the_filter().page, bytes_of("AB"));
           the_filter().job.page_has_content = 1;
           std::exit(exit_status_of(end_job(the_filter(), JobEnd::flush, status)));
         },

@@ -49,7 +49,7 @@ std::string kept_at_once(const std::vector<Setting>& settings) {
 }
 
 void keep_later(KeptLater& later, const Setting& setting) {
-  later.keep(setting.command, count_of(setting.sequence), raw(setting.sequence));
+  later.keep(setting.command, bytes_of(setting.sequence));
 }
 
 /// The same by way of KeptLater, which hands on behind every `every`-th setting and at the end.
@@ -106,7 +106,7 @@ TEST_F(KeptLaterTest, ASettingThatIsTooLongLeavesTheEarlierOne) {
 TEST_F(KeptLaterTest, WhatIsHandedOnIsNotHandedOnAgain) {
   std::string bytes = "\x1bQ1 y";
   KeptLater later(the_filter().carried);
-  later.keep(CMD_Q_YL_SP, count_of(bytes), raw(bytes));
+  later.keep(CMD_Q_YL_SP, bytes_of(bytes));
   later.keep_now();
   bytes = "\x1bQ2 y";
   later.keep_now();

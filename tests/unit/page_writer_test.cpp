@@ -67,7 +67,8 @@ TEST_F(PageWriter, CountOfZeroWithBytesDoesNothing) {
   EXPECT_EQ(output_of([] {
               put("A");
               the_filter().job.page_has_content = 1;
-              out_page_data(the_filter().page, 0, raw("\f"));
+              out_page_data(the_filter().page, bytes_of("\f").first(0));
+              out_page_data(the_filter().page, Bytes());
             }),
             "");
   EXPECT_EQ(the_filter().job.page_has_content, 1);

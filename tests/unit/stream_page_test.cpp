@@ -176,7 +176,7 @@ std::string shape_of(std::uint32_t code, const std::string& sequence) {
     return std::string("ESC [ ... ") + (before == ' ' ? "SP " : "") + sequence.back();
   }
   if (sequence.starts_with('\x1c') && sequence.size() > 2) {
-    const int place = place_of_setting(code, 3, testing::raw(sequence));
+    const int place = place_of_setting(code, testing::bytes_of(sequence).first(3));
     return shape_of_fs(sequence, code == CMD_FS_PAREN && place != kKeptNowhere);
   }
   if (sequence.starts_with("\x1b\x7f")) {
@@ -349,7 +349,7 @@ TEST_F(StreamPage, CharactersBecomeWhatTheirRowsSay) {
 // ---- Carried places
 
 std::string place_word(std::uint32_t code, const std::string& sequence) {
-  const int place = place_of_setting(code, testing::count_of(sequence), testing::raw(sequence));
+  const int place = place_of_setting(code, testing::bytes_of(sequence));
   if (place == kKeptInGeneralBuffer) {
     return "general";
   }

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "job/bytes.h"
 #include "output/carried_settings.h"
 
 namespace rlx {
@@ -16,18 +17,18 @@ class KeptLater {
   explicit KeptLater(CarriedSettings& carried) : carried_(carried) {}
 
   /// As keep_setting; the bytes must stay until keep_now.
-  void keep(std::uint32_t command, std::int32_t count, const std::uint8_t* bytes) {
-    const int place = place_of_setting(command, count, bytes);
+  void keep(std::uint32_t command, Bytes sequence) {
+    const int place = place_of_setting(command, sequence);
     if (place == kKeptInGeneralBuffer) {
-      keep_setting(carried_, command, count, bytes);
+      keep_setting(carried_, command, sequence);
       return;
     }
-    if (count > kSlotBytes) [[unlikely]] {
+    if (sequence.size() > kSlotBytes) [[unlikely]] {
       return;
     }
     // A sequence that is kept nowhere is noted all the same, in a place that is no slot: that costs
     // less than a branch that no processor can predict.
-    sequences_[static_cast<std::size_t>(place)] = {bytes, count};
+    sequences_[static_cast<std::size_t>(place)] = sequence;
     slots_ |= 1U << place;
   }
 
@@ -35,20 +36,14 @@ class KeptLater {
   void keep_now() {
     for (slots_ &= ~(1U << kKeptNowhere); slots_ != 0; slots_ &= slots_ - 1) {
       const int slot = std::countr_zero(slots_);
-      const Sequence& sequence = sequences_[static_cast<std::size_t>(slot)];
-      keep_in_slot(carried_, slot, sequence.count, sequence.bytes);
+      keep_in_slot(carried_, slot, sequences_[static_cast<std::size_t>(slot)]);
     }
   }
 
  private:
-  struct Sequence {
-    const std::uint8_t* bytes;
-    std::int32_t count;
-  };
-
   CarriedSettings& carried_;
   std::uint32_t slots_ = 0;  ///< a bit for each slot number; kKeptNowhere's means nothing
-  std::array<Sequence, kSlotCount + 1> sequences_;
+  std::array<Bytes, kSlotCount + 1> sequences_;
 };
 
 }  // namespace rlx

@@ -95,7 +95,7 @@ inline bool TextRun::burst_sequence(Cursor& at) {
   }
   keep_switches(at);
   if (loop_.command_line.framed_output == 0) {
-    kept_.keep(sequence.code, sequence.length, at.next);
+    kept_.keep(sequence.code, {at.next, length});
   }
   at.next += sequence.length;
   at.out += sequence.length;
@@ -113,7 +113,7 @@ inline void TextRun::keep_switches(Cursor& at) {
     at.set_switch = nullptr;
   }
   if (at.size_switch != nullptr) {
-    kept_.keep(CMD_Q_YL_SP, kSizeSequenceBytes, at.size_switch->bytes.data());
+    kept_.keep(CMD_Q_YL_SP, at.size_switch->size_sequence());
     at.size_switch = nullptr;
   }
 }

@@ -43,8 +43,7 @@ TextRun::TextRun(LoopState& loop, const std::uint8_t* next, const std::uint8_t* 
 /// Selects the set of a switch. The switch is kept before its character is written, so that a cut
 /// which the character makes repeats it already.
 void TextRun::select(const SetSwitch& set_switch) {
-  kept_.keep(set_switch.set_command, kSetSequenceBytes,
-             set_switch.bytes.data() + kSizeSequenceBytes);
+  kept_.keep(set_switch.set_command, set_switch.set_sequence());
   if (&set_switch == &kToDoubleByte) {
     loop_.character_set.select_double_byte();
   } else {
@@ -60,16 +59,21 @@ void TextRun::make_room(std::int32_t count) {
   }
 }
 
+/// Puts bytes of the input. There is room for them.
+void TextRun::append_next(std::int32_t count) {
+  sink_.append({next_, static_cast<std::size_t>(count)});
+  next_ += count;
+}
+
 /// Puts a switch, from byte `from` of it on, and `count` bytes of the input as one piece.
 bool TextRun::put_switch(const SetSwitch& set_switch, std::int32_t from, std::int32_t count) {
   if (from == 0) {
-    kept_.keep(CMD_Q_YL_SP, kSizeSequenceBytes, set_switch.bytes.data());
+    kept_.keep(CMD_Q_YL_SP, set_switch.size_sequence());
   }
   select(set_switch);
   make_room(kSwitchBytes - from + count);
-  sink_.append(set_switch.bytes.data() + from, kSwitchBytes - from);
-  sink_.append(next_, count);
-  next_ += count;
+  sink_.append(Bytes(set_switch.bytes).subspan(static_cast<std::size_t>(from)));
+  append_next(count);
   return true;
 }
 
@@ -90,8 +94,7 @@ bool TextRun::take_single_bytes() {
   while (stop != limit && is_single(kind_of(*stop).byte_class) && *stop != line_end()) {
     ++stop;
   }
-  sink_.append(next_, static_cast<std::int32_t>(stop - next_));
-  next_ = stop;
+  append_next(static_cast<std::int32_t>(stop - next_));
   return true;
 }
 
@@ -108,7 +111,7 @@ bool TextRun::take_one_byte() {
       break;
   }
   make_room(1);
-  sink_.append(next_++, 1);
+  append_next(1);
   return true;
 }
 
@@ -134,8 +137,8 @@ bool TextRun::take_form_line() {
     return false;
   }
   make_room(1 + pitch->length);
-  sink_.append(next_++, 1);
-  sink_.append(pitch->bytes.data(), pitch->length);
+  append_next(1);
+  sink_.append(pitch->sequence());
   ++loop_.current_store->cur_line;
   return true;
 }
@@ -149,8 +152,7 @@ bool TextRun::take_character() {
     return put_switch(kToDoubleByte, 0, length);
   }
   make_room(length);
-  sink_.append(next_, length);
-  next_ += length;
+  append_next(length);
   return true;
 }
 
@@ -168,8 +170,7 @@ bool TextRun::take_shifted() {
     return put_switch(kToSingleByte, 0, length);
   }
   make_room(length);
-  sink_.append(next_, length);
-  next_ += length;
+  append_next(length);
   return true;
 }
 
@@ -189,11 +190,11 @@ bool TextRun::take_sequence() {
     return false;
   }
   make_room(sequence.length);
-  sink_.append(next_, sequence.length);
+  const Bytes bytes(next_, static_cast<std::size_t>(sequence.length));
+  append_next(sequence.length);
   if (loop_.command_line.framed_output == 0) {
-    kept_.keep(sequence.code, sequence.length, next_);
+    kept_.keep(sequence.code, bytes);
   }
-  next_ += sequence.length;
   text_ = next_;
   return true;
 }

@@ -67,6 +67,7 @@ class TextRun {
 
   // What both need.
   void make_room(std::int32_t count);
+  void append_next(std::int32_t count);
   void select(const SetSwitch& set_switch);
   void note_text();
   bool flags_are_set() const {

@@ -4,15 +4,15 @@
 
 namespace rlx {
 
-void write_piece(LoopState& loop, std::int32_t count, const std::uint8_t* bytes) {
-  if (count > 0 && bytes[count - 1] == kFormFeed) {
+void write_piece(LoopState& loop, Bytes piece) {
+  if (!piece.empty() && piece.back() == kFormFeed) {
     gaiji_reset_size(loop.gaiji);
   }
-  out_piece(loop.output, count, bytes);
+  out_piece(loop.output, piece);
 }
 
 void write_form_feed(LoopState& loop) {
-  write_piece(loop, 1, &kFormFeed);
+  write_piece(loop, Bytes(&kFormFeed, 1));
 }
 
 }  // namespace rlx

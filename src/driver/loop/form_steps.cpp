@@ -30,10 +30,10 @@ Status enter_named_form(LoopState& loop, const char* name) {
 }
 
 void write_held_movement(LoopState& loop) {
-  const std::int32_t count = loop.pending_vertical_bytes.length;
+  const Bytes movement = loop.pending_vertical_bytes.gathered();
   loop.pending_vertical_bytes.length = 0;
-  if (count != 0) {
-    write_piece(loop, count, loop.pending_vertical_bytes.bytes.data());
+  if (!movement.empty()) {
+    write_piece(loop, movement);
   }
 }
 

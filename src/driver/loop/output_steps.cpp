@@ -28,7 +28,7 @@ UndefinedGaijiRule undefined_rule(const LoopState& loop) {
 Status copy_raw_byte(LoopState& loop, std::uint8_t& byte) {
   const Status status = zqgetc(loop.source, 0, &byte);
   if (status == ST_OK) {
-    write_piece(loop, 1, &byte);
+    write_piece(loop, Bytes(&byte, 1));
   }
   return status;
 }
@@ -43,11 +43,10 @@ void copy_ready_bytes(LoopState& loop, std::uint32_t& count) {
   }
   ready = std::min<std::size_t>(ready, count);
   const std::uint8_t* const end = std::find(window.next, window.next + ready, kFormFeed);
-  const auto portion = static_cast<std::size_t>(end - window.next);
-  const std::uint8_t* const bytes = window.next;
+  const Bytes pieces(window.next, end);
   window.next = end;
-  count -= static_cast<std::uint32_t>(portion);
-  piece_sink(loop.output).append_bytes(bytes, portion);
+  count -= static_cast<std::uint32_t>(pieces.size());
+  piece_sink(loop.output).append_bytes(pieces);
 }
 
 /// Copies `count` bytes of the input, each a piece of its own. @return as copy_raw_byte.
@@ -94,17 +93,17 @@ Next forget_held_command(LoopState& loop) {
 }
 
 Next write_held_command(LoopState& loop) {
-  const std::int32_t count = loop.held_command.length;
-  if (count == 0) {
+  const Bytes held = loop.held_command.gathered();
+  if (held.empty()) {
     return Next::step;
   }
   loop.held_command.length = 0;
-  write_piece(loop, count, loop.held_command.bytes.data());
+  write_piece(loop, held);
   return Next::step;
 }
 
 Next write_text(LoopState& loop) {
-  write_piece(loop, loop.text.length, loop.text.bytes.data());
+  write_piece(loop, loop.text.gathered());
   return Next::record;
 }
 
@@ -122,15 +121,15 @@ Next leave_double_byte_set(LoopState& loop) {
     return Next::step;
   }
   loop.character_set.select_single_byte();
-  write_piece(loop, kSetSequenceBytes, kToSingleByte.bytes.data() + kSizeSequenceBytes);
+  write_piece(loop, kToSingleByte.set_sequence());
   return Next::step;
 }
 
 Next write_command(LoopState& loop) {
   const CommandRecord& record = loop.record;
-  write_piece(loop, record.length, record.bytes.data());
+  write_piece(loop, record.content());
   if (loop.command_line.framed_output == 0) {
-    keep_setting(loop.carried, record.code, record.length, record.bytes.data());
+    keep_setting(loop.carried, record.code, record.content());
   }
   return Next::step;
 }

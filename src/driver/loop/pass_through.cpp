@@ -24,7 +24,7 @@ Status copy_rest_of_input(RawInput& input) {
 }  // namespace
 
 void pass_through(LoopState& loop) {
-  out_bytes(loop.writer, loop.record.length, loop.record.bytes.data());
+  out_bytes(loop.writer, loop.record.content());
   flush_output(loop.writer);
   if (copy_rest_of_input(loop.source.raw) != ST_EOF) {
     report_system_error(loop.messages);
