@@ -1,11 +1,11 @@
 // The page writer: pieces and settings in, and the blocks that come out against a plain model.
 //
-// Input: a byte of switches, 60 bytes of a print-condition record, then operations. An operation is
-// a byte that says what, and a word that says how many bytes.
+// Input: a byte of switches, 60 bytes of a print-condition command, then operations. An operation
+// is a byte that says what, and a word that says how many bytes.
 
 #include <map>
 
-#include "driver/loop/print_condition_record.h"
+#include "driver/loop/print_condition_command.h"
 #include "fresh_filter.h"
 #include "printer_output.h"
 #include "support/the_filter.h"
@@ -188,8 +188,9 @@ void choose_conditions(Choices& choices) {
   std::copy(bytes.begin(), bytes.end(), record.bytes.begin());
   record.length = count_of(bytes);
   const Messages messages;
-  require(parse_print_condition_record(the_filter().messages, record, the_filter().conditions) == 0,
-          "status of the print conditions");
+  require(
+      parse_print_condition_command(the_filter().messages, record, the_filter().conditions) == 0,
+      "status of the print conditions");
 }
 
 /// The blocks of an output that the model speaks of. No header block stands behind the first data

@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "driver/loop/command_parameters.h"
-#include "driver/loop/print_condition_record.h"
+#include "driver/loop/print_condition_command.h"
 #include "forms/fcb_name.h"
 #include "fresh_filter.h"
 #include "support/the_filter.h"
@@ -69,11 +69,11 @@ std::string shown_conditions() {
 
 void read_conditions(const CommandRecord& record, Outcome& outcome) {
   outcome.conditions_status =
-      parse_print_condition_record(the_filter().messages, record, the_filter().conditions);
+      parse_print_condition_command(the_filter().messages, record, the_filter().conditions);
   require(outcome.conditions_status == 0 || outcome.conditions_status == 1, "conditions' status");
   outcome.conditions = shown_conditions();
   FcbName name{"-"};
-  outcome.name_status = fcb_name_from_record(the_filter().messages, record, name);
+  outcome.name_status = fcb_name_from_command(the_filter().messages, record, name);
   require(outcome.name_status == 0 || outcome.name_status == 1, "status of a form name");
   outcome.fcb_name = name.data();
   require(outcome.fcb_name.size() <= 4, "a form name is too long");

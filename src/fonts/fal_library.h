@@ -83,8 +83,8 @@ const FontSize* find_font(FontSets& fonts, int typeface, int code_set, int size_
 /// Loads the library from fixed_paths::kFontLibrary with lazy binding and resolves its entry
 /// points. Does nothing when it is loaded already. Reports nothing: a system without the library is
 /// an ordinary one. The caller sets `JobState::font_library_loaded`.
-/// @return 0, or ST_NO_FONT_LIBRARY when the library or any of the seven entry points is missing
-/// (the library is then not loaded).
+/// @return ST_OK, or ST_NO_FONT_LIBRARY when the library or any of the seven entry points is
+/// missing (the library is then not loaded).
 Status fal_load(FalLibrary& library);
 
 /// Releases the library; does nothing when it is not loaded. Close the fonts first.
@@ -98,8 +98,8 @@ bool fal_available(const FalLibrary& library);
 /// height are the font's read size, scaled, rounded toward zero.
 /// @param glyph  filled only after success.
 /// @param report_flag  1: a library error is reported on standard error.
-/// @return 0; kGlyphUndefined when no font is open for the size, the library is not available, the
-/// font does not have the character, or width or height is outside 1 to 72; kGlyphOutOfRange;
+/// @return ST_OK; kGlyphUndefined when no font is open for the size, the library is not available,
+/// the font does not have the character, or width or height is outside 1 to 72; kGlyphOutOfRange;
 /// ST_FONT_ERROR when the read failed.
 Status fal_read_glyph(FontSets& fonts, const GlyphRequest& request, Glyph& glyph, int report_flag);
 

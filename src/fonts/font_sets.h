@@ -19,7 +19,7 @@ int font_class_of(int font_variant, int high_resolution_fonts);
 /// Fonts that are open already must have been closed.
 /// @param report_flag  1: a library error is reported on standard error.
 /// @param second_typeface  0: no gothic fonts are opened, both typefaces use the mincho ones.
-/// @return 0, -1 for an invalid variant (nothing is touched), or ST_FONT_ERROR after a library
+/// @return ST_OK, -1 for an invalid variant (nothing is touched), or ST_FONT_ERROR after a library
 /// error (what was opened has been closed).
 Status fonts_open(FontSets& fonts, int font_variant, int high_resolution_fonts, int report_flag,
                   int second_typeface);
@@ -32,7 +32,7 @@ void fonts_close(FontSets& fonts);
 /// neighbouring size.
 /// @param set  one of `fonts`, forgotten before; keeps what was opened before a failure.
 /// @param font_class  0 to 3.
-/// @return 0 or ST_FONT_ERROR.
+/// @return ST_OK or ST_FONT_ERROR.
 Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set, int font_class,
                      int report_flag);
 

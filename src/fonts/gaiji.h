@@ -51,8 +51,8 @@ struct Gaiji {
 /// @param state   the download set after a character, also after an undefined one with the rule
 ///                `space`; the single-byte set after an undefined one with the rule `ubar`.
 /// @param out     cleared, then filled; holds the longest download. Empty after a failure.
-/// @return 0, or the status of a failed read of the pattern (fal_read_glyph), which ends the job;
-/// its switch of `state` is not taken back.
+/// @return ST_OK, or the status of a failed read of the pattern (fal_read_glyph), which ends the
+/// job; its switch of `state` is not taken back.
 Status gaiji_put(Gaiji& gaiji, const CommandRecord& record, UndefinedGaijiRule rule,
                  CharacterSetState& state, OutputBuffer& out);
 

@@ -28,15 +28,15 @@ bool copy_name(const CommandRecord& record, std::size_t position, Column column,
 
 }  // namespace
 
-Status fcb_name_from_record(const Messages& messages, const CommandRecord& record, FcbName& name) {
-  const RecordShape shape = record_shape(record);
-  if (!shape.has_length || shape.data_length <= kShortRecordLength) {
+Status fcb_name_from_command(const Messages& messages, const CommandRecord& record, FcbName& name) {
+  const CommandShape shape = command_shape(record);
+  if (!shape.has_length || shape.data_length <= kShortCommandLength) {
     report(messages, "FCB data error");
     return ST_FAILED;
   }
   const bool long_overlay = column_at(record, shape.layout) == kLongOverlayLayout;
   const Column column =
-      long_overlay ? record_columns::kFcbNameLongOverlay : record_columns::kFcbName;
+      long_overlay ? command_columns::kFcbNameLongOverlay : command_columns::kFcbName;
   if (!copy_name(record, shape.layout, column, name)) {
     report(messages, "FCB name error");
     return ST_FAILED;

@@ -38,7 +38,7 @@ enum CommandCode : std::uint32_t {
   CMD_CSI_DL = 387,         ///< ESC [ parameters d
   CMD_CSI_EL = 388,         ///< ESC [ parameters e
   CMD_CSI_SP_E = 396,       ///< ESC [ parameters space E
-  CMD_Q_NL_SP9 = 416,       ///< ESC Q 9 ... n: print-condition record that is only passed on
+  CMD_Q_NL_SP9 = 416,       ///< ESC Q 9 ... n: print-condition command that is only passed on
   CMD_Q_Y_EX = 428,
   CMD_Q_PL_SP = 437,
   CMD_Q_XL_SP = 440,
@@ -66,8 +66,8 @@ enum CommandCode : std::uint32_t {
   CMD_Q_DEL_EX = 475,
   CMD_Q_F_EX = 476,
   CMD_Q_I_EX = 478,
-  CMD_Q_NL_SP = 482,   ///< print-condition record
-  CMD_Q_NL_SP2 = 483,  ///< form name record
+  CMD_Q_NL_SP = 482,   ///< print-condition command
+  CMD_Q_NL_SP2 = 483,  ///< form name command
   CMD_Q_TILDE_SL = 485,
   CMD_Q_W_EX = 486,
   CMD_Q_R_EX = 493,

@@ -13,7 +13,7 @@ namespace rlx {
 /// OutputBuffer.
 inline constexpr std::int32_t kPageBufferBytes = 8192;
 
-/// A length and the bytes it counts: the page buffer, the carried settings, the text output record
+/// A length and the bytes it counts: the page buffer, the carried settings, the text output
 /// and the held vertical movements are all of this shape. Only the first `length` bytes mean
 /// anything.
 struct OutputBuffer {

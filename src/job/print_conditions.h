@@ -5,7 +5,7 @@
 
 namespace rlx {
 
-/// The print conditions of the job, as the last print-condition record gave them. The job header
+/// The print conditions of the job, as the last print-condition command gave them. The job header
 /// sends them to the printer. Texts are NUL-terminated; an empty text or a 0 means "not given".
 ///
 /// Each comment tells the key of the job header, or the sequence, that sends the value; the columns

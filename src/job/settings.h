@@ -42,7 +42,7 @@ enum StreamVariant : int {
   kShortFormStream = 4,   ///< -R: they are sent, and lie between 3.5 and 14 inches
 };
 
-/// Which character spacing a print-condition record brings: from kOutputF on that of index 4.
+/// Which character spacing a print-condition command brings: from kOutputF on that of index 4.
 enum OutputVariant : std::uint8_t {
   kPlainOutput = 0,
   kOutputA = 1,  ///< -A
@@ -76,6 +76,8 @@ struct SettingsRecord {
   std::uint8_t char_pitch_source = kNotGiven;
   std::uint8_t line_pitch_source = kNotGiven;
   std::uint8_t width_source = kNotGiven;
+  /// kFromForm or kFromFormKind3 by command 500. kFromCommandLine would put form data of the
+  /// command line before the job's; the rules for it are in place, no option gives any today.
   std::uint8_t form_source = kNotGiven;
   const char* char_pitch_text = nullptr;  ///< argument of -c; null when not given
   const char* line_pitch_text = nullptr;  ///< argument of -l: lines per inch in decimal
@@ -149,7 +151,7 @@ struct JobState {
   /// Something was put on the page since the last page end. Set by the driver, cleared by the page
   /// writer.
   int page_has_content = 0;
-  /// Text or a line movement since the last FF or print-condition record. Set by the driver, read
+  /// Text or a line movement since the last FF or print-condition command. Set by the driver, read
   /// by the line spacing (which puts a FF before a new form only then).
   int page_started = 0;
   /// The job start block has been written and the job end block has not.

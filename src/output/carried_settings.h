@@ -35,7 +35,7 @@ struct CarriedSettings {
   explicit CarriedSettings(ByteWriter& output) : writer(output) {}
 };
 
-/// Allocates the general buffer. @return 0, or 1 when there is no memory.
+/// Allocates the general buffer. @return ST_OK, or ST_FAILED when there is no memory.
 Status allocate_carried_settings(CarriedSettings& carried);
 /// Frees the general buffer; harmless when there is none.
 void free_carried_settings(CarriedSettings& carried);

@@ -37,7 +37,7 @@ void directout(FrameWriter& frames, Bytes piece);
 
 /// Writes what is held at the end of the job, if anything, as the END frame; nothing when the
 /// output has been closed already.
-/// @return 0, or 1 when it could not be written.
+/// @return ST_OK, or ST_FAILED when it could not be written.
 Status out_end_frame(FrameWriter& frames);
 
 /// The output frame, for runs of pieces while the input frame has bytes left.

@@ -28,7 +28,8 @@ struct PageWriter {
 };
 
 /// Allocates the two work buffers of the output, the carried settings' and the page's, 8192 bytes
-/// each. Nothing may be put on the page before that. @return 0, or 1 when there is no memory.
+/// each. Nothing may be put on the page before that. @return ST_OK, or ST_FAILED when there is no
+/// memory.
 Status allocate_page_buffers(PageWriter& page);
 /// Frees both; harmless when there are none.
 void free_page_buffers(PageWriter& page);

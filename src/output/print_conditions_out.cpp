@@ -20,7 +20,7 @@ constexpr std::array<std::uint32_t, 7> kGroupCommands{
     0, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_OL_SP};
 
 /// What a record selects, from the output variant of -f on.
-constexpr std::int32_t kRecordSpacing = 4;
+constexpr std::int32_t kConditionSpacing = 4;
 /// As in a form that says nothing else.
 constexpr const char* kDefaultLinesPerInchText = "6";
 
@@ -42,7 +42,7 @@ constexpr std::array<std::array<std::uint8_t, 5>, 5> kSpacing{{
     {kFs, '&', '!', '"', 'p'},
 }};
 
-bool is_record(std::uint32_t command) {
+bool is_condition_command(std::uint32_t command) {
   return command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
 }
 
@@ -98,7 +98,7 @@ void emit_pitches(ConditionsOutput& to, std::int32_t* spacing_index, const Setti
 }
 
 void emit_standard_state(ConditionsOutput& to, std::uint32_t last_command) {
-  if (!is_record(last_command)) {
+  if (!is_condition_command(last_command)) {
     write_and_keep(to, CMD_Q_R_EX, kStandardState);
   }
 }
@@ -123,8 +123,9 @@ void emit_spacing(ConditionsOutput& to, std::uint32_t last_command, std::int32_t
     return;
   }
   std::int32_t index = record.spacing_index;
-  if (is_record(last_command) && !form_from_command_line && record.output_variant >= kOutputF) {
-    index = kRecordSpacing;
+  if (is_condition_command(last_command) && !form_from_command_line &&
+      record.output_variant >= kOutputF) {
+    index = kConditionSpacing;
     copy_out(index, spacing_index);
   }
   write_and_keep(to, CMD_Q_R_EX, kSpacing[static_cast<std::size_t>(index)]);
@@ -134,7 +135,7 @@ void emit_line_pitch(ConditionsOutput& to, std::uint32_t last_command,
                      const SettingsRecord& record) {
   if (record.line_pitch_source == kFromCommandLine) {
     line_pitch_sequence(to, record.line_pitch_text, 1);
-  } else if (!is_record(last_command)) {
+  } else if (!is_condition_command(last_command)) {
     line_pitch_sequence(to, kDefaultLinesPerInchText, 0);
   }
 }

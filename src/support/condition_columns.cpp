@@ -21,7 +21,7 @@ std::int32_t decimal_column(const CommandRecord& record, std::size_t position, s
   return decimal_value(text.substr(std::min(position, text.size()), width));
 }
 
-RecordShape record_shape(const CommandRecord& record) {
+CommandShape command_shape(const CommandRecord& record) {
   std::size_t blank = kLengthPosition;
   while (column_at(record, blank) != ' ') {
     ++blank;

@@ -7,7 +7,7 @@
 
 namespace rlx {
 
-// Print-condition records have fixed columns. Positions count the command's bytes from ESC as 0.
+// Print-condition commands have fixed columns. Positions count the command's bytes from ESC as 0.
 
 /// The byte at a position of a record; a column behind the record's end reads as a blank.
 inline std::uint8_t column_at(const CommandRecord& record, std::size_t position) {
@@ -18,25 +18,25 @@ inline std::uint8_t column_at(const CommandRecord& record, std::size_t position)
 /// decimal_value of `width` columns of a record from `position` on.
 std::int32_t decimal_column(const CommandRecord& record, std::size_t position, std::size_t width);
 
-/// Columns of a print-condition record, counted from its layout digit.
+/// Columns of a print-condition command, counted from its layout digit.
 struct Column {
   std::size_t offset;
   std::size_t width;
 };
 
-/// Largest data length of a print-condition record of the short kind, which names no form.
-inline constexpr std::int32_t kShortRecordLength = 16;
+/// Largest data length of a print-condition command of the short kind, which names no form.
+inline constexpr std::int32_t kShortCommandLength = 16;
 
 /// The layout digit of a record with a form overlay of up to 8 characters.
 inline constexpr std::uint8_t kLongOverlayLayout = '2';
 
-/// Where things stand in a print-condition record (command 482):
+/// Where things stand in a print-condition command (command 482):
 ///
 ///     ESC Q 1 ; <data length> SP n <2 bytes> <layout> <columns>
 ///     0   1 2 3 4             s  s+1         b = s+4
 ///
 /// Positions count the record's bytes from ESC as 0. The columns behind `layout` are listed below.
-struct RecordShape {
+struct CommandShape {
   /// Byte 4 is no blank: there is a data length. The other members are 0 when not.
   bool has_length = false;
   /// The decimal number at byte 4, as the record states it; 0 when there are no digits.
@@ -47,11 +47,11 @@ struct RecordShape {
 };
 
 /// Finds the parts of a record. The record's end reads as a blank.
-RecordShape record_shape(const CommandRecord& record);
+CommandShape command_shape(const CommandRecord& record);
 
 /// The columns. job/print_conditions.h tells what each becomes. A record of the short kind has
 /// those of the overlay, the counts and the form code alone.
-namespace record_columns {
+namespace command_columns {
 
 inline constexpr Column kFormOverlay{1, 4};
 inline constexpr Column kLongFormOverlay{1, 8};  ///< in layout '2'
@@ -79,6 +79,6 @@ inline constexpr Binding kPortraitBinding{{69, 1}, {70, 1}, {78, 5}, {83, 5}};
 /// When the orientation begins with "L".
 inline constexpr Binding kLandscapeBinding{{71, 1}, {72, 1}, {88, 5}, {93, 5}};
 
-}  // namespace record_columns
+}  // namespace command_columns
 
 }  // namespace rlx

@@ -27,7 +27,7 @@ inline constexpr Status kLogWriteFailed{-6};
 /// be written gets it from the next call. Only a regular file is written to: a symbolic link, a
 /// FIFO or a device in its place counts as a log that cannot be opened.
 /// @param line  without a newline, NUL-terminated.
-/// @return 0, or the negative result above that names the step that failed.
+/// @return ST_OK, or the negative result above that names the step that failed.
 Status log_append(const char* line);
 
 }  // namespace rlx

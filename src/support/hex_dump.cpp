@@ -1,14 +1,16 @@
 #include "support/hex_dump.h"
 
+#include <cstddef>
+
 namespace rlx {
 
 namespace {
 
-constexpr std::int32_t kRowBytes = 16;
-constexpr std::int32_t kGroupBytes = 4;
+constexpr std::size_t kRowBytes = 16;
+constexpr std::size_t kGroupBytes = 4;
 
 /// What follows the byte at an offset.
-const char* gap_after(std::int32_t offset) {
+const char* gap_after(std::size_t offset) {
   if (offset % kRowBytes == kRowBytes - 1) {
     return "\n";
   }
@@ -17,9 +19,9 @@ const char* gap_after(std::int32_t offset) {
 
 }  // namespace
 
-void hex_dump(std::FILE* stream, std::int32_t length, const std::uint8_t* bytes) {
+void hex_dump(std::FILE* stream, Bytes bytes) {
   std::FILE* const out = stream != nullptr ? stream : stdout;
-  for (std::int32_t offset = 0; offset < length; ++offset) {
+  for (std::size_t offset = 0; offset < bytes.size(); ++offset) {
     if (offset % kRowBytes == 0) {
       std::fprintf(out, "%.8x  ", static_cast<unsigned>(offset));
     }

@@ -40,7 +40,7 @@ void set_text(std::array<char, Room>& field, std::string_view text) {
   text.copy(field.data(), Room - 1);
 }
 
-/// Puts values in force, as a print-condition record and a form do.
+/// Puts values in force, as a print-condition command and a form do.
 inline void apply(const HeaderValues& values) {
   set_text(the_filter().conditions.form_overlay, values.form_name);
   the_filter().conditions.overlay_count = values.overlays;

@@ -114,7 +114,7 @@ std::string JobGenerator::sequence() {
   return chance(75) ? one_of(kSequences) : one_of(kBrokenSequences);
 }
 
-/// A print-condition record, sometimes with a form name; now and then a form name record.
+/// A print-condition command, sometimes with a form name; now and then a form name command.
 std::string JobGenerator::record() {
   if (chance(20)) {
     return "\x1bQ2;20 n..0       NAME1234..";

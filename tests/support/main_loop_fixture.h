@@ -23,10 +23,10 @@ inline const std::string kFramedReset = "\x1b$@\x1b(H\x1bQ1 y";
 
 /// The conditions of a job without options: at its start and behind commands 478, 479 and 500.
 inline const std::string kStartConditions = kStandardState + kSetReset + kSpacing3 + kSixLines;
-/// The same behind a print-condition or form name record.
+/// The same behind a print-condition or form name command.
 inline const std::string kRecordConditions = kSetReset + kSpacing3;
 
-/// The bytes of a print-condition record without values, and of a form name record.
+/// The bytes of a print-condition command without values, and of a form name command.
 extern const std::string kBlankRecord;
 extern const std::string kFormNameRecord;
 

@@ -13,7 +13,7 @@ namespace rlx::testing {
 /// reader that looks there is found out.
 CommandRecord make_record(std::uint32_t code, std::string_view bytes);
 
-/// The columns of a print-condition record. Each is written at its place as it stands, cut or not
+/// The columns of a print-condition command. Each is written at its place as it stands, cut or not
 /// as the test wants it; an empty one leaves blanks.
 struct ConditionColumns {
   std::string layout = "0";  ///< b
@@ -37,7 +37,8 @@ struct ConditionColumns {
   std::size_t data_length = 100;
 };
 
-/// The data of a print-condition record: two blanks, the layout (b is the third byte), the columns.
+/// The data of a print-condition command: two blanks, the layout (b is the third byte), the
+/// columns.
 std::string condition_data(const ConditionColumns& columns);
 
 /// The sequence as it stands in a job: ESC "Q1;", the length of the data, " n", the data.

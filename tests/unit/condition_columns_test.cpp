@@ -57,22 +57,22 @@ TEST(Columns, DecimalColumnEndsAtANul) {
   EXPECT_EQ(decimal_column(record, 0, 5), 12);
 }
 
-TEST(RecordShapeTest, LayoutIsFourBytesBehindTheBlank) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, "\x1bQ1;100 n  2"));
+TEST(CommandShapeTest, LayoutIsFourBytesBehindTheBlank) {
+  const CommandShape shape = command_shape(make_record(CMD_Q_NL_SP, "\x1bQ1;100 n  2"));
   EXPECT_TRUE(shape.has_length);
   EXPECT_EQ(shape.data_length, 100);
   EXPECT_EQ(shape.layout, 11U);
 }
 
-TEST(RecordShapeTest, FullRecordWithoutABlankEndsAtItsEnd) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, std::string(4096, '0')));
+TEST(CommandShapeTest, FullRecordWithoutABlankEndsAtItsEnd) {
+  const CommandShape shape = command_shape(make_record(CMD_Q_NL_SP, std::string(4096, '0')));
   EXPECT_TRUE(shape.has_length);
   EXPECT_EQ(shape.data_length, 0);
   EXPECT_EQ(shape.layout, 4100U);
 }
 
-TEST(RecordShapeTest, NumberEndsAtTheFirstByteThatIsNoDigit) {
-  const RecordShape shape = record_shape(make_record(CMD_Q_NL_SP, "\x1bQab99;12 n"));
+TEST(CommandShapeTest, NumberEndsAtTheFirstByteThatIsNoDigit) {
+  const CommandShape shape = command_shape(make_record(CMD_Q_NL_SP, "\x1bQab99;12 n"));
   EXPECT_EQ(shape.data_length, 99);
   EXPECT_EQ(shape.layout, 13U);
 }

@@ -29,7 +29,7 @@ class FcbNameTest : public ::testing::Test {
   static std::string name_of(const CommandRecord& record) {
     const CaptureDescriptor error(STDERR_FILENO);
     FcbName name{"****"};
-    const Status status = fcb_name_from_record(the_filter().messages, record, name);
+    const Status status = fcb_name_from_command(the_filter().messages, record, name);
     if (status == 0) {
       EXPECT_EQ(error.text(), "");
       return name.data();

@@ -605,7 +605,7 @@ TEST_F(StreamPage, IgnoredSequencesReachAsFarAsTheirRowsSay) {
   }
 }
 
-// ---- The columns of the print-condition record
+// ---- The columns of the print-condition command
 
 template <std::size_t Room>
 std::string text_of(const std::array<char, Room>& field) {

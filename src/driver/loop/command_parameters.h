@@ -38,16 +38,16 @@ bool switch_resolution(std::string_view parameter, std::int32_t resolution, JobS
 /// than its length says, sets nothing.
 bool parse_form_parameter(const CommandRecord& command, int capability_g, SettingsRecord& settings);
 
-/// The names that a form name record (command 483) brings: as it stands in its columns, and its
+/// The names that a form name command (command 483) brings: as it stands in its columns, and its
 /// letters and digits alone. NUL-terminated.
 struct FormName {
   std::array<char, 10> as_given{};
   std::array<char, 10> letters_and_digits{};
 };
 
-/// Command 483, form name record. With s the first space at or behind byte 4: byte s + 4 is "0" for
-/// a name of four bytes, anything else for one of eight; the name starts at s + 11. Columns behind
-/// the record's end are blanks.
+/// Command 483, form name command. With s the first space at or behind byte 4: byte s + 4 is "0"
+/// for a name of four bytes, anything else for one of eight; the name starts at s + 11. Columns
+/// behind the record's end are blanks.
 FormName parse_form_name(const CommandRecord& record);
 
 }  // namespace rlx

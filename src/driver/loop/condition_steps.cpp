@@ -2,7 +2,7 @@
 
 #include "driver/loop/command_parameters.h"
 #include "driver/loop/driver_output.h"
-#include "driver/loop/print_condition_record.h"
+#include "driver/loop/print_condition_command.h"
 #include "job/control_bytes.h"
 
 namespace rlx {
@@ -60,11 +60,11 @@ void end_page_with_content(LoopState& loop) {
   }
 }
 
-void parse_condition_record(LoopState& loop) {
+void parse_condition_command(LoopState& loop) {
   if (loop.record.code == CMD_Q_NL_SP) {
     // A record without a data length has cleared the conditions and has been reported; the job ends
     // with it only when its form name is looked for.
-    static_cast<void>(parse_print_condition_record(loop.messages, loop.record, loop.conditions));
+    static_cast<void>(parse_print_condition_command(loop.messages, loop.record, loop.conditions));
   } else {
     loop.form_name = parse_form_name(loop.record);
   }
@@ -81,9 +81,9 @@ bool resets_spacing(const LoopState& loop) {
 
 }  // namespace
 
-Next take_condition_record(LoopState& loop) {
+Next take_condition_command(LoopState& loop) {
   end_page_with_content(loop);
-  parse_condition_record(loop);
+  parse_condition_command(loop);
   if (conditions_due(loop)) {
     send_conditions(loop, loop.last_condition_code);
   }

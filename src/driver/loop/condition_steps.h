@@ -8,7 +8,7 @@ namespace rlx {
 
 /// Commands 482 and 483: ends the page that has content, parses the record, sends conditions that
 /// were still pending, chooses the fonts again; the new conditions are pending then.
-Next take_condition_record(LoopState& loop);
+Next take_condition_command(LoopState& loop);
 
 /// Command 479: decides from the parameter whether it resets the line unit, in emulation modes 6
 /// and 7; always in mode 1; other modes keep the last decision.

@@ -55,7 +55,7 @@ void append_form_feed(CommandRecord& record) {
 
 Next take_named_form(LoopState& loop) {
   FcbName name;
-  const Status status = fcb_name_from_record(loop.messages, loop.record, name);
+  const Status status = fcb_name_from_command(loop.messages, loop.record, name);
   if (status != ST_OK) {
     return go_on_if_ok(loop, status);
   }

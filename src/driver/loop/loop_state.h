@@ -55,7 +55,7 @@ struct LoopState : LoopParts {
   /// How the job has gone so far.
   Status status = ST_OK;
 
-  /// Printable content was handled since the last print-condition record.
+  /// Printable content was handled since the last print-condition command.
   bool content_since_conditions = false;
   /// The current print conditions still have to be sent.
   bool conditions_pending = true;
@@ -72,10 +72,10 @@ struct LoopState : LoopParts {
   int command_492_state = 0;
   int command_492_result = 0;
 
-  /// What the last form name record gave; read by nothing.
+  /// What the last form name command gave; read by nothing.
   FormName form_name;
 
-  /// Forms: the one of -n, and the one a print-condition record names.
+  /// Forms: the one of -n, and the one a print-condition command names.
   FcbTable initial_store;
   FcbTable second_store;
   FcbTable* current_store = &initial_store;

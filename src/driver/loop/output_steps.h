@@ -6,10 +6,10 @@ namespace rlx {
 
 // Steps of the main loop that make and write output.
 
-/// Text: makes the text output record from the command.
+/// Text: makes the text output from the command.
 Next convert_text(LoopState& loop);
 
-/// User-defined character: makes the text output record from it, a glyph download included.
+/// User-defined character: makes the text output from it, a glyph download included.
 Next convert_gaiji(LoopState& loop);
 
 /// Commands 334, 335 and 487: a held command is dropped.
@@ -18,7 +18,7 @@ Next forget_held_command(LoopState& loop);
 /// Writes a held command before the output of the command behind it.
 Next write_held_command(LoopState& loop);
 
-/// Text and user-defined characters: writes the text output record; the command's own bytes are
+/// Text and user-defined characters: writes the text output; the command's own bytes are
 /// not written.
 Next write_text(LoopState& loop);
 

@@ -106,7 +106,7 @@ constexpr auto kSteps = std::to_array<Step>({
     Step{note_new_state, kNewState},
     Step{pass_rest_through, {CMD_Q_BQ_SL}},
     Step{skip_empty_record, CodeSet::all()},
-    Step{take_condition_record, kPrintConditions},
+    Step{take_condition_command, kPrintConditions},
     Step{judge_spacing_reset, {CMD_LINE_UNIT_479}},
     Step{reset_line_unit, {CMD_Q_I_EX, CMD_LINE_UNIT_479}},
     Step{take_form_parameter, {CMD_Q_OL_SP}},

@@ -31,8 +31,8 @@ struct OptionTargets {
 /// After the directories of -p (split at ":", empty pieces skipped, at most 128 in all; what comes
 /// after them is not looked at) stands the default resource directory.
 ///
-/// @return 0, or 1 with the message printed. An unknown letter or a missing argument is reported by
-/// getopt, once by each pass; the second one ends there.
+/// @return ST_OK, or ST_FAILED with the message printed. An unknown letter or a missing argument is
+/// reported by getopt, once by each pass; the second one ends there.
 Status parse_options(const OptionTargets& to, int argc, char** argv);
 
 }  // namespace rlx

@@ -7,7 +7,7 @@
 
 namespace rlx {
 
-/// Fills `conditions` from a print-condition record (command 482), a sequence with counted data in
+/// Fills `conditions` from a print-condition command (command 482), a sequence with counted data in
 /// fixed columns:
 ///
 ///     ESC Q 1 ; 1 0 0 SP n . . 2 INVOICE1 ...
@@ -15,8 +15,8 @@ namespace rlx {
 ///
 /// The number at byte 4, up to the first blank at position s, is the data length L; the first data
 /// byte stands at s + 2, and b = s + 4 is the layout digit from which the columns are counted
-/// (record_shape in support/condition_columns.h). A record whose L is 16 or less is short: only the
-/// rows marked * are looked at, whatever the layout digit says.
+/// (command_shape in support/condition_columns.h). A record whose L is 16 or less is short: only
+/// the rows marked * are looked at, whatever the layout digit says.
 ///
 ///     columns         width  field            remark
 ///     b                   1  layout           '0', '1' or '2'
@@ -47,8 +47,8 @@ namespace rlx {
 /// All fields are cleared first. A record whose L is above 16 and whose layout is none of the three
 /// leaves them so, which is no error.
 ///
-/// @return 0; 1 after "FCB data error" on standard error when byte 4 is a blank.
-Status parse_print_condition_record(const Messages& messages, const CommandRecord& record,
-                                    PrintConditions& conditions);
+/// @return ST_OK; ST_FAILED after "FCB data error" on standard error when byte 4 is a blank.
+Status parse_print_condition_command(const Messages& messages, const CommandRecord& record,
+                                     PrintConditions& conditions);
 
 }  // namespace rlx

@@ -1,4 +1,4 @@
-#include "driver/loop/print_condition_record.h"
+#include "driver/loop/print_condition_command.h"
 
 #include <array>
 #include <cstddef>
@@ -11,7 +11,7 @@ namespace rlx {
 
 namespace {
 
-using namespace record_columns;
+using namespace command_columns;
 
 /// A record and where its columns begin.
 struct Columns {
@@ -53,7 +53,7 @@ void take_binding(const Columns& columns, const Binding& binding, PrintCondition
   conditions.second_offset = number(columns, binding.second_offset);
 }
 
-void take_long_record(const Columns& columns, PrintConditions& conditions) {
+void take_long_command(const Columns& columns, PrintConditions& conditions) {
   const std::uint8_t layout = column_at(columns.record, columns.layout);
   if (layout != '0' && layout != '1' && layout != '2') {
     return;
@@ -70,19 +70,19 @@ void take_long_record(const Columns& columns, PrintConditions& conditions) {
 
 }  // namespace
 
-Status parse_print_condition_record(const Messages& messages, const CommandRecord& record,
-                                    PrintConditions& conditions) {
+Status parse_print_condition_command(const Messages& messages, const CommandRecord& record,
+                                     PrintConditions& conditions) {
   conditions = PrintConditions{};
-  const RecordShape shape = record_shape(record);
+  const CommandShape shape = command_shape(record);
   if (!shape.has_length) {
     report(messages, "FCB data error");
     return ST_FAILED;
   }
   const Columns columns{record, shape.layout};
-  if (shape.data_length <= kShortRecordLength) {
+  if (shape.data_length <= kShortCommandLength) {
     take_common(columns, kFormOverlay, conditions);
   } else {
-    take_long_record(columns, conditions);
+    take_long_command(columns, conditions);
   }
   return ST_OK;
 }

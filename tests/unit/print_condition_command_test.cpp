@@ -1,4 +1,4 @@
-#include "driver/loop/print_condition_record.h"
+#include "driver/loop/print_condition_command.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -53,7 +53,7 @@ class PrintConditionRecord : public ::testing::Test {
 
   static void parse(const CommandRecord& record) {
     const CaptureDescriptor error(STDERR_FILENO);
-    EXPECT_EQ(parse_print_condition_record(the_filter().messages, record, the_filter().conditions),
+    EXPECT_EQ(parse_print_condition_command(the_filter().messages, record, the_filter().conditions),
               0);
     EXPECT_EQ(error.text(), "");
   }
@@ -281,7 +281,7 @@ TEST_F(PrintConditionRecord, EveryUnknownLayoutLeavesEveryFieldEmpty) {
 
 TEST_F(PrintConditionRecord, BlankByteFourIsADataErrorAndClearsEveryField) {
   const CaptureDescriptor error(STDERR_FILENO);
-  EXPECT_EQ(parse_print_condition_record(
+  EXPECT_EQ(parse_print_condition_command(
                 the_filter().messages,
                 make_record(CMD_Q_NL_SP, "\x1bQ1; n  2INVOICE1012345" + std::string(100, '5')),
                 the_filter().conditions),
@@ -292,9 +292,10 @@ TEST_F(PrintConditionRecord, BlankByteFourIsADataErrorAndClearsEveryField) {
 
 TEST_F(PrintConditionRecord, RecordThatEndsBeforeByteFourIsADataError) {
   const CaptureDescriptor error(STDERR_FILENO);
-  EXPECT_EQ(parse_print_condition_record(the_filter().messages, make_record(CMD_Q_NL_SP, "\x1bQ1;"),
-                                         the_filter().conditions),
-            1);
+  EXPECT_EQ(
+      parse_print_condition_command(the_filter().messages, make_record(CMD_Q_NL_SP, "\x1bQ1;"),
+                                    the_filter().conditions),
+      1);
   EXPECT_EQ(error.text(), "filter: FCB data error\n");
   expect_all_empty();
 }
