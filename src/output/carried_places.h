@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,14 +14,14 @@ namespace rlx {
 
 /// Number of slots; they are written in the order of their numbers.
 inline constexpr std::size_t kSlotCount = 12;
-/// The places that are no slot.
+/// The places that are no slot, far from the slots, so that neither is taken for the other.
 inline constexpr int kKeptNowhere = 0;
-inline constexpr int kKeptInGeneralBuffer = kSlotCount + 1;
+inline constexpr int kKeptInGeneralBuffer = 100;
 
 namespace detail {
 
 /// In the index: FS "(" has two settings, told apart by the third byte.
-inline constexpr int kByThirdByte = kKeptInGeneralBuffer + 1;
+inline constexpr int kByThirdByte = 101;
 
 struct PlaceRow {
   std::uint32_t command;
@@ -49,6 +50,21 @@ inline constexpr auto kPlaces = std::to_array({
 
 inline constexpr int kGraveSlot = 3;
 inline constexpr int kSmallASlot = 4;
+
+constexpr bool is_slot(int place) {
+  return place >= 1 && static_cast<std::size_t>(place) <= kSlotCount;
+}
+
+constexpr bool is_place(int place) {
+  return is_slot(place) || place == kKeptInGeneralBuffer || place == kByThirdByte;
+}
+
+// Whoever notes slots has a bit for each.
+static_assert(kSlotCount < 32);
+static_assert(!is_slot(kKeptNowhere) && !is_slot(kKeptInGeneralBuffer) && !is_slot(kByThirdByte));
+static_assert(is_slot(kGraveSlot) && is_slot(kSmallASlot));
+static_assert(std::ranges::all_of(kPlaces, is_place, &PlaceRow::place),
+              "a place is a slot up to kSlotCount, the general buffer or told by the third byte");
 
 inline int place_of_fs_paren(Bytes sequence) {
   if (sequence.size() < 3) {
