@@ -61,13 +61,15 @@ void check_token(const Job& job, std::size_t from, std::size_t to) {
 
 void check_ready_sequence(const Job& job, std::size_t at) {
   const auto introducer = static_cast<std::uint8_t>(job.bytes[at]);
-  if ((introducer != kEsc && introducer != kFs) || job.bytes.size() - at < kReadyBytes) {
+  if ((introducer != kEsc && introducer != kFs) || job.bytes.size() - at < 2 * kBlockBytes) {
     return;
   }
-  const ExactBytes ready(job.bytes.substr(at, kReadyBytes));
-  const ReadySequence sequence = ready_sequence(ready.begin());
-  if (sequence.length != 0) {
-    require(sequence.code == record.code && sequence.length == record.length && record.pending == 0,
+  const ExactBytes ready(job.bytes.substr(at, 2 * kBlockBytes));
+  const SequenceEnds ends{ByteBlock(ready.begin())};
+  const ReadySequence sequence = ready_sequence(ready.begin(), ends, 0, kBlockBytes);
+  if (sequence.code != CMD_IGNORE) {
+    const auto length = static_cast<std::int32_t>(sequence.last) + 1;
+    require(sequence.code == record.code && length == record.length && record.pending == 0,
             "the fast road sees another sequence");
   }
 }

@@ -24,9 +24,12 @@ struct Classifier {
 /// @return ST_OK with a record; ST_EOF at the end of the input; other statuses as zqtoken.
 Status zqclass(Classifier& classifier, CommandRecord* record);
 
+inline constexpr std::uint8_t kFirstLead = 0xc0;
+inline constexpr std::uint8_t kLastLead = 0xfd;
+
 /// Bytes that follow a lead byte: 1 to 5, or 0 for a byte that is no lead byte.
 constexpr int continuation_bytes(std::uint8_t lead) {
-  if (lead < 0xc0 || lead > 0xfd) {
+  if (lead < kFirstLead || lead > kLastLead) {
     return 0;
   }
   if (lead < 0xe0) {

@@ -4,78 +4,72 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "input/byte_block.h"
 #include "input/command_tables.h"
-#include "input/wide_scan.h"
 
 namespace rlx {
 
-/// A whole sequence that stands ready in memory.
+/// A whole sequence that stands in a block.
 struct ReadySequence {
-  std::uint32_t code = 0;
-  std::int32_t length = 0;  ///< 0 when there is none
+  std::uint32_t code;  ///< CMD_IGNORE when there is none
+  std::size_t last;    ///< its last byte in the block
 };
-
-/// Bytes that must stand ready for ready_sequence to look at.
-inline constexpr std::size_t kReadyBytes = 66;
-/// Longest sequence that ready_sequence finds.
-inline constexpr std::uint8_t kMaxReadySequence = 64;
 
 /// What ready_sequence knows of the shapes of sequences.
 namespace sequences {
 
-inline constexpr std::size_t kIntroducers = 2;
 /// ESC or FS, and the byte that says what kind of sequence it is.
 inline constexpr std::size_t kFrontBytes = 2;
 
-/// What kind of sequence the two front bytes begin. `csi` and `q` end with a byte that gives,
-/// together with the one before it, the code.
+/// What kind of sequence the two front bytes begin: how its end is found, and what the end says of
+/// its code.
 enum class Kind : std::uint8_t {
-  none,      ///< not for this road
-  complete,  ///< the front bytes are all
-  fixed,     ///< the front bytes alone give the code
+  none,        ///< not for this road
+  complete,    ///< the front bytes are all
+  double_set,  ///< "@" follows
+  single_set,  ///< "H" follows
+  fs,
   csi,
   q,
 };
-inline constexpr std::size_t kKinds = 5;
+inline constexpr std::size_t kKinds = 7;
 
-/// How a sequence goes on behind its two front bytes: up to the first byte of a range.
+/// Final bytes, of the ranges that there are.
+enum class Finals : std::uint8_t { any, q, csi, fs };
+inline constexpr std::size_t kRanges = 4;
+
+/// How a sequence goes on behind its two front bytes.
 struct Shape {
   Kind kind = Kind::none;
-  std::uint8_t most = kMaxReadySequence;  ///< bytes of the longest such sequence
-  std::uint16_t code = 0;                 ///< what the front bytes say of the code
-  std::uint8_t length_mask = 0xff;        ///< 0 when the front bytes are all
-  ByteRange final;
+  Finals finals = Finals::any;  ///< the first of these is the last byte ...
+  std::uint8_t from = 1;        ///< ... from this byte on
+  std::uint16_t code = 0;       ///< what the front bytes say of the code
 };
 
-constexpr Shape shape_with_code(Kind kind, std::uint8_t most, const TableRow& row,
-                                ByteRange final) {
-  const std::uint8_t length_mask = kind == Kind::complete ? 0 : 0xff;
-  return {kind, most, static_cast<std::uint16_t>(row.code), length_mask, final};
-}
-
 constexpr Shape esc_shape(const TableRow& row) {
-  constexpr std::uint8_t kFixedLength = 3;
   switch (row.form) {
     case kEscDollar:
-      return shape_with_code(Kind::fixed, kFixedLength, row, {'@', '@'});
+      return {Kind::double_set, Finals::any, kFrontBytes};
     case kEscParen:
-      return shape_with_code(Kind::fixed, kFixedLength, row, {'H', 'H'});
+      return {Kind::single_set, Finals::any, kFrontBytes};
     case kEscQ:
-      return {Kind::q, kMaxReadySequence, 0, 0xff, {0x40, kDel}};
+      return {Kind::q, Finals::q, kFrontBytes};
+    case kEscNothingMore:
+      return {Kind::complete, Finals::any, kFrontBytes - 1, static_cast<std::uint16_t>(row.code)};
     case kEscCsi:
-      return {Kind::csi, kMaxReadySequence, 0, 0xff, {0x40, 0x7e}};
+      return {Kind::csi, Finals::csi, kFrontBytes};
     default:
       return {};
   }
 }
 
 constexpr Shape fs_shape(const TableRow& row) {
+  const auto code = static_cast<std::uint16_t>(row.code);
   switch (row.form) {
     case kFsNothingMore:
-      return shape_with_code(Kind::complete, kFrontBytes, row, {0x00, 0x7f});
+      return {Kind::complete, Finals::any, kFrontBytes - 1, code};
     case kFsParameters:
-      return shape_with_code(Kind::fixed, kMaxReadySequence, row,
-                             {kFirstFsTerminator, kLastFsTerminator});
+      return {Kind::fs, Finals::fs, kFrontBytes, code};
     default:
       return {};
   }
@@ -83,7 +77,8 @@ constexpr Shape fs_shape(const TableRow& row) {
 
 /// The shapes by introducer (ESC, FS) and second byte.
 inline constexpr auto kShapes = [] {
-  std::array<std::array<Shape, 128>, kIntroducers> shapes{};
+  static_assert(kFs == kEsc + 1);
+  std::array<std::array<Shape, 256>, 2> shapes{};
   for (std::size_t byte = 0; byte < 128; ++byte) {
     shapes[0][byte] = esc_shape(row_of<kEscTable>(static_cast<std::uint8_t>(byte)));
     shapes[1][byte] = fs_shape(row_of<kFsTable>(static_cast<std::uint8_t>(byte)));
@@ -125,59 +120,58 @@ constexpr std::uint32_t csi_code(std::uint8_t before, std::uint8_t final) {
 /// or nothing (0) when the front says it. Adding both needs no branch, which no processor could
 /// predict in a job with sequences of many kinds.
 inline constexpr auto kEndCodes = [] {
-  std::array<std::array<std::array<std::uint16_t, 128>, kSeparators.size()>, kKinds> codes{};
+  std::array<std::array<std::array<std::uint16_t, 256>, kSeparators.size()>, kKinds> codes{};
+  const auto set = [&codes](Kind kind, std::size_t i, std::size_t final, std::uint32_t code) {
+    codes[static_cast<std::size_t>(kind)][i][final] = static_cast<std::uint16_t>(code);
+  };
   for (std::size_t i = 0; i < kSeparators.size(); ++i) {
-    for (std::uint8_t final = 0; final < 128; ++final) {
-      codes[static_cast<std::size_t>(Kind::csi)][i][final] =
-          static_cast<std::uint16_t>(csi_code(kSeparators[i], final));
-      codes[static_cast<std::size_t>(Kind::q)][i][final] =
-          static_cast<std::uint16_t>(q_code(kSeparators[i], final));
+    for (std::size_t final = 0; final < 256; ++final) {
+      const auto byte = static_cast<std::uint8_t>(final);
+      set(Kind::none, i, final, CMD_IGNORE);
+      set(Kind::double_set, i, final, byte == '@' ? CMD_ESC_DOLLAR_AT : CMD_IGNORE);
+      set(Kind::single_set, i, final, byte == 'H' ? CMD_ESC_PAREN_H : CMD_IGNORE);
+      set(Kind::csi, i, final, csi_code(kSeparators[i], byte));
+      set(Kind::q, i, final, q_code(kSeparators[i], byte));
     }
   }
   return codes;
 }();
 
+/// @param last  the last byte, with the one before it.
 inline std::uint32_t code_of(const Shape& shape, const std::uint8_t* last) {
   const auto& by_separator = kEndCodes[static_cast<std::size_t>(shape.kind)];
   return std::uint32_t{shape.code} + by_separator[kSeparatorIndex[last[-1]]][*last];
 }
 
-/// Position, counted from the introducer, of the byte that ends a sequence; kReadyBytes if it does
-/// not stand there.
-inline std::size_t find_last(const std::uint8_t* bytes, const Shape& shape) {
-  for (std::size_t at = kFrontBytes; at < kReadyBytes; at += kFewBytes) {
-    const std::size_t found = first_few_in_range(bytes + at, shape.final);
-    if (found < kFewBytes) {
-      return at + found;
-    }
-  }
-  return kReadyBytes;
-}
-
 }  // namespace sequences
 
+/// Where sequences can end in a block: by sequences::Finals.
+struct SequenceEnds {
+  std::array<ByteMask, sequences::kRanges> final;
+
+  explicit SequenceEnds(const ByteBlock& block) {
+    const ByteMask q = block.between(0x40, kDel);
+    final = {~ByteMask{0}, q, q & ~block.equal(kDel),
+             block.between(kFirstFsTerminator, kLastFsTerminator)};
+  }
+};
+
 /// Recognises, in place, a sequence after ESC or FS that zqtoken would read with the same code: a
-/// known one of the common kinds, short, complete in memory and without data behind it. For
-/// anything else - unknown, malformed, cut, with data - there is none, and zqtoken has to say.
-/// @param bytes  begins with ESC or FS; kReadyBytes are readable.
-inline ReadySequence ready_sequence(const std::uint8_t* bytes) {
-  if (bytes[1] >= 128) {
-    return ReadySequence{};
+/// known one of the common kinds, complete and without data behind it. For anything else - unknown,
+/// malformed, cut, with data - there is none, and zqtoken has to say.
+/// @param block  the bytes of the block, and a few more that are looked at but do not matter.
+/// @param ends   where sequences can end in it.
+/// @param at     where its ESC or FS stands.
+/// @param limit  the sequence has to end before this byte.
+inline ReadySequence ready_sequence(const std::uint8_t* block, const SequenceEnds& ends,
+                                    std::size_t at, std::size_t limit) {
+  const sequences::Shape& shape = sequences::kShapes[block[at] - kEsc][block[at + 1]];
+  const ByteMask behind = ~ByteMask{0} << at << shape.from;
+  const std::size_t last = first_bit(ends.final[static_cast<std::size_t>(shape.finals)] & behind);
+  if (last >= limit) {
+    return {CMD_IGNORE, last};
   }
-  const sequences::Shape& shape = sequences::kShapes[*bytes == kEsc ? 0 : 1][bytes[1]];
-  if (shape.kind == sequences::Kind::none) {
-    return ReadySequence{};
-  }
-  // Of a complete one the last byte is the second, whatever is found behind it; again no branch.
-  const std::size_t mask = shape.length_mask;
-  const std::size_t last =
-      (sequences::find_last(bytes, shape) & mask) | ((sequences::kFrontBytes - 1) & ~mask);
-  if (last >= shape.most) {
-    return ReadySequence{};
-  }
-  const std::uint32_t code = sequences::code_of(shape, bytes + last);
-  return code != CMD_IGNORE ? ReadySequence{code, static_cast<std::int32_t>(last) + 1}
-                            : ReadySequence{};
+  return {sequences::code_of(shape, block + last), last};
 }
 
 }  // namespace rlx

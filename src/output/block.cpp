@@ -10,7 +10,6 @@ namespace rlx {
 
 namespace {
 
-constexpr std::size_t kCountDigits = 10;
 constexpr std::size_t kCountEnd = 14;
 constexpr std::int32_t kCountedHeaderBytes = 12;
 
@@ -18,13 +17,12 @@ using Header = std::array<std::uint8_t, 16>;
 
 /// ESC Q kind ; count / final.
 void out_header(ByteWriter& writer, char kind, std::int32_t count, char final) {
-  Header header{kEsc, 'Q', static_cast<std::uint8_t>(kind), ';'};
-  for (std::size_t i = 0; i < kCountDigits; ++i) {
-    header[kCountEnd - 1 - i] = static_cast<std::uint8_t>('0' + count % 10);
-    count /= 10;
+  Header header{
+      kEsc, 'Q', static_cast<std::uint8_t>(kind), ';', '0', '0', '0', '0', '0', '0', '0', '0', '0',
+      '0',  '/', static_cast<std::uint8_t>(final)};
+  for (std::size_t at = kCountEnd; count != 0; count /= 10) {
+    header[--at] = static_cast<std::uint8_t>('0' + count % 10);
   }
-  header[kCountEnd] = '/';
-  header[kCountEnd + 1] = static_cast<std::uint8_t>(final);
   out_bytes(writer, header);
 }
 

@@ -28,7 +28,7 @@ class KeptLater {
     }
     // A sequence that is kept nowhere is noted all the same, in a place that is no slot: that costs
     // less than a branch that no processor can predict.
-    sequences_[static_cast<std::size_t>(place)] = sequence;
+    sequences_[static_cast<std::size_t>(place)] = {sequence.data(), sequence.size()};
     slots_ |= 1U << place;
   }
 
@@ -36,14 +36,21 @@ class KeptLater {
   void keep_now() {
     for (slots_ &= ~(1U << kKeptNowhere); slots_ != 0; slots_ &= slots_ - 1) {
       const int slot = std::countr_zero(slots_);
-      keep_in_slot(carried_, slot, sequences_[static_cast<std::size_t>(slot)]);
+      const Noted& sequence = sequences_[static_cast<std::size_t>(slot)];
+      keep_in_slot(carried_, slot, {sequence.bytes, sequence.count});
     }
   }
 
  private:
+  /// A span that is not cleared when a run begins: many runs keep nothing.
+  struct Noted {
+    const std::uint8_t* bytes;
+    std::size_t count;
+  };
+
   CarriedSettings& carried_;
   std::uint32_t slots_ = 0;  ///< a bit for each slot number; kKeptNowhere's means nothing
-  std::array<Bytes, kSlotCount + 1> sequences_;
+  std::array<Noted, kSlotCount + 1> sequences_;
 };
 
 }  // namespace rlx

@@ -1,27 +1,33 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
+#include "driver/fast_road/block_plan.h"
 #include "driver/fast_road/kept_later.h"
+#include "driver/fast_road/line_feeds.h"
 #include "driver/loop/loop_state.h"
-#include "job/control_bytes.h"
 #include "job/piece_sink.h"
-#include "output/line_spacing.h"
-#include "output/text_out.h"
 
 namespace rlx {
 
-/// Who acts on a LF.
-enum class LineMode : std::uint8_t {
-  plain,   ///< nobody: it is a byte like others
-  form,    ///< the form gives it the pitch of the next line
-  counted  ///< page-length emulation, on the record-by-record road
+/// The sequences of a block, in their order.
+struct BlockSequences {
+  struct Sequence {
+    std::uint8_t at;
+    std::uint8_t length;
+    std::uint16_t code;
+  };
+
+  std::size_t count = 0;
+  /// One of them begins a new state of the page.
+  bool begins_new_state = false;
+  std::array<Sequence, kBlockBytes / 2> all;
 };
 
-inline constexpr std::int32_t kSwitchBytes = kSizeSequenceBytes + kSetSequenceBytes;
-
-/// One run of the fast road: the input that may be taken, and where it goes. Works in bursts while
-/// there is plenty of both, and in single steps near the borders.
+/// One run of the fast road: the input that may be taken, and where it goes, a block after the
+/// other. A block begins where a piece does, and ends before what its masks do not describe.
 class TextRun {
  public:
   /// @param next  first byte of the input.
@@ -36,63 +42,49 @@ class TextRun {
   const std::uint8_t* next() const { return next_; }
 
  private:
-  /// Where a burst stands; local to it, so that it stays in registers.
-  struct Cursor {
-    const std::uint8_t* next;
-    std::uint8_t* out;
-    bool double_byte;
-    // The last switches of the burst, for the carried settings.
-    const SetSwitch* size_switch = nullptr;
-    const SetSwitch* set_switch = nullptr;
-  };
-
-  // Bursts (text_burst.cpp): 16 bytes at a time, no bound to be looked at within an iteration.
-  void burst();
-  bool burst_single_byte(Cursor& at);
-  bool burst_double_byte(Cursor& at);
-  bool burst_form_line(Cursor& at);
-  bool burst_sequence(Cursor& at);
-  void keep_switches(Cursor& at);
-
-  // Single steps (text_run.cpp), up to the last byte of input and of room. False when the other
-  // road has to go on.
-  bool take_some();
-  bool take_single_bytes();
-  bool take_one_byte();
-  bool take_form_line();
-  bool take_character();
-  bool take_shifted();
-  bool take_sequence();
-  bool put_switch(const SetSwitch& set_switch, std::int32_t from, std::int32_t count);
-
-  // What both need.
-  void make_room(std::int32_t count);
-  void append_next(std::int32_t count);
-  void select(const SetSwitch& set_switch);
-  void note_text();
-  bool flags_are_set() const {
+  bool take_block();
+  const std::uint8_t* readable_block();
+  void describe(const std::uint8_t* bytes, const ByteBlock& block, TextMasks& text);
+  void find_sequences(const std::uint8_t* bytes, TextMasks& text);
+  ByteMask find_line_feeds(const ByteBlock& block, TextMasks& text);
+  std::size_t put(const std::uint8_t* bytes, BlockPlan& plan);
+  std::size_t put_what_fits(const std::uint8_t* bytes, BlockPlan& plan);
+  void note(const std::uint8_t* bytes, const BlockPlan& plan, ByteMask front);
+  void keep_all(const BlockPlan& plan);
+  ByteMask keep_sequences(const BlockPlan& plan, ByteMask switches);
+  void note_switches(const BlockPlan& plan, ByteMask switches);
+  void keep_last_switches();
+  void cut_before_piece(const BlockPlan& plan);
+  void take_single_bytes();
+  /// All that text can set in the flags of the loop is set.
+  bool all_is_noted() const {
     return loop_.content_since_conditions && loop_.job.page_has_content != 0 &&
            loop_.job.page_started != 0;
   }
-  std::int32_t character_length() const;
-  const PitchCommand* next_line_pitch();
   bool double_byte() const { return loop_.character_set.set == CharacterSetState::kDoubleByte; }
-  /// A byte at which a run of single bytes stops besides those at which it always stops.
-  std::uint8_t line_end() const { return lines_ == LineMode::plain ? kFormFeed : kLineFeed; }
 
   LoopState& loop_;
   PieceSink sink_;
   const std::uint8_t* next_;
   const std::uint8_t* end_;
-  /// Text from here to `next_` has not been noted in the flags of the loop.
-  const std::uint8_t* text_;
-  LineMode lines_;
-  /// All that text can set in the flags of the loop is set.
-  bool text_is_noted_;
+  LineFeeds line_feeds_;
   KeptLater kept_;
-  /// The pitch of the last form line, and its lines per inch.
-  PitchCommand pitch_;
-  std::uint32_t pitch_lines_per_inch_ = 0;
+  /// The last switches that kept_ has not been told of.
+  const SetSwitch* set_switch_ = nullptr;
+  const SetSwitch* size_switch_ = nullptr;
+  /// Bytes of the input that stand ready for the block.
+  std::size_t ready_ = 0;
+  /// The next block is described as any text, up to so many bytes; 0 is text as it should be.
+  std::size_t any_text_bytes_ = 0;
+  /// How many it will be after the next block that is not as it should be.
+  std::size_t next_any_text_bytes_;
+  /// The switch of the next piece is kept already: the piece has made a cut.
+  bool switch_is_kept_ = false;
+  /// The last block was text of the single-byte set alone, and so may be the next one.
+  bool is_single_ = false;
+  BlockSequences sequences_;
+  /// The last bytes of the input, with room to read on.
+  std::array<std::uint8_t, 2 * kBlockBytes> last_bytes_;
 };
 
 }  // namespace rlx

@@ -37,16 +37,6 @@ void write_held_movement(LoopState& loop) {
   }
 }
 
-/// The line pitch of -l in 1/7200 inch for page-length emulation: only 3, 4 and 6 lines per inch.
-std::uint32_t emulated_pitch(const LoopState& loop) {
-  if (loop.settings.line_pitch_source != kFromCommandLine) {
-    return 0;
-  }
-  const std::int32_t lines_per_inch = decimal_value(loop.settings.line_pitch_text);
-  const bool known = lines_per_inch == 3 || lines_per_inch == 4 || lines_per_inch == 6;
-  return known ? static_cast<std::uint32_t>(kUnitsPerInch / lines_per_inch) : 0;
-}
-
 void append_form_feed(CommandRecord& record) {
   record.bytes[static_cast<std::size_t>(record.length++)] = kFormFeed;
 }
@@ -100,20 +90,27 @@ Next advance_form_line(LoopState& loop) {
 }
 
 Next count_line(LoopState& loop) {
-  const bool emulated = !loop.fcb_active && loop.command_line.framed_output == 0;
-  if (!emulated || loop.command_line.lines_per_page == 0) {
+  if (!lines_are_counted(loop)) {
     return Next::step;
   }
-  const std::uint32_t pitch = emulated_pitch(loop);
-  if (pitch != 0) {
-    append_command(loop.record, numeric_command('%', pitch));
-  }
+  append_command(loop.record, counted_line_pitch(loop));
   ++loop.line_counter;
   if (loop.line_counter == loop.command_line.lines_per_page) {
     append_form_feed(loop.record);
     loop.line_counter = 0;
   }
   return Next::step;
+}
+
+PitchCommand counted_line_pitch(const LoopState& loop) {
+  if (loop.settings.line_pitch_source != kFromCommandLine) {
+    return {};
+  }
+  const std::int32_t lines_per_inch = decimal_value(loop.settings.line_pitch_text);
+  if (lines_per_inch != 3 && lines_per_inch != 4 && lines_per_inch != 6) {
+    return {};
+  }
+  return numeric_command('%', static_cast<std::uint32_t>(kUnitsPerInch / lines_per_inch));
 }
 
 Next make_plain_form_feed(LoopState& loop) {

@@ -30,4 +30,14 @@ Next make_plain_form_feed(LoopState& loop);
 /// Commands 397 and 421: sends the pitch of the form's current line.
 Next send_form_line_pitch(LoopState& loop);
 
+/// True when LFs are counted: with -L and without a form (framed jobs have no lines).
+inline bool lines_are_counted(const LoopState& loop) {
+  return loop.command_line.lines_per_page != 0 && !loop.fcb_active &&
+         loop.command_line.framed_output == 0;
+}
+
+/// What a LF that is counted gets behind it: the pitch of -l; nothing without it, or with a pitch
+/// that is not 3, 4 or 6 lines per inch.
+PitchCommand counted_line_pitch(const LoopState& loop);
+
 }  // namespace rlx

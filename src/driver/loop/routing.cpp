@@ -16,14 +16,14 @@ namespace {
 
 using StepFunction = Next (*)(LoopState& loop);
 
+/// What a step does while nothing waits to go before the command, as far as CommandEffects can say.
+enum class Effect : std::uint8_t { other, none, content, new_state, page_start };
+
 struct Step {
   StepFunction take;
   CodeSet codes;
-  /// Nothing comes of the step on a page that has started and has content, while nothing is held.
-  bool idle_on_started_page = false;
+  Effect effect = Effect::other;
 };
-
-constexpr bool kIdleOnStartedPage = true;
 
 /// What puts something on the page: text, drawing and positioning.
 constexpr CodeSet kContent{
@@ -102,8 +102,8 @@ Next note_page_left(LoopState& loop) {
 /// movement before the text that it moves to, the command's own bytes last. Only the compiler reads
 /// it; the program has the tables below.
 constexpr auto kSteps = std::to_array<Step>({
-    Step{note_content, kContent, kIdleOnStartedPage},
-    Step{note_new_state, kNewState},
+    Step{note_content, kContent, Effect::content},
+    Step{note_new_state, kNewState, Effect::new_state},
     Step{pass_rest_through, {CMD_Q_BQ_SL}},
     Step{skip_empty_record, CodeSet::all()},
     Step{take_condition_command, kPrintConditions},
@@ -112,13 +112,13 @@ constexpr auto kSteps = std::to_array<Step>({
     Step{take_form_parameter, {CMD_Q_OL_SP}},
     Step{take_resolution_switch, {CMD_RESOLUTION_489}},
     Step{note_settings_change, {CMD_SETTINGS_333}},
-    Step{send_due_conditions, CodeSet::all_but(kHoldsConditionsBack)},
+    Step{send_due_conditions, CodeSet::all_but(kHoldsConditionsBack), Effect::none},
     Step{take_named_form, {CMD_Q_NL_SP}},
     Step{drop_record_bytes, kPrintConditions},
-    Step{note_page_start, kStartsPage, kIdleOnStartedPage},
+    Step{note_page_start, kStartsPage, Effect::page_start},
     Step{note_page_left, kLeavesPage},
     Step{begin_form, kLeavesPage},
-    Step{release_movement, kReleasesMovement, kIdleOnStartedPage},
+    Step{release_movement, kReleasesMovement, Effect::none},
     Step{advance_form_line, {CMD_LF}},
     Step{convert_text, kText},
     Step{convert_gaiji, {CMD_TEXT_GAIJI}},
@@ -162,42 +162,41 @@ constexpr auto kStepMasks = [] {
 /// The steps that every command takes part in.
 constexpr StepMask kCommonSteps = kStepMasks[CMD_NONE];
 
-/// The steps that are idle on a started page.
-constexpr StepMask kStartedPageSteps = [] {
+/// The steps with an effect.
+constexpr StepMask steps_with(Effect effect) {
   StepMask mask = 0;
   for (std::size_t step = 0; step < kSteps.size(); ++step) {
-    mask |= kSteps[step].idle_on_started_page ? StepMask{1} << step : 0;
+    mask |= kSteps[step].effect == effect ? StepMask{1} << step : 0;
   }
   return mask;
-}();
+}
+
+constexpr CommandEffects effects_of(StepMask steps) {
+  constexpr StepMask kNothing = steps_with(Effect::none);
+  constexpr StepMask kContentSteps = steps_with(Effect::content);
+  constexpr StepMask kNewStateSteps = steps_with(Effect::new_state);
+  constexpr StepMask kPageStartSteps = steps_with(Effect::page_start);
+  constexpr StepMask kTold = kNothing | kContentSteps | kNewStateSteps | kPageStartSteps;
+  return {(steps & ~kTold) == (kCommonSteps & ~kTold), (steps & kContentSteps) != 0,
+          (steps & kNewStateSteps) != 0, (steps & kPageStartSteps) != 0};
+}
 
 StepMask steps_of(std::uint32_t code) {
   return code <= kHighestCommandCode ? kStepMasks[code] : kCommonSteps;
 }
 
-/// True for a command that needs nothing but to be written: no step is for it but the common ones,
-/// nothing waits to go before it and no data follows it.
-bool is_ordinary(const LoopState& loop) {
-  const CommandRecord& record = loop.record;
-  return is_only_written(record.code) && record.length != 0 && !loop.record_cut &&
-         record.pending == 0 && !conditions_due(loop) && loop.held_command.length == 0;
-}
-
 }  // namespace
 
-const std::array<OnlyWritten, kHighestCommandCode + 1> only_written = [] {
-  std::array<OnlyWritten, kHighestCommandCode + 1> only{};
-  for (std::size_t code = 0; code < only.size(); ++code) {
-    only[code].always = kStepMasks[code] == kCommonSteps;
-    only[code].on_started_page = (kStepMasks[code] & ~kStartedPageSteps) == kCommonSteps;
+const std::array<CommandEffects, kHighestCommandCode + 1> command_effects = [] {
+  std::array<CommandEffects, kHighestCommandCode + 1> effects{};
+  for (std::size_t code = 0; code < effects.size(); ++code) {
+    effects[code] = effects_of(kStepMasks[code]);
   }
-  return only;
+  effects[CMD_IGNORE].only_written = false;
+  return effects;
 }();
 
 bool route_record(LoopState& loop) {
-  if (loop.fast_road && is_ordinary(loop)) {
-    return write_command(loop) == Next::step;
-  }
   for (StepMask mask = steps_of(loop.record.code); mask != 0; mask &= mask - 1) {
     const Next next = kStepFunctions[static_cast<std::size_t>(std::countr_zero(mask))](loop);
     if (next != Next::step) {

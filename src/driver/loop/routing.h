@@ -7,25 +7,16 @@
 
 namespace rlx {
 
-/// By code, whether is_only_written holds, and whether is_only_written_on_started_page does.
-struct OnlyWritten {
-  bool always;
-  bool on_started_page;
+/// What becomes of a command while nothing waits to go before it: the conditions have been sent, no
+/// command and no movement is held.
+struct CommandEffects {
+  /// It is written, and has no other effects than these. (What is ignored is not written.)
+  bool only_written;
+  bool brings_content;    ///< it puts something on the page
+  bool begins_new_state;  ///< nothing has been put on the page since
+  bool starts_page;       ///< a form must feed a sheet before it begins
 };
-extern const std::array<OnlyWritten, kHighestCommandCode + 1> only_written;
-
-/// True for a code that takes part in no step but those that every command takes part in: such a
-/// command is written, and that is all, unless something waits to go before it.
-inline bool is_only_written(std::uint32_t code) {
-  return code > kHighestCommandCode || only_written[code].always;
-}
-
-/// True for a code that besides those steps takes part in the ones that note content and the page's
-/// start, or release movements that are held: the same holds for it once both are noted and nothing
-/// is held.
-inline bool is_only_written_on_started_page(std::uint32_t code) {
-  return code > kHighestCommandCode || only_written[code].on_started_page;
-}
+extern const std::array<CommandEffects, kHighestCommandCode + 1> command_effects;
 
 /// Routes the command that stands in `loop.record`, through all steps that its code takes part in.
 /// @return false when the job ends with it (`loop.status` says how).
