@@ -10,10 +10,10 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build=$root/build-compare
-tools=$build/tools
 # shellcheck source=tools/setup.sh
 source "$root/tools/setup.sh"
+# shellcheck source=bench/build_tools.sh
+source "$root/bench/build_tools.sh"
 
 runs=7
 growth_runs=5
@@ -47,21 +47,6 @@ if [[ -n $against && ! -r $against ]]; then
   say "Cannot read $against"
   exit 1
 fi
-
-compile_tool() {
-  g++ -std=c++20 -O2 "$root/bench/tools/$1.cpp" -o "$tools/$1" "${@:2}"
-}
-
-# The filter as it is shipped, and the programs around it.
-build_all() {
-  cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release &&
-    cmake --build "$build" --parallel --target zqeuctorlx || return 1
-  mkdir -p "$tools"
-  compile_tool copy_loop &&
-    compile_tool generate_job -I"$root/bench" "$root/bench/sample_jobs.cpp" &&
-    # Without shared libraries it is smaller than whatever it measures.
-    compile_tool measure -static
-}
 
 # The jobs: the name, what generate_job makes for it, the filter's options.
 job_names=(plain form mixed sequences framed invalid)
@@ -233,10 +218,7 @@ print_jobs() {
 }
 
 print_report() {
-  local model
-  model=$(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -n 1)
-  echo "$(date +%F); ${model:-$(uname -m)}, $(nproc) cores, load $(cut -d' ' -f1 /proc/loadavg);" \
-    "$(g++ --version | head -n 1); jobs of $((small >> 20)) MiB (large: $((large >> 20)) MiB)," \
+  echo "$(describe_machine); jobs of $((small >> 20)) MiB (large: $((large >> 20)) MiB)," \
     "medians of $runs runs."
   echo
   print_goals
@@ -246,18 +228,8 @@ print_report() {
   print_jobs
 }
 
-install_missing "${build_needs[@]}"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-if ! build_all >"$work/log" 2>&1; then
-  cat "$work/log" >&2
-  say "The build failed."
-  exit 1
-fi
+prepare_bench
 program=${program:-$build/zqeuctorlx}
-mkdir -p "$work/forms/fcbe"
-printf 'lpi 1200 66\nprint 4 79200\n' >"$work/forms/fcbe/BENCH"
-export LC_ALL=C
 
 measure_empty
 for job in "${job_names[@]}"; do

@@ -34,14 +34,29 @@ std::string plain_line() {
   return line;
 }
 
+/// A character of the double-byte set, of three bytes.
+std::string kanji() {
+  return {byte_between(0xe3, 0xe9), byte_between(0x80, 0xbf), byte_between(0x80, 0xbf)};
+}
+
+/// A letter of two bytes: a lead byte, and one of a range.
+std::string two_bytes(int lead, int low, int high) {
+  return {static_cast<char>(lead), byte_between(low, high)};
+}
+
+/// `count` times what `unit` gives.
+std::string several(std::size_t count, std::string (*unit)()) {
+  std::string text;
+  for (; count > 0; --count) {
+    text += unit();
+  }
+  return text;
+}
+
 std::string mixed_line() {
   std::string line;
   while (line.size() < 90) {
-    for (std::size_t i = number(2, 6); i > 0; --i) {
-      line += byte_between(0xe3, 0xe9);
-      line += byte_between(0x80, 0xbf);
-      line += byte_between(0x80, 0xbf);
-    }
+    line += several(number(2, 6), kanji);
     add_words(line, number(2, 6));
   }
   return line;
@@ -100,9 +115,83 @@ char strange_byte() {
 std::string invalid_line() {
   std::string line;
   for (std::size_t i = 0; i < 90; ++i) {
-    line += number(0, 7) == 0 ? '\x7f' : strange_byte();
+    line += number(0, 7) == 0 ? 0x7f : strange_byte();
   }
   return line;
+}
+
+std::string double_line() {
+  return several(30, kanji);
+}
+
+std::string accented_line() {
+  return several(80, [] {
+    return number(0, 11) == 0 ? two_bytes(0xc3, 0xa0, 0xbf)
+                              : std::string(1, byte_between('a', 'z'));
+  });
+}
+
+std::string cyrillic_word() {
+  return several(number(3, 10), [] { return two_bytes(0xd0, 0xb0, 0xbf); }) + ' ';
+}
+
+std::string cyrillic_line() {
+  return several(6, cyrillic_word);
+}
+
+std::string kana_word() {
+  return several(number(3, 8), [] { return std::string("\xe3\x81") + byte_between(0x81, 0xbf); }) +
+         ' ';
+}
+
+std::string kana_line() {
+  return several(5, kana_word);
+}
+
+/// Characters of two to four bytes, every second one cut short.
+std::string cut_character() {
+  std::string text = kanji();
+  if (number(0, 2) == 0) {
+    text = two_bytes(0xd0, 0x80, 0xbf);
+  } else if (number(0, 2) == 0) {
+    text.insert(0, "\xf0");
+  }
+  if (number(0, 1) == 0) {
+    text.resize(number(1, text.size()));
+  }
+  return text;
+}
+
+std::string cut_line() {
+  return several(40, cut_character);
+}
+
+std::string shifted_line() {
+  return several(45, [] { return std::string("\x8e") + byte_between(0xa1, 0xbf); });
+}
+
+std::string bare_sequences_line() {
+  std::string line;
+  for (int i = 0; i < 12; ++i) {
+    add_sequence(line);
+  }
+  return line;
+}
+
+std::string tabs_line() {
+  return several(45, [] {
+    return number(0, 1) == 0 ? std::string("\t_") : std::string("\b") + byte_between('a', 'z');
+  });
+}
+
+std::string short_line() {
+  std::string line;
+  add_words(line, 6);
+  return line;
+}
+
+std::string one_line_page() {
+  return short_line() + plain_line() + "\n\f";
 }
 
 /// Whole pages.
@@ -118,6 +207,15 @@ std::string pages(std::string (*line)(), std::size_t least) {
   return text;
 }
 
+/// The same unit again and again.
+std::string repeated(std::string (*unit)(), std::size_t least) {
+  std::string text;
+  while (text.size() < least) {
+    text += unit();
+  }
+  return text;
+}
+
 std::string framed(std::string_view text) {
   std::string frames;
   for (; text.size() >= kFrameBytes; text.remove_prefix(kFrameBytes)) {
@@ -128,31 +226,45 @@ std::string framed(std::string_view text) {
   return frames;
 }
 
-using LineMaker = std::string (*)();
+struct Kind {
+  std::string_view name;
+  std::string (*make)(std::string (*unit)(), std::size_t least);
+  std::string (*unit)();
+};
 
-LineMaker line_maker(std::string_view kind) {
-  if (kind == "plain" || kind == "framed") {
-    return plain_line;
-  }
-  if (kind == "mixed") {
-    return mixed_line;
-  }
-  if (kind == "sequences") {
-    return sequences_line;
-  }
-  return kind == "invalid" ? invalid_line : nullptr;
-}
+constexpr std::array kKinds{
+    Kind{"plain", pages, plain_line},
+    Kind{"mixed", pages, mixed_line},
+    Kind{"sequences", pages, sequences_line},
+    Kind{"framed", pages, plain_line},
+    Kind{"framed_mixed", pages, mixed_line},
+    Kind{"invalid", pages, invalid_line},
+    Kind{"double", pages, double_line},
+    Kind{"accents", pages, accented_line},
+    Kind{"cyrillic", pages, cyrillic_line},
+    Kind{"kana", pages, kana_line},
+    Kind{"cut", pages, cut_line},
+    Kind{"shifted", pages, shifted_line},
+    Kind{"bare_sequences", pages, bare_sequences_line},
+    Kind{"tabs", pages, tabs_line},
+    Kind{"short_lines", pages, short_line},
+    Kind{"endless_lines", repeated, [] { return short_line() + '\n'; }},
+    Kind{"one_line_pages", repeated, one_line_page},
+    Kind{"positions", repeated, [] { return std::string("\x1b[10`"); }},
+    Kind{"states", repeated, [] { return std::string("\x1bQ100;100!H"); }},
+};
 
 }  // namespace
 
 std::string sample_job(std::string_view kind, std::size_t least) {
   generator.seed(kSeed);
-  const LineMaker line = line_maker(kind);
-  if (line == nullptr) {
-    return {};
+  for (const Kind& known : kKinds) {
+    if (known.name == kind) {
+      const std::string text = known.make(known.unit, least);
+      return kind.substr(0, 6) == "framed" ? framed(text) : text;
+    }
   }
-  const std::string text = pages(line, least);
-  return kind == "framed" ? framed(text) : text;
+  return {};
 }
 
 }  // namespace rlx::bench

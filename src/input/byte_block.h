@@ -30,7 +30,7 @@ constexpr ByteMask bits_below(std::size_t position) {
 
 /// The position of the first bit; 64 when there is none.
 constexpr std::size_t first_bit(ByteMask mask) {
-  return static_cast<std::size_t>(std::countr_zero(mask));
+  return static_cast<unsigned>(std::countr_zero(mask));
 }
 
 /// The position of the last bit. There is one.

@@ -39,7 +39,7 @@ enum class Finals : std::uint8_t { any, q, csi, fs };
 inline constexpr std::size_t kRanges = 4;
 
 /// How a sequence goes on behind its two front bytes.
-struct Shape {
+struct alignas(8) Shape {
   Kind kind = Kind::none;
   Finals finals = Finals::any;  ///< the first of these is the last byte ...
   std::uint8_t from = 1;        ///< ... from this byte on

@@ -222,8 +222,8 @@ inline void TextRun::keep_last_switches() {
     if (sequence.at >= length) {
       break;
     }
-    const ByteMask before = switches & bits_below(sequence.at);
-    if (before != 0) [[unlikely]] {
+    if (switches != 0) {
+      const ByteMask before = switches & bits_below(sequence.at);
       note_switches(plan, before);
       keep_last_switches();
       switches ^= before;
