@@ -115,7 +115,7 @@ char strange_byte() {
 std::string invalid_line() {
   std::string line;
   for (std::size_t i = 0; i < 90; ++i) {
-    line += number(0, 7) == 0 ? 0x7f : strange_byte();
+    line += number(0, 7) == 0 ? '\x7f' : strange_byte();
   }
   return line;
 }

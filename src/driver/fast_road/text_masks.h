@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -77,8 +78,8 @@ inline ByteMask describe_shifted(const ByteBlock& block, ByteMask shift, ByteMas
   const ByteMask expected = leads.continuations();
   const ByteMask missing = expected & ~continuation;
   if (missing != 0) {
-    // The character that lacks it; another one before that may lie in the way of nothing.
-    stop |= ByteMask{1} << last_bit(leads.all() & bits_below(first_bit(missing)));
+    // The lead byte of the first character that lacks one.
+    stop |= std::bit_floor(leads.all() & bits_below(first_bit(missing)));
   }
   masks.invalid = high & ~leads.all() & ~expected;
   masks.double_byte = leads.all() | expected;
