@@ -151,7 +151,6 @@ TEST(ByteBlocks, RulesCanBeJoined) {
     const ByteMask wanted = bytes_for_which(
         bytes, [](int byte) { return byte <= 2 || byte == 127 || byte >= 254 || byte == 144; });
     ASSERT_EQ(VectorBlock(bytes.data()).where(rule), wanted) << value;
-    ASSERT_EQ(ScalarBlock(bytes.data()).where(rule), wanted) << value;
   }
 }
 
