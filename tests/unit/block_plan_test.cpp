@@ -416,8 +416,6 @@ TEST_F(BlockPlanOutput, InsertionsOfAllKindsAtRandom) {
                                               {PieceKind::wide, PieceKind::invalid}}) {
     expect_random_blocks(kinds, line_feeds_of_form(6), kSixLines);
     expect_random_blocks(kinds, line_feeds_of_form(8), kEightLines);
-    restart();
-    expect_random_blocks(kinds, plain_line_feeds(), "");
   }
 }
 

@@ -291,16 +291,8 @@ std::string with_parameter(std::string_view front, std::string_view end) {
 
 /// One sequence of each kind that is only written.
 std::vector<std::string> taken_sequences() {
-  std::vector<std::string> all{"\x1b$@",
-                               "\x1b(H",
-                               "\x1b"
-                               "c",
-                               "\x1b[1 E",
-                               "\x1cJ",
-                               "\x1cK",
-                               "\x1c(`1p",
-                               "\x1c(a1q",
-                               "\x1c(by"};
+  std::vector<std::string> all{"\x1b$@", "\x1b(H",   "\x1b\x63", "\x1b[1 E", "\x1cJ",
+                               "\x1cK",  "\x1c(`1p", "\x1c(a1q", "\x1c(by"};
   for (const char final : std::string_view("`ade")) {
     all.push_back(with_parameter("\x1b[", std::string(1, final)));
   }
@@ -320,44 +312,17 @@ std::vector<std::string> taken_sequences() {
 }
 
 /// Sequences that do more than to be written, unknown and malformed ones, and ones with data.
-const std::vector<std::string> kLeftSequences{"\x1bQ1!I",
-                                              "\x1bQ1/`",
-                                              "\x1bQ1!a",
-                                              "\x1bQ1;2!aXX",
-                                              "\x1bQ1 p",
-                                              "\x1bQ1/p",
-                                              "\x1bQ1!n",
-                                              "\x1bQ1 ~",
-                                              "\x1bQ1!~",
-                                              "\x1bQ1;2 oXX",
-                                              "\x1bQ1 n",
-                                              "\x1bQ1 H",
-                                              "\x1bQ1/C",
-                                              "\x1bQ1H",
-                                              "\x1bQ1!B",
-                                              "\x1bQ\x7f"
-                                              "1!H",
-                                              "\x1bx",
-                                              "\x1b%1A",
-                                              "\x1b$A",
-                                              "\x1b(x",
-                                              "\x1b[1E",
-                                              "\x1b[1f",
+const std::vector<std::string> kLeftSequences{
+    "\x1bQ1!I", "\x1bQ1/`",     "\x1bQ1!a", "\x1bQ1;2!aXX",
+    "\x1bQ1 p", "\x1bQ1/p",     "\x1bQ1!n", "\x1bQ1 ~",
+    "\x1bQ1!~", "\x1bQ1;2 oXX", "\x1bQ1 n", "\x1bQ1 H",
+    "\x1bQ1/C", "\x1bQ1H",      "\x1bQ1!B", "\x1bQ\x7f\x31!H",
+    "\x1bx",    "\x1b%1A",      "\x1b$A",   "\x1b(x",
+    "\x1b[1E",  "\x1b[1f",
 
-                                              "\x1c\x7f",
-                                              "\x1c 1A",
-                                              "\x1cL",
-                                              "\x1b\x7f"
-                                              "abcd",
-                                              "\x1bQ1",
-                                              "\x1b[1",
-                                              "\x1c%1",
-                                              "\x1b$",
-                                              "\x1b(",
-                                              "\x1b",
-                                              "\x1c",
-                                              "\x1c%1\x0c"
-                                              "1p"};
+    "\x1c\x7f", "\x1c 1A",      "\x1cL",    "\x1b\x7f\x61\x62\x63\x64",
+    "\x1bQ1",   "\x1b[1",       "\x1c%1",   "\x1b$",
+    "\x1b(",    "\x1b",         "\x1c",     "\x1c%1\x0c\x31p"};
 
 TEST_F(TextRunNotes, EverySequenceThatIsOnlyWritten) {
   for (const std::string& sequence : taken_sequences()) {
