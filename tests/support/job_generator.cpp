@@ -10,7 +10,7 @@ namespace rlx::testing {
 
 namespace {
 
-constexpr std::array<std::string_view, 24> kSequences{
+constexpr std::array<std::string_view, 30> kSequences{
     "\x1b$@",
     "\x1b(H",
     "\x1b"
@@ -37,6 +37,12 @@ constexpr std::array<std::string_view, 24> kSequences{
     "\x1bQ1;7 oab\fde",
     "\x1bQ6;8 oo\x01"
     "12345",
+    "\x1bQ100;100!H",
+    "\x1bQ1!@",
+    "\x1bQ2!W",
+    "\x1bQ1!x",
+    "\x1bQ3!z",
+    "\x1bQ1/|",
 };
 
 constexpr std::array<std::string_view, 14> kBrokenSequences{
@@ -69,8 +75,50 @@ constexpr std::array<std::string_view, 8> kCharacters{
     "\x8e\xb1",
 };
 
-constexpr std::array<std::string_view, 6> kOddCharacters{
-    "\xe3\x81\x0c", "\xc3\x0c", "\x8e\x0c", "\x8e\xe3\x81\x82", "\x8e\xe3\x81\x0c", "\x8e\x8e",
+constexpr std::array<std::string_view, 34> kOddCharacters{
+    // Ended by a FF, or with one inside.
+    "\xe3\x81\x0c",
+    "\xc3\x0c",
+    "\x8e\x0c",
+    "\x8e\xe3\x81\x0c",
+    "\xe3\x0c\x82",
+    "\xf0\xa0\x80\x0c",
+    // 0x8e before every class of byte.
+    "\x8e\xe3\x81\x82",
+    "\x8e\x8e",
+    "\x8e\xb1",
+    "\x8e"
+    "A",
+    "\x8e\x0a",
+    "\x8e\x1b",
+    "\x8e\xff",
+    "\x8e\xc3\xa9",
+    "\x8e\xf8\x88\x80\x80\x80",
+    "\x8e",
+    // Bytes that lack a lead byte, and the other way round.
+    "\x80",
+    "\xbf",
+    "\xfe",
+    "\xff",
+    "\xc3",
+    "\xe3",
+    "\xe3\x81",
+    "\xf0",
+    "\xf0\xa0",
+    "\xf0\xa0\x80",
+    "\xf8\x88",
+    "\xfc\x84\x80\x80",
+    "\xe3\x81\xe3",
+    "\xe3\x0a",
+    "\xe3\x1b",
+    "\xf0\x1c\x0a",
+    "\xc3\x8e",
+    "\xe3\x8e\x8e",
+};
+
+/// Bytes that are odd among the parameters of a sequence.
+constexpr std::array<std::string_view, 9> kOddParameters{
+    "\x1b", "\x1c", "\n", "\x0c", "\x8e", "\x81", "\xff", "\xe3\x81\x82", "\x7f",
 };
 
 constexpr std::array<std::string_view, 3> kForms{"six", "mixd", "shrt"};
@@ -101,6 +149,12 @@ std::string JobGenerator::characters(std::size_t count) {
   return all;
 }
 
+std::string JobGenerator::characters_and_text() {
+  std::string all = characters(number(1, 4));
+  all += text(number(1, 6));
+  return all;
+}
+
 std::string JobGenerator::any_bytes(std::size_t count) {
   std::string all(count, ' ');
   std::generate(all.begin(), all.end(), [this] { return static_cast<char>(number(0, 255)); });
@@ -112,6 +166,47 @@ std::string JobGenerator::sequence() {
     return "\x1bQ0;0000000000/`";
   }
   return chance(75) ? one_of(kSequences) : one_of(kBrokenSequences);
+}
+
+/// A sequence of many parameter bytes, now and then more than the fast road looks at together.
+std::string JobGenerator::long_sequence() {
+  constexpr std::array<std::string_view, 4> kFronts{"\x1b[", "\x1c%", "\x1c(`", "\x1bQ"};
+  constexpr std::array<std::string_view, 4> kEnds{"a", "p", "q", "!H"};
+  const std::size_t kind = number(0, kFronts.size() - 1);
+  std::string all(kFronts[kind]);
+  const std::size_t oddness = chance(50) ? 0 : number(1, 20);
+  const std::size_t length = chance(70) ? number(0, 30) : number(30, 130);
+  for (std::size_t i = 0; i < length; ++i) {
+    all += chance(oddness) ? one_of(kOddParameters) : std::to_string(number(0, 9));
+  }
+  return all + std::string(kEnds[kind]);
+}
+
+/// Characters of both sets, sequences, odd characters and control bytes, close to one another.
+std::string JobGenerator::mixture(std::size_t count) {
+  constexpr std::array<std::string_view, 7> kBetween{"x", "yz", "\n", "\r", "\t", "\x7f", "\xff"};
+  const std::size_t oddness = chance(50) ? 2 : number(0, 40);
+  std::string all;
+  for (; count > 0; --count) {
+    if (chance(oddness)) {
+      all += one_of(kOddCharacters);
+    } else if (chance(15)) {
+      all += chance(30) ? long_sequence() : one_of(kSequences);
+    } else {
+      all += chance(50) ? one_of(kCharacters) : one_of(kBetween);
+    }
+  }
+  return all;
+}
+
+/// Short lines, some of them of both sets.
+std::string JobGenerator::lines(std::size_t count) {
+  std::string all;
+  for (; count > 0; --count) {
+    all += chance(70) ? text(number(0, 12)) : characters_and_text();
+    all += "\n";
+  }
+  return all;
 }
 
 /// A print-condition command, sometimes with a form name; now and then a form name command.
@@ -131,7 +226,7 @@ std::string JobGenerator::record() {
 }
 
 std::string JobGenerator::piece() {
-  switch (number(0, 15)) {
+  switch (number(0, 18)) {
     case 0:
     case 1:
     case 2:
@@ -142,7 +237,7 @@ std::string JobGenerator::piece() {
     case 5:
       return characters(number(1, 8));
     case 6:
-      return characters(number(1, 4)) + text(number(1, 6));
+      return characters_and_text();
     case 7:
       return std::string(number(1, 4), '\n');
     case 8:
@@ -157,6 +252,12 @@ std::string JobGenerator::piece() {
     case 13:
       return sequence();
     case 14:
+      return mixture(number(1, 30));
+    case 15:
+      return chance(40) ? lines(number(1, 30)) : mixture(number(1, 8));
+    case 16:
+      return long_sequence();
+    case 17:
       return chance(15) ? record() : text(3);
     default:
       return chance(5) ? text(number(2000, 9000)) : characters(number(1, 300));
@@ -172,7 +273,11 @@ std::vector<std::string> JobGenerator::make_options(bool framed) {
     options.insert(options.end(), {"-n", one_of(kForms)});
   }
   if (chance(30)) {
-    options.insert(options.end(), {"-L", std::to_string(number(0, 5)), "-l", "6"});
+    const std::size_t lines_per_page = chance(60) ? number(0, 5) : chance(50) ? 60 : 66;
+    options.insert(options.end(), {"-L", std::to_string(lines_per_page)});
+    if (chance(70)) {
+      options.insert(options.end(), {"-l", "6"});
+    }
   }
   constexpr std::array<std::string_view, 8> kModes{"-q", "-B", "-C", "-E",
                                                    "-N", "-R", "-A", "-c12"};

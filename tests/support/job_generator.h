@@ -15,9 +15,9 @@ struct GeneratedJob {
 };
 
 /// Makes jobs of all kinds out of a seed: text of both character sets, broken characters, control
-/// bytes, known, unknown and malformed sequences, records, data; plain or in frames; with forms and
-/// page-length emulation; short ones, and ones that cross blocks, buffers and frames. The same seed
-/// makes the same jobs everywhere. The forms they name are in the directory "forms"
+/// bytes, known, unknown, malformed and long sequences, records, data; plain or in frames; with
+/// forms and page-length emulation; short ones, and ones that cross blocks, buffers and frames. The
+/// same seed makes the same jobs everywhere. The forms they name are in the directory "forms"
 /// (write_generator_forms).
 class JobGenerator {
  public:
@@ -36,8 +36,12 @@ class JobGenerator {
 
   std::string text(std::size_t length);
   std::string characters(std::size_t count);
+  std::string characters_and_text();
   std::string any_bytes(std::size_t count);
   std::string sequence();
+  std::string long_sequence();
+  std::string mixture(std::size_t count);
+  std::string lines(std::size_t count);
   std::string record();
   std::string piece();
   std::vector<std::string> make_options(bool framed);
