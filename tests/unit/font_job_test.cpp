@@ -90,7 +90,7 @@ TEST_F(FontJob, OpensAtTheStartAndClosesBeforeItUnloads) {
 }
 
 TEST_F(FontJob, RecordThatFindsAnotherResolutionReopensTheFontsOnce) {
-  const std::string job = "A" + kBlankRecord + "B" + kFormNameRecord + "C" + kBlankRecord;
+  const std::string job = "A" + kBlankCommand + "B" + kFormNameCommand + "C" + kBlankCommand;
   EXPECT_EQ(run("-G D400", job), 0);
   EXPECT_EQ(take_font_calls(), job_calls({kVariant1, kVariant1High}));
   EXPECT_EQ(run("-G D240", job), 0);
@@ -102,7 +102,7 @@ TEST_F(FontJob, RecordThatFindsAnotherResolutionReopensTheFontsOnce) {
 TEST_F(FontJob, PrinterWithTheSecondTypefaceGetsGothicFontsAtTheStartAndAtTheSwitch) {
   EXPECT_EQ(run("-G g", "A\x0c"), 0);
   EXPECT_EQ(take_font_calls(), job_calls({kVariant1}, 2));
-  EXPECT_EQ(run("-G 'g!D400'", kBlankRecord + "A\x0c"), 0);
+  EXPECT_EQ(run("-G 'g!D400'", kBlankCommand + "A\x0c"), 0);
   EXPECT_EQ(take_font_calls(), job_calls({kVariant1, kVariant1High}, 2));
 }
 
@@ -112,7 +112,7 @@ TEST_F(FontJob, LibraryThatLacksAnEntryPointIsNotUsedAndNothingIsSaid) {
         "fal_utyderror", "fal_utyexists"}) {
     SCOPED_TRACE(entry_point);
     install_font_library_without(entry_point);
-    EXPECT_EQ(run("-G D400", kBlankRecord + "A\x0c"), 0);
+    EXPECT_EQ(run("-G D400", kBlankCommand + "A\x0c"), 0);
     EXPECT_EQ(read_file("messages"), "");
     EXPECT_EQ(take_font_calls(), (Calls{"load", "unload"}));
   }
@@ -121,7 +121,7 @@ TEST_F(FontJob, LibraryThatLacksAnEntryPointIsNotUsedAndNothingIsSaid) {
 TEST_F(FontJob, ErrorAtTheSwitchEndsTheJobAndWhatWasWrittenStays) {
   // In the last font of the second set, so that others are open then.
   describe_fonts("every-font\nopen-error 1 4 66 62 9 13\n");
-  EXPECT_EQ(run("-G D400", "A" + kBlankRecord + "B\x0c"), 127);  // the low byte of -129
+  EXPECT_EQ(run("-G D400", "A" + kBlankCommand + "B\x0c"), 127);  // the low byte of -129
   EXPECT_EQ(read_file("messages"),
             std::string(RLX_SANDBOXED_PROGRAM) + ": can't read fontlist(13)\n");
   EXPECT_NE(read_file("output").find("A\x0c"), std::string::npos);
@@ -139,7 +139,7 @@ TEST_F(FontJob, ErrorAtTheSwitchEndsTheJobAndWhatWasWrittenStays) {
 }
 
 TEST_F(FontJob, LibraryChangesNothingOfTheOutput) {
-  const std::string job = "A" + kBlankRecord + "B\x0c";
+  const std::string job = "A" + kBlankCommand + "B\x0c";
   EXPECT_EQ(run("-G D400", job), 0);
   const std::string with_library = read_file("output");
   EXPECT_FALSE(take_font_calls().empty());
@@ -164,7 +164,7 @@ TEST_F(FontJob, ClosesAndUnloadsWhenTheJobFails) {
 
 TEST_F(FontJob, FontsWithoutAClassEndTheJobWith255) {
   // -B asks for fonts that exist for 400 dots per inch alone.
-  EXPECT_EQ(run("-B -G D240", "A" + kBlankRecord + "B"), 255);
+  EXPECT_EQ(run("-B -G D240", "A" + kBlankCommand + "B"), 255);
   EXPECT_EQ(take_font_calls(), job_calls({kVariant2High}));
   const std::string output = read_file("output");
   EXPECT_NE(output.find("A\x0c"), std::string::npos);
