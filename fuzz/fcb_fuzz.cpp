@@ -22,7 +22,7 @@ FcbTable load(const std::string& path, Status& status) {
   require(form.cur_line == kStartLine, "the current line was touched");
   const std::string expected = status == 0 ? "" : "filter: FCB data error\n";
   require(messages.text() == expected, "messages of the form reader");
-  require(status == 0 || status == 1, "status of the form reader");
+  require(status == ST_OK || status == ST_FAILED, "status of the form reader");
   return form;
 }
 

@@ -120,17 +120,17 @@ std::string_view introducer(GaijiForm form) {
 }  // namespace
 
 int resolution_class_of(int font_variant, int high_resolution_fonts) {
-  if (font_variant == 2) {
+  if (font_variant == kFineFonts) {
     return 2;
   }
   return high_resolution_fonts != 0 ? 1 : 0;
 }
 
 GaijiForm gaiji_form_of(int font_variant, std::uint32_t printer_class) {
-  if (font_variant == 0) {
+  if (font_variant == kFixedFont) {
     return GaijiForm::kFixed;
   }
-  const bool takes_unencoded = font_variant == 1 && printer_class == kPrinterClassF1;
+  const bool takes_unencoded = font_variant == kAllFonts && printer_class == kPrinterClassF1;
   return takes_unencoded ? GaijiForm::kUnencoded : GaijiForm::kNibbles;
 }
 

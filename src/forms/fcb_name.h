@@ -8,7 +8,7 @@
 
 namespace rlx {
 
-/// The room of a form name that a record gives, with its NUL.
+/// The room of a form name that a print-condition command gives, with its NUL.
 using FcbName = std::array<char, 5>;
 
 /// The FCB name that a print-condition command gives: the four bytes from b + 15 on with layout

@@ -59,7 +59,7 @@ struct LoopState : LoopParts {
   bool content_since_conditions = false;
   /// The current print conditions still have to be sent.
   bool conditions_pending = true;
-  /// Code of the last record that changed print conditions; 0 before the first.
+  /// Code of the last command that changed print conditions; 0 before the first.
   std::uint32_t last_condition_code = CMD_NONE;
   /// Whether command 479 resets the line unit.
   bool spacing_reset = false;
