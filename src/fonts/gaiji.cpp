@@ -18,7 +18,8 @@ constexpr std::string_view kSelectSize =
 /// ESC "$D", FS "0" and a size code, FS "21" and a code (ESC "Q0 D" comes with half the pattern),
 /// the code to print.
 constexpr std::size_t kLongestSequences = 3 + 4 + 5 + 2;
-static_assert(2 * kMaxPatternBytes + kLongestSequences <= kPageBufferBytes);
+static_assert(2 * kMaxPatternBytes + kLongestSequences <= kPageBufferBytes,
+              "the longest download always fits");
 
 constexpr std::uint8_t kSingleShift3 = 0x8F;
 /// In front of c1 and c2 in the library's codes of G3.

@@ -1,7 +1,6 @@
 #include "fonts/gaiji_pattern.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "job/settings.h"
 
@@ -66,7 +65,8 @@ std::size_t size_position(int size_index) {
 }
 
 void append_byte(OutputBuffer& out, unsigned byte) {
-  out.bytes[static_cast<std::size_t>(out.length++)] = static_cast<std::uint8_t>(byte);
+  const auto one = static_cast<std::uint8_t>(byte);
+  out.append_fitting({&one, 1});
 }
 
 constexpr std::size_t kMaxRowBytes = kMaxPatternDots / 8;
@@ -99,8 +99,7 @@ void append_nibbles(const PatternGeometry& geometry, const Row& row, OutputBuffe
 }
 
 void append_unencoded(const PatternGeometry& geometry, const Row& row, OutputBuffer& out) {
-  append_bytes(out, {reinterpret_cast<const char*>(row.data()),
-                     static_cast<std::size_t>(geometry.row_bytes())});
+  out.append_fitting(Bytes(row).first(static_cast<std::size_t>(geometry.row_bytes())));
 }
 
 std::string_view introducer(GaijiForm form) {
@@ -150,13 +149,11 @@ std::string_view size_code(int resolution_class, int size_index) {
 }
 
 void append_bytes(OutputBuffer& out, std::string_view bytes) {
-  std::memcpy(out.bytes.data() + out.length, bytes.data(), bytes.size());
-  out.length += static_cast<std::int32_t>(bytes.size());
+  out.append_fitting({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
 void append_code(OutputBuffer& out, const DownloadCode& code) {
-  append_byte(out, code[0]);
-  append_byte(out, code[1]);
+  out.append_fitting(code);
 }
 
 void append_download(GaijiForm form, const PatternGeometry& geometry, const DownloadCode& code,

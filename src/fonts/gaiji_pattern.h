@@ -58,7 +58,8 @@ const PatternGeometry& fixed_geometry();
 /// The two characters that select a download size, behind FS "0".
 std::string_view size_code(int resolution_class, int size_index);
 
-/// Appends bytes to a buffer that has room for them.
+// What a user-defined character becomes always fits in its buffer, see gaiji.cpp.
+
 void append_bytes(OutputBuffer& out, std::string_view bytes);
 void append_code(OutputBuffer& out, const DownloadCode& code);
 

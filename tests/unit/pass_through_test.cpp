@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/exit_status.h"
 #include "driver/loop/loop_state.h"
+#include "job/exit_status.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"

@@ -13,11 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "driver/exit_status.h"
 #include "driver/filter.h"
 #include "driver/job_end.h"
 #include "driver/main_loop.h"
 #include "driver/start_up.h"
+#include "job/exit_status.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
