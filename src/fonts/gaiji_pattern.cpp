@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "job/control_bytes.h"
 #include "job/settings.h"
 
 namespace rlx {
@@ -45,6 +46,10 @@ constexpr std::array<std::array<std::string_view, kGaijiSizes>, kResolutionClass
     {"$p", "%p", "&p", "&v"},
     {"$p", "%p", "&p", "'r"},
 }};
+
+constexpr std::array<std::uint8_t, 3> kFixedIntroducer{kFs, '2', '0'};
+constexpr std::array<std::uint8_t, 3> kNibblesIntroducer{kFs, '2', '1'};
+constexpr std::array<std::uint8_t, 5> kUnencodedIntroducer{kEsc, 'Q', '0', ' ', 'D'};
 
 /// A geometry reads its rows inside the pattern and sends no characters that a row does not have.
 constexpr bool is_sound(const PatternGeometry& geometry) {
@@ -102,18 +107,16 @@ void append_unencoded(const PatternGeometry& geometry, const Row& row, OutputBuf
   out.append_fitting(Bytes(row).first(static_cast<std::size_t>(geometry.row_bytes())));
 }
 
-std::string_view introducer(GaijiForm form) {
+Bytes introducer(GaijiForm form) {
   switch (form) {
     case GaijiForm::kFixed:
-      return "\x1c"
-             "20";
+      return kFixedIntroducer;
     case GaijiForm::kUnencoded:
-      return "\x1bQ0 D";
+      return kUnencodedIntroducer;
     case GaijiForm::kNibbles:
       break;
   }
-  return "\x1c"
-         "21";
+  return kNibblesIntroducer;
 }
 
 }  // namespace
@@ -158,7 +161,7 @@ void append_code(OutputBuffer& out, const DownloadCode& code) {
 
 void append_download(GaijiForm form, const PatternGeometry& geometry, const DownloadCode& code,
                      const GlyphPattern& pattern, OutputBuffer& out) {
-  append_bytes(out, introducer(form));
+  out.append_fitting(introducer(form));
   append_code(out, code);
   for (std::int32_t number = 0; number < geometry.rows; ++number) {
     const Row row = cropped_row(geometry, pattern, number);
