@@ -28,8 +28,11 @@ struct ConditionsOutput {
 /// ESC "$@" ESC "(H" ESC "Q1 y", is written for every command, and nothing else is done.
 ///
 /// @param last_command        code of the last command that changed print conditions
-/// @param capability_F        not looked at
-/// @param line_unit           not looked at
+/// @param capability_F        with line_unit: what the conditions may depend on too. No rule for
+/// them
+///                            is known, so neither is looked at; they are passed so that a rule
+///                            needs no new way to them.
+/// @param line_unit           see capability_F
 /// @param spacing_index       the caller's copy of settings.spacing_index, filled here; from
 ///                            kOutputF on a print-condition or form name command (482, 483) makes
 ///                            it 4. Or null.

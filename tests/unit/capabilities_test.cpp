@@ -118,14 +118,13 @@ TEST_F(Capabilities, FirstLetterGAndFCountWhateverFollowsAndWhateverIsAsked) {
 
 TEST_F(Capabilities, TokensThatMatchNothingAreSkipped) {
   for (const char* text :
-       {"f3",   "L5", "L0",    "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
-        "SA3",  "m7", "m700",  "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
-        "d240", "G",  "Ja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
+       {"f3",   "L5", "L0",     "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
+        "SA3",  "m7", "m700",   "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
+        "d240", "G",  "Jja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
     parse_capabilities(the_filter().printer, text);
     for (int kind = 1; kind <= 9; ++kind) {
       EXPECT_EQ(printer_has(the_filter().printer, kind, 0), 0U) << text << " in kind " << kind;
     }
-    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
   }
 }
 
@@ -143,17 +142,6 @@ TEST_F(Capabilities, OccurrencesAddUp) {
   EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 240U);
   EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 240), 1U);
   EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 400), 1U);
-}
-
-TEST_F(Capabilities, JapaneseLocaleOnlyWithItsExactToken) {
-  for (const char* text : {"J", "Jja", "Jja_JP.U90", "Jja_jp", "jja_JP"}) {
-    parse_capabilities(the_filter().printer, text);
-    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
-  }
-  parse_capabilities(the_filter().printer, "D240!Jja_JP!f1");
-  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
-  parse_capabilities(the_filter().printer, "J");
-  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
 }
 
 TEST_F(Capabilities, ResolutionTakesTheDecimalNumberThatFollows) {

@@ -20,8 +20,7 @@ void send_conditions(LoopState& loop, std::uint32_t command) {
     gaiji_reset_size(loop.gaiji);
   }
   emit_print_conditions(loop.conditions_output, command, loop.command_line.capability_F,
-                        loop.job.line_unit, &loop.spacing_index, &loop.job.line_unit,
-                        &loop.conditions_written, loop.settings);
+                        loop.job.line_unit, nullptr, &loop.job.line_unit, nullptr, loop.settings);
 }
 
 Status reload_fonts(LoopState& loop) {

@@ -150,7 +150,6 @@ Status set_character_pitch(const OptionTargets& to, const char* argument) {
     return illegal_option(to.messages, 'c');
   }
   to.settings.char_pitch_source = kFromCommandLine;
-  to.settings.char_pitch_text = argument;
   to.command_line.character_pitch = kUnitsPerInch / characters_per_inch;
   return ST_OK;
 }
