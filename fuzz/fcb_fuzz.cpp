@@ -22,7 +22,7 @@ FcbTable load(const std::string& path, Status& status) {
   require(form.cur_line == kStartLine, "the current line was touched");
   const std::string expected = status == 0 ? "" : "filter: FCB data error\n";
   require(messages.text() == expected, "messages of the form reader");
-  require(status == 0 || status == 1, "status of the form reader");
+  require(status == ST_OK || status == ST_FAILED, "status of the form reader");
   return form;
 }
 
@@ -33,7 +33,7 @@ std::size_t line_count(const FcbTable& form) {
 
 void check_form(const FcbTable& form) {
   const std::size_t lines = line_count(form);
-  const bool short_forms = the_filter().command_line.stream_variant == 4;
+  const bool short_forms = the_filter().command_line.stream_variant == kShortFormStream;
   require(form.form_halfinch >= (short_forms ? 7 : 2), "a form is too short");
   require(form.form_halfinch <= 40, "a form is too long");
   require(form.top_line >= 1 && static_cast<std::size_t>(form.top_line) <= lines, "top line");
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::uint8_t switches = choices.byte();
   rlx::testing::restart_settings();
   rlx::testing::the_filter().messages.program_name = "filter";
-  rlx::testing::the_filter().command_line.stream_variant = 2 + switches % 3;
+  rlx::testing::the_filter().command_line.stream_variant = rlx::kPlainStream + switches % 3;
   rlx::testing::the_filter().job.page_started = (switches & 8) != 0 ? 1 : 0;
   rlx::testing::the_filter().environment = {1, (switches & 16) != 0 ? 1 : 0};
   file.set(choices.rest());

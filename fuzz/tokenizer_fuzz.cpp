@@ -10,6 +10,7 @@
 #include "input/byte_source.h"
 #include "input/ready_sequence.h"
 #include "input/sequence_reader.h"
+#include "job/command_record.h"
 #include "job/control_bytes.h"
 #include "support/the_filter.h"
 
@@ -17,10 +18,19 @@ namespace rlx::fuzzing {
 namespace {
 
 constexpr std::array<std::uint32_t, 75> kTokenCodes{
-    256, 260, 262, 263, 268, 289, 292, 298, 302, 322, 324, 325, 326, 328, 330, 347, 348, 385, 386,
-    387, 388, 396, 416, 428, 437, 440, 441, 445, 446, 448, 449, 453, 456, 457, 458, 459, 460, 461,
-    462, 463, 464, 465, 466, 468, 469, 470, 474, 475, 476, 478, 482, 483, 485, 486, 493, 494, 495,
-    496, 497, 498, 500, 506, 509, 510, 511, 513, 514, 515, 516, 517, 518, 519, 520, 522, 523};
+    CMD_CTRL,        CMD_LF,       CMD_FF,         CMD_CR,       CMD_DEL,        CMD_ESC_DOLLAR_AT,
+    CMD_ESC_PAREN_H, CMD_ESC_C,    CMD_ESC_DEL4,   CMD_FS_QUOTE, CMD_FS_DOLLAR,  CMD_FS_PERCENT,
+    CMD_FS_AMP,      CMD_FS_PAREN, CMD_FS_STAR,    CMD_FS_J,     CMD_FS_K,       CMD_CSI_BQ,
+    CMD_CSI_AL,      CMD_CSI_DL,   CMD_CSI_EL,     CMD_CSI_SP_E, CMD_Q_NL_SP9,   CMD_Q_Y_EX,
+    CMD_Q_PL_SP,     CMD_Q_XL_SP,  CMD_Q_YL_SP,    CMD_Q_AT_EX,  CMD_Q_A_EX,     CMD_Q_C_EX,
+    CMD_Q_D_EX,      CMD_Q_H_EX,   CMD_Q_AL_EX,    CMD_Q_JL_EX,  CMD_Q_KL_EX,    CMD_Q_LL_EX,
+    CMD_Q_ML_EX,     CMD_Q_NL_EX,  CMD_Q_PL_EX,    CMD_Q_QL_EX,  CMD_Q_SL_EX,    CMD_Q_UL_EX,
+    CMD_Q_VL_EX,     CMD_Q_XL_EX,  CMD_Q_YL_EX,    CMD_Q_ZL_EX,  CMD_Q_TILDE_SP, CMD_Q_DEL_EX,
+    CMD_Q_F_EX,      CMD_Q_I_EX,   CMD_Q_NL_SP,    CMD_Q_NL_SP2, CMD_Q_TILDE_SL, CMD_Q_W_EX,
+    CMD_Q_R_EX,      CMD_Q_X_EX,   CMD_Q_BSL_EX,   CMD_Q_BL_EX,  CMD_Q_CL_EX,    CMD_Q_FL_EX,
+    CMD_Q_OL_SP,     CMD_Q_RBR_EX, CMD_Q_BAR_SL,   CMD_Q_E_SL,   CMD_Q_F_SL,     CMD_Q_G_SL,
+    CMD_Q_H_SL,      CMD_Q_I_SL,   CMD_Q_U_SL,     CMD_Q_V_SL,   CMD_Q_W_SL,     CMD_Q_X_SL,
+    CMD_Q_BQ_SL,     CMD_Q_BL_SL,  CMD_Q_RBRACE_SL};
 
 struct Job {
   bool extended_parameters;

@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <new>
 
-#include "driver/exit_status.h"
 #include "driver/filter.h"
 #include "driver/job_end.h"
 #include "driver/main_loop.h"
 #include "driver/start_up.h"
+#include "job/exit_status.h"
 #include "support/process_end.h"
 
 namespace {

@@ -15,9 +15,13 @@ namespace rlx {
 // The font access library at run time. It is loaded from a fixed path when it is there; without it
 // the filter runs all the same and every user-defined character is undefined.
 
-/// fal_read_glyph: there is no pattern for this character.
+// Results of fal_read_glyph. They share their numbers with others, but never leave fonts/:
+// gaiji_put prints what is undefined as such, and asks for typefaces and code sets that there are,
+// because JobState::gaiji_typeface is 0 or 1.
+
+/// There is no pattern for this character.
 inline constexpr Status kGlyphUndefined{1};
-/// fal_read_glyph: typeface or code set out of range.
+/// Typeface or code set out of range.
 inline constexpr Status kGlyphOutOfRange{-1};
 
 /// The largest pattern: 72 dots square, 9 bytes a row.

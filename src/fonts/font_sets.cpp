@@ -19,7 +19,7 @@ struct SizeRule {
 
 constexpr SizeRule kPlain{};
 
-/// By font class, then size index.
+/// By FontClass, then size index.
 constexpr std::array<std::array<SizeRule, kFontSizes>, kFontClasses> kSizeRules{{
     {{kPlain, kPlain, kPlain, {true, 2}, kPlain, kPlain}},
     {{kPlain, kPlain, {true, 1}, kPlain, {true, 3}, kPlain}},
@@ -28,7 +28,7 @@ constexpr std::array<std::array<SizeRule, kFontSizes>, kFontClasses> kSizeRules{
 }};
 
 /// The class whose enlarged fonts are read at their own size; the others read at pattern size.
-constexpr int kClassWithEnlargedReads = 1;
+constexpr FontClass kClassWithEnlargedReads = kLowClass;
 /// The size index that has no font of its own, and the one that lends it one.
 constexpr std::size_t kBorrowingSize = 5;
 constexpr std::size_t kLendingSize = 3;
@@ -39,15 +39,15 @@ struct SetOpening {
   FontSet& set;
   int typeface;
   int code_set;
-  int font_class;
+  FontClass font_class;
   int report_flag;
 };
 
-const FontSizeTable& size_table(int font_class, std::size_t index) {
+const FontSizeTable& size_table(FontClass font_class, std::size_t index) {
   return kFontSizeTables[static_cast<std::size_t>(font_class)][index];
 }
 
-const SizeRule& size_rule(int font_class, std::size_t index) {
+const SizeRule& size_rule(FontClass font_class, std::size_t index) {
   return kSizeRules[static_cast<std::size_t>(font_class)][index];
 }
 
@@ -80,7 +80,7 @@ FalFontQuery font_query(int typeface, int code_set, const FontSizeTable& size) {
 }
 
 /// True for the size whose font also answers for kBorrowingSize.
-bool lends_font(int font_class, std::size_t index) {
+bool lends_font(FontClass font_class, std::size_t index) {
   return index == kLendingSize && size_table(font_class, kBorrowingSize).font_dots != 0;
 }
 
@@ -162,7 +162,7 @@ Status open_size(const SetOpening& opening, std::size_t index) {
 }
 
 /// Opens the sets of one typeface, G1 before G3.
-Status open_typeface(FontSets& fonts, int typeface, int font_class, int report_flag) {
+Status open_typeface(FontSets& fonts, int typeface, FontClass font_class, int report_flag) {
   for (const int code_set : {kCodeSetG1, kCodeSetG3}) {
     FontSet& set = *find_font_set(fonts, typeface, code_set);
     const Status status = font_set_open(fonts, set, typeface, code_set, font_class, report_flag);
@@ -173,7 +173,7 @@ Status open_typeface(FontSets& fonts, int typeface, int font_class, int report_f
   return ST_OK;
 }
 
-void set_read_sizes(FontSet& set, int font_class) {
+void set_read_sizes(FontSet& set, FontClass font_class) {
   for (std::size_t index = 0; index < kFontSizes; ++index) {
     const FontSizeTable& table = size_table(font_class, index);
     FontSize& size = set.sizes[index];
@@ -184,24 +184,24 @@ void set_read_sizes(FontSet& set, int font_class) {
 
 }  // namespace
 
-int font_class_of(int font_variant, int high_resolution_fonts) {
+FontClass font_class_of(int font_variant, int high_resolution_fonts) {
   const bool high = high_resolution_fonts != 0;
   switch (font_variant) {
-    case 0:
-      return 0;
-    case 1:
-      return high ? 2 : 1;
-    case 2:
-      return high ? 3 : -1;
+    case kFixedFont:
+      return kFixedClass;
+    case kAllFonts:
+      return high ? kHighClass : kLowClass;
+    case kFineFonts:
+      return high ? kFineClass : kNoFontClass;
     default:
-      return -1;
+      return kNoFontClass;
   }
 }
 
 Status fonts_open(FontSets& fonts, int font_variant, int high_resolution_fonts, int report_flag,
                   int second_typeface) {
-  const int font_class = font_class_of(font_variant, high_resolution_fonts);
-  if (font_class < 0) {
+  const FontClass font_class = font_class_of(font_variant, high_resolution_fonts);
+  if (font_class == kNoFontClass) {
     return ST_NO_FONT_CLASS;
   }
   fonts.sets = {};
@@ -245,8 +245,8 @@ void fonts_close(FontSets& fonts) {
   fonts.sets = {};
 }
 
-Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set, int font_class,
-                     int report_flag) {
+Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set,
+                     FontClass font_class, int report_flag) {
   set_library_locale();
   const SetOpening opening{fonts, set, typeface, code_set, font_class, report_flag};
   for (std::size_t index = 0; index < kFontSizes; ++index) {

@@ -8,19 +8,19 @@ namespace rlx {
 // Which system fonts serve the user-defined characters: opened through the font access library at
 // start-up, again whenever the job switches between 240 and 400 dots per inch, closed at its end.
 
-/// The font class 0 to 3 of a font variant: variant 0 has class 0; variant 1 class 1, or 2 with
-/// high-resolution fonts; variant 2 class 3, which needs high-resolution fonts.
-/// (The download has a coarser class of its own, see gaiji_pattern.h.)
-/// @return the class, or -1 when there is none.
-int font_class_of(int font_variant, int high_resolution_fonts);
+/// The font class of a FontVariant: kFixedFont has kFixedClass; kAllFonts kLowClass, or kHighClass
+/// with high-resolution fonts; kFineFonts kFineClass, which needs high-resolution fonts. (The
+/// download has a coarser class of its own, see gaiji_pattern.h.)
+/// @return the class, or kNoFontClass when there is none.
+FontClass font_class_of(int font_variant, int high_resolution_fonts);
 
 /// Opens the fonts of all typefaces and code sets. Without the library it only forgets the fonts:
 /// every user-defined character is then undefined. A size without a font is no error either.
 /// Fonts that are open already must have been closed.
 /// @param report_flag  1: a library error is reported on standard error.
 /// @param second_typeface  0: no gothic fonts are opened, both typefaces use the mincho ones.
-/// @return ST_OK, -1 for an invalid variant (nothing is touched), or ST_FONT_ERROR after a library
-/// error (what was opened has been closed).
+/// @return ST_OK; ST_NO_FONT_CLASS when the variant has no class (nothing is touched), or
+/// ST_FONT_ERROR after a library error (what was opened has been closed).
 Status fonts_open(FontSets& fonts, int font_variant, int high_resolution_fonts, int report_flag,
                   int second_typeface);
 
@@ -31,9 +31,9 @@ void fonts_close(FontSets& fonts);
 /// library. A size without a font falls back: the second typeface to the first, the first to a
 /// neighbouring size.
 /// @param set  one of `fonts`, forgotten before; keeps what was opened before a failure.
-/// @param font_class  0 to 3.
+/// @param font_class  any but kNoFontClass.
 /// @return ST_OK or ST_FONT_ERROR.
-Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set, int font_class,
-                     int report_flag);
+Status font_set_open(FontSets& fonts, FontSet& set, int typeface, int code_set,
+                     FontClass font_class, int report_flag);
 
 }  // namespace rlx

@@ -23,7 +23,14 @@ inline constexpr int kCodeSets = 2;
 /// Size indexes 0 to 5. Characters have the sizes 1 to 4; 0 and 5 serve other sizes and a few
 /// special rows.
 inline constexpr std::size_t kFontSizes = 6;
-/// Font classes 0 to 3 (font_class_of).
+/// Which fonts are opened, by the font variant and the resolution of the job (font_class_of).
+enum FontClass : int {
+  kNoFontClass = -1,
+  kFixedClass = 0,  ///< the one size of the fixed form
+  kLowClass = 1,    ///< all sizes, for 240 dots per inch
+  kHighClass = 2,   ///< all sizes, for 400 dots per inch
+  kFineClass = 3,   ///< the sizes of -B, for 400 dots per inch
+};
 inline constexpr std::size_t kFontClasses = 4;
 
 /// What a font class asks for at one size index. All fonts are square.
@@ -35,8 +42,8 @@ struct FontSizeTable {
   std::int32_t pattern_dots;   ///< size at which its patterns are read
 };
 
-/// By font class, then size index. Rows that are not enabled are never opened, but the font size of
-/// class 1, index 5 is looked at: it says that the index borrows the font of index 3.
+/// By FontClass, then size index. Rows that are not enabled are never opened, but the font size of
+/// kLowClass, index 5 is looked at: it says that the index borrows the font of index 3.
 inline constexpr std::array<std::array<FontSizeTable, kFontSizes>, kFontClasses> kFontSizeTables{{
     {{{0, 0, 0, 0, 0},
       {0, 0, 0, 0, 0},

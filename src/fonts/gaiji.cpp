@@ -1,24 +1,26 @@
 #include "fonts/gaiji.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 
 #include "fonts/gaiji_pattern.h"
+#include "job/control_bytes.h"
 
 namespace rlx {
 
 namespace {
 
-constexpr std::string_view kSelectDownloadSet = "\x1b$D";
-constexpr std::string_view kUndefinedAsSpace = "!!";
-constexpr std::string_view kUndefinedAsUbar = "\x1b$B\x1b(H_";
-constexpr std::string_view kSelectSize =
-    "\x1c"
-    "0";
+constexpr std::array<std::uint8_t, 3> kSelectDownloadSet{kEsc, '$', 'D'};
+constexpr std::array<std::uint8_t, 2> kUndefinedAsSpace{'!', '!'};
+constexpr std::array<std::uint8_t, 7> kUndefinedAsUbar{kEsc, '$', 'B', kEsc, '(', 'H', '_'};
+constexpr std::array<std::uint8_t, 2> kSelectSize{kFs, '0'};
 
 /// ESC "$D", FS "0" and a size code, FS "21" and a code (ESC "Q0 D" comes with half the pattern),
 /// the code to print.
 constexpr std::size_t kLongestSequences = 3 + 4 + 5 + 2;
-static_assert(2 * kMaxPatternBytes + kLongestSequences <= kPageBufferBytes);
+static_assert(2 * kMaxPatternBytes + kLongestSequences <= kPageBufferBytes,
+              "the longest download always fits");
 
 constexpr std::uint8_t kSingleShift3 = 0x8F;
 /// In front of c1 and c2 in the library's codes of G3.
@@ -86,23 +88,23 @@ Status fetch(FontSets& fonts, const Download& download, Glyph& glyph) {
 void select_download_set(CharacterSetState& state, OutputBuffer& out) {
   if (state.set != CharacterSetState::kDoubleByte ||
       state.designation != CharacterSetState::kDownloadDesignation) {
-    append_bytes(out, kSelectDownloadSet);
+    out.append_fitting(kSelectDownloadSet);
     state.select_download();
   }
 }
 
 void put_undefined(UndefinedGaijiRule rule, CharacterSetState& state, OutputBuffer& out) {
   if (rule == UndefinedGaijiRule::space) {
-    append_bytes(out, kUndefinedAsSpace);
+    out.append_fitting(kUndefinedAsSpace);
   } else {
-    append_bytes(out, kUndefinedAsUbar);
+    out.append_fitting(kUndefinedAsUbar);
     state.select_single_byte();
   }
 }
 
 void select_size(Gaiji& gaiji, const Download& download, OutputBuffer& out) {
   if (download.size_index != gaiji.cur_dl_size) {
-    append_bytes(out, kSelectSize);
+    out.append_fitting(kSelectSize);
     append_bytes(out, size_code(download.resolution_class, download.size_index));
     gaiji.cur_dl_size = download.size_index;
   }

@@ -1,8 +1,8 @@
 #include "fonts/gaiji_pattern.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "job/control_bytes.h"
 #include "job/settings.h"
 
 namespace rlx {
@@ -47,6 +47,10 @@ constexpr std::array<std::array<std::string_view, kGaijiSizes>, kResolutionClass
     {"$p", "%p", "&p", "'r"},
 }};
 
+constexpr std::array<std::uint8_t, 3> kFixedIntroducer{kFs, '2', '0'};
+constexpr std::array<std::uint8_t, 3> kNibblesIntroducer{kFs, '2', '1'};
+constexpr std::array<std::uint8_t, 5> kUnencodedIntroducer{kEsc, 'Q', '0', ' ', 'D'};
+
 /// A geometry reads its rows inside the pattern and sends no characters that a row does not have.
 constexpr bool is_sound(const PatternGeometry& geometry) {
   const std::int32_t rows_read = geometry.crop + geometry.rows;
@@ -66,7 +70,8 @@ std::size_t size_position(int size_index) {
 }
 
 void append_byte(OutputBuffer& out, unsigned byte) {
-  out.bytes[static_cast<std::size_t>(out.length++)] = static_cast<std::uint8_t>(byte);
+  const auto one = static_cast<std::uint8_t>(byte);
+  out.append_fitting({&one, 1});
 }
 
 constexpr std::size_t kMaxRowBytes = kMaxPatternDots / 8;
@@ -99,38 +104,35 @@ void append_nibbles(const PatternGeometry& geometry, const Row& row, OutputBuffe
 }
 
 void append_unencoded(const PatternGeometry& geometry, const Row& row, OutputBuffer& out) {
-  append_bytes(out, {reinterpret_cast<const char*>(row.data()),
-                     static_cast<std::size_t>(geometry.row_bytes())});
+  out.append_fitting(Bytes(row).first(static_cast<std::size_t>(geometry.row_bytes())));
 }
 
-std::string_view introducer(GaijiForm form) {
+Bytes introducer(GaijiForm form) {
   switch (form) {
     case GaijiForm::kFixed:
-      return "\x1c"
-             "20";
+      return kFixedIntroducer;
     case GaijiForm::kUnencoded:
-      return "\x1bQ0 D";
+      return kUnencodedIntroducer;
     case GaijiForm::kNibbles:
       break;
   }
-  return "\x1c"
-         "21";
+  return kNibblesIntroducer;
 }
 
 }  // namespace
 
 int resolution_class_of(int font_variant, int high_resolution_fonts) {
-  if (font_variant == 2) {
+  if (font_variant == kFineFonts) {
     return 2;
   }
   return high_resolution_fonts != 0 ? 1 : 0;
 }
 
 GaijiForm gaiji_form_of(int font_variant, std::uint32_t printer_class) {
-  if (font_variant == 0) {
+  if (font_variant == kFixedFont) {
     return GaijiForm::kFixed;
   }
-  const bool takes_unencoded = font_variant == 1 && printer_class == kPrinterClassF1;
+  const bool takes_unencoded = font_variant == kAllFonts && printer_class == kPrinterClassF1;
   return takes_unencoded ? GaijiForm::kUnencoded : GaijiForm::kNibbles;
 }
 
@@ -150,18 +152,16 @@ std::string_view size_code(int resolution_class, int size_index) {
 }
 
 void append_bytes(OutputBuffer& out, std::string_view bytes) {
-  std::memcpy(out.bytes.data() + out.length, bytes.data(), bytes.size());
-  out.length += static_cast<std::int32_t>(bytes.size());
+  out.append_fitting({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
 void append_code(OutputBuffer& out, const DownloadCode& code) {
-  append_byte(out, code[0]);
-  append_byte(out, code[1]);
+  out.append_fitting(code);
 }
 
 void append_download(GaijiForm form, const PatternGeometry& geometry, const DownloadCode& code,
                      const GlyphPattern& pattern, OutputBuffer& out) {
-  append_bytes(out, introducer(form));
+  out.append_fitting(introducer(form));
   append_code(out, code);
   for (std::int32_t number = 0; number < geometry.rows; ++number) {
     const Row row = cropped_row(geometry, pattern, number);

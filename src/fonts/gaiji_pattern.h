@@ -39,17 +39,17 @@ struct PatternGeometry {
   constexpr std::int32_t row_bytes() const { return (font_dots + 7) / 8; }
 };
 
-/// The resolution class: 2 for font variant 2, otherwise 1 with high-resolution fonts, otherwise 0.
+/// The resolution class: 2 for kFineFonts, otherwise 1 with high-resolution fonts, otherwise 0.
 int resolution_class_of(int font_variant, int high_resolution_fonts);
 
-/// The form for a font variant: 0 fixed, 2 nibbles; 1 unencoded when the printer class is
-/// kPrinterClassF1, otherwise nibbles.
+/// The form for a FontVariant: fixed for kFixedFont, nibbles for kFineFonts; for kAllFonts
+/// unencoded when the printer class is kPrinterClassF1, otherwise nibbles.
 GaijiForm gaiji_form_of(int font_variant, std::uint32_t printer_class);
 
 /// What is sent of a pattern in the forms with size selection.
 /// @param size_index  1 to 4
-/// @param enlarged  whether the font delivers a larger pattern than the cell; counts in class 0
-/// only.
+/// @param enlarged    whether the font delivers a larger pattern than the cell; counts in class 0
+///                    only
 const PatternGeometry& pattern_geometry(int resolution_class, int size_index, bool enlarged);
 
 /// What is sent in the fixed form: a whole pattern of 24 dots.
@@ -58,7 +58,8 @@ const PatternGeometry& fixed_geometry();
 /// The two characters that select a download size, behind FS "0".
 std::string_view size_code(int resolution_class, int size_index);
 
-/// Appends bytes to a buffer that has room for them.
+// What a user-defined character becomes always fits in its buffer, see gaiji.cpp.
+
 void append_bytes(OutputBuffer& out, std::string_view bytes);
 void append_code(OutputBuffer& out, const DownloadCode& code);
 

@@ -78,10 +78,6 @@ Status zqgetc_refill(ByteSource& source, int flags, std::uint8_t* byte) {
   return is_framed(source) ? framed_getc(source.frames, byte) : plain_getc(source, flags, byte);
 }
 
-Status stdgetc(ByteSource& source, std::uint8_t* byte) {
-  return plain_getc(source, 0, byte);
-}
-
 Status peek_input(ByteSource& source) {
   return report_read_error(source, raw_refill(source.raw), 0);
 }

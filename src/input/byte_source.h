@@ -45,7 +45,7 @@ inline bool at_end_frame_end(const ByteSource& source) {
 Status zqgetc_refill(ByteSource& source, int flags, std::uint8_t* byte);
 
 /// zqgetc: delivers the next byte of the job, out of its frame with option -d. Whoever reads the
-/// job does it with this, or takes bytes that stand ready from the same window.
+/// job uses this, or takes bytes that stand ready from the same window.
 /// @param flags  0 or kQuiet.
 /// @return ST_OK; ST_EOF at the end of the input; ST_IOERR on a read error, which is reported with
 /// the system's text unless kQuiet is given or the input is framed. With option -d empty frames are
@@ -60,10 +60,8 @@ inline Status zqgetc(ByteSource& source, int flags, std::uint8_t* byte) {
   return ST_OK;
 }
 
-/// stdgetc: delivers the next byte of standard input, whatever the options are. @return as zqgetc.
-Status stdgetc(ByteSource& source, std::uint8_t* byte);
-
-/// Looks whether standard input has another byte, and leaves it there. @return as stdgetc.
+/// Looks whether standard input has another byte, and leaves it there.
+/// @return ST_OK, ST_EOF, or ST_IOERR on a read error, which is reported with the system's text.
 Status peek_input(ByteSource& source);
 
 }  // namespace rlx

@@ -9,10 +9,6 @@ namespace {
 
 constexpr std::uint8_t kLastPrintable = 0x7e;
 
-Status read_character_byte(ByteSource& source, std::uint8_t* byte) {
-  return is_framed(source) ? zqgetc(source, 0, byte) : stdgetc(source, byte);
-}
-
 /// A character that lacks bytes is invalid; what was read of it is kept.
 Status cut_character(Classifier& classifier, CommandRecord& record, Status status) {
   record.code = CMD_TEXT_BAD;
@@ -31,7 +27,7 @@ Status read_rest(Classifier& classifier, CommandRecord& record, int count) {
       return cut_character(classifier, record, ST_OK);
     }
     std::uint8_t byte = 0;
-    const Status status = read_character_byte(source, &byte);
+    const Status status = zqgetc(source, 0, &byte);
     if (status != ST_OK) {
       return cut_character(classifier, record, status);
     }

@@ -16,6 +16,10 @@ namespace rlx {
 /// A key that no byte has.
 inline constexpr std::uint32_t kNoKey = 255;
 
+/// Final bytes; a byte between them ends a sequence, unless its table says otherwise.
+inline constexpr std::uint8_t kFirstFinal = 0x40;
+inline constexpr std::uint8_t kLastFinal = 0x7e;
+
 struct TableRow {
   std::uint32_t key;   ///< the byte
   std::uint32_t form;  ///< how the sequence goes on; each table has its own forms

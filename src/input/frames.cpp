@@ -123,24 +123,24 @@ Status prtclin(FrameReader& frames, std::uint8_t* byte) {
 
 void prtclout(const FrameReader& frames) {
   std::array<std::uint8_t, kFrameHeaderBytes> frame{};
-  if (!write_frame(frame, frames.frame_kind, "rlxinout_ctl", "prtclout")) {
+  if (write_frame(frame, frames.frame_kind, "rlxinout_ctl", "prtclout") != ST_OK) {
     end_process(ST_FAILED);
   }
 }
 
-bool write_frame(std::span<std::uint8_t> frame, FrameKind kind, const char* module,
-                 const char* function) {
+Status write_frame(std::span<std::uint8_t> frame, FrameKind kind, const char* module,
+                   const char* function) {
   fill_header(frame, kind);
   Bytes left = frame;
   while (!left.empty()) {
     const std::int32_t written =
         narrow_long_to_int(write_some(STDOUT_FILENO, left), module, function, -1);
     if (written < 0) {
-      return false;
+      return ST_FAILED;
     }
     left = left.subspan(static_cast<std::size_t>(written));
   }
-  return true;
+  return ST_OK;
 }
 
 }  // namespace rlx

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "input/raw_input.h"
+#include "job/status.h"
 
 namespace rlx {
 
@@ -66,8 +67,8 @@ void prtclout(const FrameReader& frames);
 /// that short.
 /// @param frame     room for the header, which is filled here, and the data behind it.
 /// @param module    with `function`: what a guard logs (support/narrowing.h).
-/// @return false when it cannot be written.
-bool write_frame(std::span<std::uint8_t> frame, FrameKind kind, const char* module,
-                 const char* function);
+/// @return ST_OK, or ST_FAILED when it cannot be written.
+Status write_frame(std::span<std::uint8_t> frame, FrameKind kind, const char* module,
+                   const char* function);
 
 }  // namespace rlx

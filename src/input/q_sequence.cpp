@@ -13,8 +13,6 @@ namespace rlx {
 
 namespace {
 
-constexpr std::size_t kFirstParameter = 2;  // behind ESC and "Q"
-constexpr int kMaxCountDigits = 7;
 constexpr std::int32_t kTransparentDataBytes = 32;
 constexpr int kFieldsBeforeCount = 4;
 
@@ -54,7 +52,7 @@ class Parameters {
       }
       const bool leading_zero = digits == 0 && *next_ == '0';
       digits += leading_zero ? 0 : 1;
-      if (digits > kMaxCountDigits) {
+      if (digits > kMaxParameterDigits) {
         return false;
       }
       count = count * 10 + (*next_ - '0');
@@ -215,13 +213,13 @@ Status parse_form(Tokenizer& tokenizer, int flags, CommandRecord& record, const 
 /// Reads parameters, separator and final byte. A DEL is a parameter byte unless "!" stands before
 /// it.
 Status read_to_final(Tokenizer& tokenizer, int flags, CommandRecord& record) {
-  const Status status = zqrhandl(tokenizer.source, flags, &record, 0x40, kDel);
+  const Status status = zqrhandl(tokenizer.source, flags, &record, kFirstFinal, kDel);
   if (status != ST_OK || record.code == CMD_IGNORE) {
     return status;
   }
   const auto last = static_cast<std::size_t>(record.length - 1);
   if (record.bytes[last] == kDel && record.bytes[last - 1] != '!') {
-    return zqrhandl(tokenizer.source, flags, &record, 0x40, 0x7e);
+    return zqrhandl(tokenizer.source, flags, &record, kFirstFinal, kLastFinal);
   }
   return ST_OK;
 }

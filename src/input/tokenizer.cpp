@@ -10,8 +10,6 @@ namespace rlx {
 
 namespace {
 
-constexpr std::uint8_t kFirstFinal = 0x40;
-constexpr std::uint8_t kLastFinal = 0x7e;
 constexpr int kDel4DataBytes = 4;
 
 std::uint8_t last_byte(const CommandRecord& record) {

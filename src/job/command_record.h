@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "job/bytes.h"
@@ -9,6 +10,11 @@ namespace rlx {
 
 /// Bytes of one command that a CommandRecord holds.
 inline constexpr std::int32_t kRecordCapacity = 4096;
+
+/// Where the parameters of a sequence begin: behind ESC and "Q", or two other bytes.
+inline constexpr std::size_t kFirstParameter = 2;
+/// Significant digits that a number among the parameters may have.
+inline constexpr int kMaxParameterDigits = 7;
 
 /// What kind of command a record holds. Codes are fixed numbers; the names of the ESC Q codes are
 /// the final character (lower-case letters with a trailing L, AT for "@", BSL for the backslash,

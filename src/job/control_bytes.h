@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace rlx {
 
@@ -12,5 +13,9 @@ inline constexpr std::uint8_t kCarriageReturn = 0x0d;
 inline constexpr std::uint8_t kEsc = 0x1b;
 inline constexpr std::uint8_t kFs = 0x1c;
 inline constexpr std::uint8_t kDel = 0x7f;
+
+/// ESC "Q", which most sequences begin with, as text.
+inline constexpr std::string_view kEscQText = "\x1bQ";
+static_assert(kEscQText.front() == kEsc);
 
 }  // namespace rlx

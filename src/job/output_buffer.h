@@ -32,6 +32,10 @@ struct OutputBuffer {
     return true;
   }
 
+  /// Appends bytes if they fit and leaves them out, whole, if they do not. For what always fits,
+  /// and for what may be left out; whoever calls it says which.
+  void append_fitting(Bytes more) { static_cast<void>(append(more)); }
+
   Bytes gathered() const { return Bytes(bytes).first(static_cast<std::size_t>(length)); }
 };
 

@@ -79,10 +79,10 @@ struct SettingsRecord {
   /// kFromForm or kFromFormKind3 by command 500. kFromCommandLine would put form data of the
   /// command line before the job's; the rules for it are in place, no option gives any today.
   std::uint8_t form_source = kNotGiven;
-  const char* char_pitch_text = nullptr;  ///< argument of -c; null when not given
   const char* line_pitch_text = nullptr;  ///< argument of -l: lines per inch in decimal
-  const char* width_text = nullptr;       ///< argument of -w
-  std::int32_t spacing_index = 3;         ///< character spacing, 0 to 4
+  /// -w, and `width_source`. Accepted for the sake of the spoolers that pass it; nothing reads it.
+  const char* width_text = nullptr;
+  std::int32_t spacing_index = 3;  ///< character spacing, 0 to 4
   std::int32_t line_unit_value = kDefaultLineUnit;
   std::int32_t form_data_length = 0;  ///< 0 to kMaxFormData
   std::array<std::uint8_t, kMaxFormData> form_data{};

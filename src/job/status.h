@@ -4,7 +4,7 @@ namespace rlx {
 
 /// What every function returns that can fail or end something: 0 is success, any other value is
 /// handed up unchanged. What ends the job becomes the exit status of the process
-/// (driver/exit_status.h). A function that cannot fail returns nothing.
+/// (job/exit_status.h). A function that cannot fail returns nothing.
 enum class [[nodiscard]] Status : int{
     /// A byte or a record was delivered; a write succeeded.
     ST_OK = 0,

@@ -11,7 +11,7 @@ namespace {
 
 void keep_in_general(OutputBuffer& general, Bytes sequence) {
   // One that does not fit is left out.
-  static_cast<void>(general.append(sequence));
+  general.append_fitting(sequence);
 }
 
 std::int32_t kept_bytes(const CarriedSettings& carried) {

@@ -9,8 +9,8 @@ namespace rlx {
 namespace {
 
 /// Writes what is gathered, even if it is nothing.
-bool write_out_frame(FrameWriter& frames, FrameKind kind, const char* module,
-                     const char* function) {
+Status write_out_frame(FrameWriter& frames, FrameKind kind, const char* module,
+                       const char* function) {
   const std::span frame(frames.out_frame.data(),
                         kFrameHeaderBytes + static_cast<std::size_t>(frames.out_len));
   frames.out_len = 0;
@@ -18,7 +18,7 @@ bool write_out_frame(FrameWriter& frames, FrameKind kind, const char* module,
 }
 
 void write_gathered(FrameWriter& frames, FrameKind kind) {
-  if (!write_out_frame(frames, kind, "rlxinout_ctl", "directout")) {
+  if (write_out_frame(frames, kind, "rlxinout_ctl", "directout") != ST_OK) {
     end_process(ST_FAILED);
   }
 }
@@ -56,7 +56,7 @@ Status out_end_frame(FrameWriter& frames) {
   if (frames.out_len == 0 || frames.input.output_closed) {
     return ST_OK;
   }
-  return write_out_frame(frames, kEndFrame, "zqeuctorlx", "main") ? ST_OK : ST_FAILED;
+  return write_out_frame(frames, kEndFrame, "zqeuctorlx", "main");
 }
 
 PieceSink frame_sink(FrameWriter& frames) {

@@ -35,7 +35,7 @@ void out_density(JobHeader& header) {
   const std::int32_t length =
       narrow_ulong_to_int(digits.size(), "rlxinout_ctl", "dtout_pji", kKeepTruncated);
   ByteBuilder<32> sequence;
-  sequence.append("\x1bQ");
+  sequence.append(kEscQText);
   sequence.append(digits.text().substr(0, static_cast<std::size_t>(length)));
   sequence.append("!A");
   header.sent.resolution = header.command_line.resolution;

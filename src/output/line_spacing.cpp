@@ -16,8 +16,9 @@ constexpr std::uint32_t kLastDigit = 0x70;
 constexpr std::uint32_t kHighestPlainPitch = 20;
 constexpr std::int32_t kTenthsPerHalfInch = 5;
 
+/// One that would not fit is left out.
 void append_byte(OutputBuffer& buffer, std::uint8_t byte) {
-  static_cast<void>(buffer.append({&byte, 1}));
+  buffer.append_fitting({&byte, 1});
 }
 
 /// 0 behind the last line of the form.
@@ -70,7 +71,7 @@ PitchCommand numeric_command(char letter, std::uint32_t value) {
 }
 
 void append_command(OutputBuffer& buffer, const PitchCommand& command) {
-  static_cast<void>(buffer.append(command.sequence()));
+  buffer.append_fitting(command.sequence());
 }
 
 void append_command(CommandRecord& record, const PitchCommand& command) {

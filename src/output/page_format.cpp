@@ -3,15 +3,25 @@
 #include <string_view>
 #include <utility>
 
+#include "job/control_bytes.h"
+#include "job/units.h"
 #include "support/narrowing.h"
 
 namespace rlx {
 
 namespace {
 
-constexpr std::string_view kQ = "\x1bQ";
+/// The unit of lengths, 1/7200 inch.
+constexpr std::string_view kUnitSequence = "1;7200!C";
+static_assert(kUnitsPerInch == 7200);
 /// Smallest offset that is sent, 1/7200 inch.
 constexpr std::int32_t kSmallestOffset = 1440;
+
+/// Appends ESC "Q" and what stands behind it.
+void append_q(PageSequences& out, std::string_view rest) {
+  out.append(kEscQText);
+  out.append(rest);
+}
 
 bool contains(std::string_view text, char character) {
   return text.find(character) != std::string_view::npos;
@@ -52,7 +62,7 @@ char tray_digit(std::string_view tray) {
 /// ESC Q p;s;t;o !@ with a tray, ESC Q p;s;o !F without.
 void append_paper(JobHeader& header, PageSequences& out, std::string_view tray) {
   const std::string_view size = header.conditions.paper_size.data();
-  out.append(kQ);
+  out.append(kEscQText);
   out.append(paper_digit(size));
   out.append(';');
   out.append(size_digit(size));
@@ -78,19 +88,19 @@ void append_changed_paper(JobHeader& header, PageSequences& out) {
 
 void append_form_length(JobHeader& header, PageSequences& out) {
   if (header.form_length_changed()) {
-    out.append("\x1bQ10;;");
+    append_q(out, "10;;");
     out.append_decimal(header.job.form_length_tenths, 5);
     out.append(";!\\");
     header.sent.form_length_tenths = header.job.form_length_tenths;
   }
 }
 
-/// Reduction that goes with an orientation; most have none.
+/// What selects the reduction that goes with an orientation; most have none.
 std::string_view reduction(std::string_view orientation) {
   if (orientation == "PZ" || orientation == "LZ") {
-    return "\x1bQ66;66!I";
+    return "66;66!I";
   }
-  return orientation == "LP" ? "\x1bQ66;80!I" : "";
+  return orientation == "LP" ? "66;80!I" : "";
 }
 
 /// The binding margin that is sent. A copy that is left as it was, and one that is set although
@@ -110,13 +120,12 @@ void append_duplex(JobHeader& header, PageSequences& out) {
   const PrintConditions& now = header.conditions;
   const bool duplex = now.duplex[0] == 'B';
   if (duplex || header.command_line.header_selector == kSimplexBindingHeader) {
-    out.append(kQ);
-    out.append(duplex ? "2;" : "0;");
+    append_q(out, duplex ? "2;" : "0;");
     out.append(now.binding_edge[0] == 'U' ? "2;" : "0;");
     out.append_decimal(choose_binding_margin(header, duplex), 5);
     out.append(";00000!W");
   } else {
-    out.append("\x1bQ0;;;!W");
+    append_q(out, "0;;;!W");
   }
   header.sent.conditions.duplex = now.duplex;
   header.sent.conditions.binding_edge = now.binding_edge;
@@ -136,7 +145,7 @@ void append_offset(PageSequences& out, std::int32_t offset) {
 void append_offsets(JobHeader& header, PageSequences& out) {
   const PrintConditions& now = header.conditions;
   PrintConditions& sent = header.sent.conditions;
-  out.append(kQ);
+  out.append(kEscQText);
   sent.first_offset = 0;
   if (now.first_offset >= kSmallestOffset) {
     append_offset(out, now.first_offset);
@@ -163,12 +172,15 @@ PageSequences build_page_format(JobHeader& header) {
   PageSequences out;
   const bool new_orientation = header.orientation_changed();
   if (new_orientation) {
-    out.append("\x1bQ100;100!I");
+    append_q(out, "100;100!I");
   }
   append_changed_paper(header, out);
   append_form_length(header, out);
   if (new_orientation) {
-    out.append(reduction(header.conditions.orientation.data()));
+    const std::string_view selected = reduction(header.conditions.orientation.data());
+    if (!selected.empty()) {
+      append_q(out, selected);
+    }
     header.sent.conditions.orientation = header.conditions.orientation;
   }
   return out;
@@ -176,7 +188,7 @@ PageSequences build_page_format(JobHeader& header) {
 
 PageSequences build_page_setup(JobHeader& header) {
   PageSequences out;
-  out.append("\x1bQ1;7200!C");
+  append_q(out, kUnitSequence);
   if (header.duplex_changed()) {
     append_duplex(header, out);
   }

@@ -58,7 +58,7 @@ void cut_block(PageWriter& page) {
 void append_piece(PageWriter& page, Bytes piece) {
   if (!page.buffer->append(piece)) {
     cut_block(page);
-    static_cast<void>(page.buffer->append(piece));
+    page.buffer->append_fitting(piece);  // always fits, the buffer is empty
   }
 }
 

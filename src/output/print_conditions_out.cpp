@@ -19,7 +19,7 @@ namespace {
 constexpr std::array<std::uint32_t, 7> kGroupCommands{
     0, CMD_Q_A_EX, CMD_Q_I_EX, CMD_LINE_UNIT_479, CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_OL_SP};
 
-/// What a record selects, from the output variant of -f on.
+/// The spacing behind a print-condition command, from kOutputF on.
 constexpr std::int32_t kConditionSpacing = 4;
 /// As in a form that says nothing else.
 constexpr const char* kDefaultLinesPerInchText = "6";
@@ -81,19 +81,20 @@ void emit_framed(ConditionsOutput& to, std::int32_t* conditions_written) {
   write_bytes(to, kFramedReset);
 }
 
-void emit_character_pitch(ConditionsOutput& to, const SettingsRecord& record) {
-  if (record.char_pitch_source == kFromCommandLine) {
+void emit_character_pitch(ConditionsOutput& to, const SettingsRecord& settings) {
+  if (settings.char_pitch_source == kFromCommandLine) {
     write_pitch_sequences(to);
   }
 }
 
 /// Command 492 brings the pitches alone.
-void emit_pitches(ConditionsOutput& to, std::int32_t* spacing_index, const SettingsRecord& record) {
-  emit_character_pitch(to, record);
-  const bool given = record.line_pitch_source == kFromCommandLine;
-  line_pitch_sequence(to, given ? record.line_pitch_text : kDefaultLinesPerInchText, 0);
+void emit_pitches(ConditionsOutput& to, std::int32_t* spacing_index,
+                  const SettingsRecord& settings) {
+  emit_character_pitch(to, settings);
+  const bool given = settings.line_pitch_source == kFromCommandLine;
+  line_pitch_sequence(to, given ? settings.line_pitch_text : kDefaultLinesPerInchText, 0);
   if (to.command_line.emulation_mode != kFormLengthMode) {
-    copy_out(record.spacing_index, spacing_index);
+    copy_out(settings.spacing_index, spacing_index);
   }
 }
 
@@ -108,23 +109,23 @@ void emit_set_reset(ConditionsOutput& to, std::int32_t* conditions_written) {
   copy_out(1, conditions_written);
 }
 
-void emit_form_data(ConditionsOutput& to, const SettingsRecord& record) {
-  if (record.form_data_length != 0) {
-    const auto length = static_cast<std::size_t>(record.form_data_length);
-    write_and_keep(to, CMD_Q_R_EX, Bytes(record.form_data).first(length));
+void emit_form_data(ConditionsOutput& to, const SettingsRecord& settings) {
+  if (settings.form_data_length != 0) {
+    const auto length = static_cast<std::size_t>(settings.form_data_length);
+    write_and_keep(to, CMD_Q_R_EX, Bytes(settings.form_data).first(length));
   }
 }
 
 void emit_spacing(ConditionsOutput& to, std::uint32_t last_command, std::int32_t* spacing_index,
-                  const SettingsRecord& record) {
-  const bool form_from_command_line = record.form_source == kFromCommandLine;
+                  const SettingsRecord& settings) {
+  const bool form_from_command_line = settings.form_source == kFromCommandLine;
   if (to.command_line.emulation_mode == kFormLengthMode ||
-      (record.form_flag != 0 && !form_from_command_line)) {
+      (settings.form_flag != 0 && !form_from_command_line)) {
     return;
   }
-  std::int32_t index = record.spacing_index;
+  std::int32_t index = settings.spacing_index;
   if (is_condition_command(last_command) && !form_from_command_line &&
-      record.output_variant >= kOutputF) {
+      settings.output_variant >= kOutputF) {
     index = kConditionSpacing;
     copy_out(index, spacing_index);
   }
@@ -132,9 +133,9 @@ void emit_spacing(ConditionsOutput& to, std::uint32_t last_command, std::int32_t
 }
 
 void emit_line_pitch(ConditionsOutput& to, std::uint32_t last_command,
-                     const SettingsRecord& record) {
-  if (record.line_pitch_source == kFromCommandLine) {
-    line_pitch_sequence(to, record.line_pitch_text, 1);
+                     const SettingsRecord& settings) {
+  if (settings.line_pitch_source == kFromCommandLine) {
+    line_pitch_sequence(to, settings.line_pitch_text, 1);
   } else if (!is_condition_command(last_command)) {
     line_pitch_sequence(to, kDefaultLinesPerInchText, 0);
   }
@@ -145,13 +146,13 @@ void emit_line_pitch(ConditionsOutput& to, std::uint32_t last_command,
 void emit_print_conditions(ConditionsOutput& to, std::uint32_t last_command, int /*capability_F*/,
                            int /*line_unit*/, std::int32_t* spacing_index,
                            std::int32_t* line_unit_value, std::int32_t* conditions_written,
-                           const SettingsRecord& record) {
+                           const SettingsRecord& settings) {
   if (to.command_line.framed_output != 0) {
     emit_framed(to, conditions_written);
     return;
   }
   if (last_command == CMD_SECOND_VARIANT_492) {
-    emit_pitches(to, spacing_index, record);
+    emit_pitches(to, spacing_index, settings);
     return;
   }
   if (std::ranges::find(kGroupCommands, last_command) == kGroupCommands.end()) {
@@ -159,12 +160,12 @@ void emit_print_conditions(ConditionsOutput& to, std::uint32_t last_command, int
   }
   emit_standard_state(to, last_command);
   emit_set_reset(to, conditions_written);
-  emit_form_data(to, record);
-  copy_out(record.line_unit_value, line_unit_value);
-  copy_out(record.spacing_index, spacing_index);
-  emit_spacing(to, last_command, spacing_index, record);
-  emit_character_pitch(to, record);
-  emit_line_pitch(to, last_command, record);
+  emit_form_data(to, settings);
+  copy_out(settings.line_unit_value, line_unit_value);
+  copy_out(settings.spacing_index, spacing_index);
+  emit_spacing(to, last_command, spacing_index, settings);
+  emit_character_pitch(to, settings);
+  emit_line_pitch(to, last_command, settings);
 }
 
 void write_pitch_sequences(ConditionsOutput& to) {

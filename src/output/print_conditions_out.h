@@ -28,16 +28,20 @@ struct ConditionsOutput {
 /// ESC "$@" ESC "(H" ESC "Q1 y", is written for every command, and nothing else is done.
 ///
 /// @param last_command        code of the last command that changed print conditions
-/// @param capability_F        not looked at
-/// @param line_unit           not looked at
-/// @param spacing_index       the caller's copy of record.spacing_index, filled here; with output
-///                            variant 2 and up a record (482, 483) makes it 4. Or null.
-/// @param line_unit_value     the caller's copy of record.line_unit_value, filled here. Or null.
+/// @param capability_F        with line_unit: what the conditions may depend on too. No rule for
+/// them
+///                            is known, so neither is looked at; they are passed so that a rule
+///                            needs no new way to them.
+/// @param line_unit           see capability_F
+/// @param spacing_index       the caller's copy of settings.spacing_index, filled here; from
+///                            kOutputF on a print-condition or form name command (482, 483) makes
+///                            it 4. Or null.
+/// @param line_unit_value     the caller's copy of settings.line_unit_value, filled here. Or null.
 /// @param conditions_written  becomes 1 with the character set reset. Or null.
 void emit_print_conditions(ConditionsOutput& to, std::uint32_t last_command, int capability_F,
                            int line_unit, std::int32_t* spacing_index,
                            std::int32_t* line_unit_value, std::int32_t* conditions_written,
-                           const SettingsRecord& record);
+                           const SettingsRecord& settings);
 
 /// Writes the sequences that pitch_sequences() built from option -c, and keeps them in the carried
 /// settings under commands 513 and 324. An empty one is skipped.

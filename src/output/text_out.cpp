@@ -5,12 +5,10 @@ namespace rlx {
 namespace {
 
 static_assert(kPageBufferBytes >= kSizeSequenceBytes + kSetSequenceBytes + kRecordCapacity,
-              "a record holds the longest command and the switch in front of it");
+              "the longest record and the switch in front of it always fit");
 
-void append(OutputBuffer& out, Bytes bytes) {
-  // It always fits, see above.
-  static_cast<void>(out.append(bytes));
-}
+/// What becomes of a record that is no text.
+constexpr std::array<std::uint8_t, 1> kNotText{0x00};
 
 /// Keeps the set sequence of a switch in the carried settings.
 void keep_set(CarriedSettings& carried, const SetSwitch& set_switch) {
@@ -24,7 +22,7 @@ void keep_switch(CarriedSettings& carried, const SetSwitch& set_switch) {
 }
 
 void switch_to(CarriedSettings& carried, const SetSwitch& set_switch, OutputBuffer& out) {
-  append(out, set_switch.bytes);
+  out.append_fitting(set_switch.bytes);
   keep_switch(carried, set_switch);
 }
 
@@ -46,7 +44,7 @@ void select_double_byte(CarriedSettings& carried, OutputBuffer& out, CharacterSe
 void select_single_byte_set_only(CarriedSettings& carried, OutputBuffer& out,
                                  CharacterSetState& state) {
   if (state.set == CharacterSetState::kDoubleByte) {
-    append(out, kToSingleByte.set_sequence());
+    out.append_fitting(kToSingleByte.set_sequence());
     keep_set(carried, kToSingleByte);
     state.select_single_byte();
   }
@@ -60,25 +58,24 @@ void text_out(CarriedSettings& carried, const CommandRecord& record, OutputBuffe
   switch (record.code) {
     case CMD_TEXT_ASCII:
       select_single_byte(carried, out, state);
-      append(out, record.content());
+      out.append_fitting(record.content());
       break;
     case CMD_TEXT_MB:
       select_double_byte(carried, out, state);
-      append(out, record.content());
+      out.append_fitting(record.content());
       break;
     case CMD_TEXT_SS2:
       select_single_byte(carried, out, state);
       if (record.length > 1) {
-        append(out, record.content().subspan(1));
+        out.append_fitting(record.content().subspan(1));
       }
       break;
     case CMD_TEXT_BAD:
       select_single_byte_set_only(carried, out, state);
-      append(out, record.content());
+      out.append_fitting(record.content());
       break;
     default:
-      out.bytes[0] = 0;
-      out.length = 1;
+      out.append_fitting(kNotText);
       break;
   }
 }

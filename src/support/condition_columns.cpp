@@ -13,6 +13,15 @@ constexpr std::size_t kLengthPosition = 4;
 /// From the blank behind the data length to the layout digit.
 constexpr std::size_t kBlankToLayout = 4;
 
+/// The first blank at or behind the data length.
+std::size_t blank_position(const CommandRecord& record) {
+  std::size_t blank = kLengthPosition;
+  while (column_at(record, blank) != ' ') {
+    ++blank;
+  }
+  return blank;
+}
+
 }  // namespace
 
 std::int32_t decimal_column(const CommandRecord& record, std::size_t position, std::size_t width) {
@@ -21,11 +30,12 @@ std::int32_t decimal_column(const CommandRecord& record, std::size_t position, s
   return decimal_value(text.substr(std::min(position, text.size()), width));
 }
 
+std::size_t layout_position(const CommandRecord& record) {
+  return blank_position(record) + kBlankToLayout;
+}
+
 CommandShape command_shape(const CommandRecord& record) {
-  std::size_t blank = kLengthPosition;
-  while (column_at(record, blank) != ' ') {
-    ++blank;
-  }
+  const std::size_t blank = blank_position(record);
   if (blank == kLengthPosition) {
     return {};
   }

@@ -6,10 +6,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "job/exit_status.h"
+
 namespace rlx {
 
-void end_process(Status exit_status) {
-  std::exit(static_cast<int>(exit_status));
+void end_process(Status status) {
+  std::exit(exit_status_of(status));
 }
 
 void end_with_write_error() {

@@ -6,9 +6,9 @@ namespace rlx {
 
 // Most failures are handed up as statuses. What ends the process from deep inside does so here.
 
-/// Ends the process at once, with ST_OK or ST_FAILED as the exit status. What is gathered and not
-/// written is lost.
-[[noreturn]] void end_process(Status exit_status);
+/// Ends the process at once, with the exit status of a status, ST_OK or ST_FAILED. What is gathered
+/// and not written is lost.
+[[noreturn]] void end_process(Status status);
 
 /// Says "write error" (without the program's name and without a newline) and ends the process with
 /// status 1: standard output does not take what was written.

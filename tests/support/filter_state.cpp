@@ -1,9 +1,9 @@
 #include "support/filter_state.h"
 
-#include "driver/exit_status.h"
 #include "driver/job_end.h"
 #include "driver/main_loop.h"
 #include "driver/start_up.h"
+#include "job/exit_status.h"
 #include "support/descriptors.h"
 
 namespace rlx::testing {

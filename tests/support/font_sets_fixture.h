@@ -15,12 +15,19 @@ namespace rlx::testing {
 struct Variant {
   int font_variant;
   int high_resolution_fonts;
-  int font_class;
+  FontClass font_class;
 };
 
-inline constexpr Variant kVariants[] = {{0, 0, 0}, {0, 1, 0}, {1, 0, 1}, {1, 1, 2}, {2, 1, 3}};
+inline constexpr Variant kFixedVariant{kFixedFont, 0, kFixedClass};
+inline constexpr Variant kFixedHighVariant{kFixedFont, 1, kFixedClass};
+inline constexpr Variant kLowVariant{kAllFonts, 0, kLowClass};
+inline constexpr Variant kHighVariant{kAllFonts, 1, kHighClass};
+inline constexpr Variant kFineVariant{kFineFonts, 1, kFineClass};
+
+inline constexpr Variant kVariants[] = {kFixedVariant, kFixedHighVariant, kLowVariant, kHighVariant,
+                                        kFineVariant};
 /// One variant of each class.
-inline constexpr Variant kClasses[] = {{0, 0, 0}, {1, 0, 1}, {1, 1, 2}, {2, 1, 3}};
+inline constexpr Variant kClasses[] = {kFixedVariant, kLowVariant, kHighVariant, kFineVariant};
 
 /// One size that a class opens.
 struct OpenedSize {

@@ -22,8 +22,8 @@
 
 namespace rlx::testing {
 
-const std::string kBlankRecord = condition_sequence(ConditionColumns{});
-const std::string kFormNameRecord = "\x1bQ2;30 n  0      FORMNAME             ";
+const std::string kBlankCommand = condition_sequence(ConditionColumns{});
+const std::string kFormNameCommand = "\x1bQ2;30 n  0      FORMNAME             ";
 
 namespace {
 
@@ -121,9 +121,9 @@ std::string take_kept_settings() {
 
 std::string_view bytes_for(std::uint32_t code) {
   if (code == CMD_Q_NL_SP) {
-    return kBlankRecord;
+    return kBlankCommand;
   }
-  return code == CMD_Q_NL_SP2 ? std::string_view(kFormNameRecord) : "\x1bQ`";
+  return code == CMD_Q_NL_SP2 ? std::string_view(kFormNameCommand) : "\x1bQ`";
 }
 
 bool is_one_of(std::uint32_t code, const std::vector<std::uint32_t>& codes) {

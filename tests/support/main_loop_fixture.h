@@ -24,11 +24,11 @@ inline const std::string kFramedReset = "\x1b$@\x1b(H\x1bQ1 y";
 /// The conditions of a job without options: at its start and behind commands 478, 479 and 500.
 inline const std::string kStartConditions = kStandardState + kSetReset + kSpacing3 + kSixLines;
 /// The same behind a print-condition or form name command.
-inline const std::string kRecordConditions = kSetReset + kSpacing3;
+inline const std::string kCommandConditions = kSetReset + kSpacing3;
 
 /// The bytes of a print-condition command without values, and of a form name command.
-extern const std::string kBlankRecord;
-extern const std::string kFormNameRecord;
+extern const std::string kBlankCommand;
+extern const std::string kFormNameCommand;
 
 /// A job parameter block, as a job in the printer's language begins with it.
 inline const std::string kParameterBlock = "\x1bQ0;0000000043/`";
@@ -82,7 +82,8 @@ void for_each_code(Visitor visit) {
   }
 }
 
-/// Bytes with which each code is complete: a record's for 482 and 483, a short sequence for others.
+/// Bytes with which each code is complete: those above for 482 and 483, a short sequence for
+/// others.
 std::string_view bytes_for(std::uint32_t code);
 
 bool is_one_of(std::uint32_t code, const std::vector<std::uint32_t>& codes);

@@ -33,21 +33,21 @@ CommandRecord make_record(std::uint32_t code, std::string_view bytes) {
 std::string condition_data(const ConditionColumns& columns) {
   std::string data(columns.data_length, ' ');
   put(data, 0, columns.layout);
-  put(data, 1, columns.form_name);
-  put(data, 9, columns.count_a);
-  put(data, 12, columns.count_b);
+  put(data, 1, columns.form_overlay);
+  put(data, 9, columns.overlay_count);
+  put(data, 12, columns.copies);
   put(data, columns.layout == "2" ? 15 : 11, columns.fcb_name);
-  put(data, 35, columns.code_4);
-  put(data, 57, columns.code_2);
-  put(data, 59, columns.code_3);
-  put(data, 62, columns.code_2b);
-  put(data, 66, columns.flag_3);
-  put(data, 73, columns.value_3);
-  const bool landscape = columns.code_2.starts_with('L');
-  put(data, landscape ? 71 : 69, columns.flag_1);
-  put(data, landscape ? 72 : 70, columns.flag_2);
-  put(data, landscape ? 88 : 78, columns.value_1);
-  put(data, landscape ? 93 : 83, columns.value_2);
+  put(data, 35, columns.form_code);
+  put(data, 57, columns.orientation);
+  put(data, 59, columns.paper_size);
+  put(data, 62, columns.tray);
+  put(data, 66, columns.duplex);
+  put(data, 73, columns.binding_margin);
+  const bool landscape = columns.orientation.starts_with('L');
+  put(data, landscape ? 71 : 69, columns.binding_edge);
+  put(data, landscape ? 72 : 70, columns.binding_mode);
+  put(data, landscape ? 88 : 78, columns.first_offset);
+  put(data, landscape ? 93 : 83, columns.second_offset);
   return data;
 }
 

@@ -16,23 +16,24 @@ CommandRecord make_record(std::uint32_t code, std::string_view bytes);
 /// The columns of a print-condition command. Each is written at its place as it stands, cut or not
 /// as the test wants it; an empty one leaves blanks.
 struct ConditionColumns {
-  std::string layout = "0";  ///< b
-  std::string form_name{};   ///< from b + 1
-  std::string count_a{};     ///< from b + 9
-  std::string count_b{};     ///< from b + 12
+  std::string layout = "0";     ///< b
+  std::string form_overlay{};   ///< from b + 1
+  std::string overlay_count{};  ///< from b + 9
+  std::string copies{};         ///< from b + 12
   /// From b + 15 with layout "2", otherwise from b + 11, over the counts.
   std::string fcb_name{};
-  std::string code_4{};   ///< from b + 35
-  std::string code_2{};   ///< from b + 57
-  std::string code_3{};   ///< from b + 59
-  std::string code_2b{};  ///< from b + 62
-  std::string flag_3{};   ///< b + 66
-  std::string value_3{};  ///< from b + 73
-  // With a code_2 that begins with "L" the flags stand 2 and the values 10 bytes further right.
-  std::string flag_1{};   ///< b + 69
-  std::string flag_2{};   ///< b + 70
-  std::string value_1{};  ///< from b + 78
-  std::string value_2{};  ///< from b + 83
+  std::string form_code{};       ///< from b + 35
+  std::string orientation{};     ///< from b + 57
+  std::string paper_size{};      ///< from b + 59
+  std::string tray{};            ///< from b + 62
+  std::string duplex{};          ///< b + 66
+  std::string binding_margin{};  ///< from b + 73
+  // With an orientation that begins with "L" the edge and the mode stand 2 bytes and the offsets 10
+  // bytes further right.
+  std::string binding_edge{};   ///< b + 69
+  std::string binding_mode{};   ///< b + 70
+  std::string first_offset{};   ///< from b + 78
+  std::string second_offset{};  ///< from b + 83
   /// Data bytes; the columns behind them are cut off. The longest column ends with the 100th.
   std::size_t data_length = 100;
 };

@@ -102,34 +102,6 @@ TEST_F(PlainByteSource, AReadErrorBehindBytesComesBehindThem) {
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
 
-TEST_F(PlainByteSource, StdgetcDeliversBytesTheEndAndErrors) {
-  std::uint8_t byte = 0;
-  {
-    const StandardInput input(bytes("\0\xff"));
-    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
-    EXPECT_EQ(byte, 0);
-    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
-    EXPECT_EQ(byte, 0xff);
-    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_EOF);
-    EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_EOF);
-  }
-  reset_filter();
-  const StandardInput saved("");
-  make_directory_standard_input();
-  const CaptureDescriptor messages(2);
-  EXPECT_EQ(stdgetc(the_filter().source, &byte), 129);
-  EXPECT_EQ(messages.text(), "filter: Is a directory\n");
-}
-
-TEST_F(PlainByteSource, StdgetcAndZqgetcShareTheStream) {
-  const StandardInput input("abcd");
-  std::uint8_t byte = 0;
-  EXPECT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
-  EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
-  EXPECT_EQ(byte, 'b');
-  EXPECT_EQ(rest_of_input(), "cd");
-}
-
 TEST_F(PlainByteSource, PeekLeavesTheByteInTheInput) {
   const StandardInput input("ab");
   std::uint8_t byte = 0;
@@ -337,13 +309,6 @@ TEST_F(FramedByteSource, FramesOfEverySizeAroundTheLimitsAreDelivered) {
     const StandardInput input(cnt_frame(data) + end_frame(data));
     EXPECT_TRUE(rest_of_input() == data + data) << size;
   }
-}
-
-TEST_F(FramedByteSource, StdgetcReadsThroughTheFrames) {
-  const StandardInput input(end_frame("a"));
-  std::uint8_t byte = 0;
-  EXPECT_EQ(stdgetc(the_filter().source, &byte), ST_OK);
-  EXPECT_EQ(byte, '0');
 }
 
 TEST_F(FramedByteSource, FramesAnywhereAcrossTheInputBuffer) {

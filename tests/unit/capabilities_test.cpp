@@ -35,10 +35,21 @@ struct BitRow {
 };
 
 const std::vector<BitRow> kBitRows{
-    {"sA3", 1, 0x1},     {"sa3", 1, 0x1},       {"m70", 2, 0x10},     {"m75", 2, 0x20},
-    {"isub", 3, 0x100},  {"Sfront", 4, 0x1000}, {"Sboth", 4, 0x2000}, {"L1", 5, 0x10000},
-    {"L2", 5, 0x20000},  {"L3", 5, 0x40000},    {"L4", 5, 0x80000},   {"f0", 7, 0x100000},
-    {"f1", 7, 0x200000}, {"f2", 7, 0x400000},   {"f10", 7, 0x800000},
+    {"sA3", kHasA3, 0x1},
+    {"sa3", kHasA3, 0x1},
+    {"m70", kHasM, 0x10},
+    {"m75", kHasM, 0x20},
+    {"isub", kHasIsub, 0x100},
+    {"Sfront", kHasS, 0x1000},
+    {"Sboth", kHasS, 0x2000},
+    {"L1", kHasL, 0x10000},
+    {"L2", kHasL, 0x20000},
+    {"L3", kHasL, 0x40000},
+    {"L4", kHasL, 0x80000},
+    {"f0", kHasFonts, kPrinterClassF0},
+    {"f1", kHasFonts, kPrinterClassF1},
+    {"f2", kHasFonts, kPrinterClassF2},
+    {"f10", kHasFonts, 0x800000},
 };
 
 TEST_F(Capabilities, WithoutAnyTokenNothingIsThere) {
@@ -68,22 +79,22 @@ TEST_F(Capabilities, EachBitTokenSetsItsBitInItsKindAlone) {
 
 TEST_F(Capabilities, AllBitsOfAValueMustBeInTheSet) {
   parse_capabilities(the_filter().printer, "m70!L2!L4");
-  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x10), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x30), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0xA0000), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0xB0000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasM, 0x10), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasM, 0x30), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0xA0000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0xB0000), 0U);
   parse_capabilities(the_filter().printer, "m75");
-  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x30), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasM, 0x30), 1U);
 }
 
 TEST_F(Capabilities, BitsOfAnotherKindAreNeverInASet) {
   parse_capabilities(the_filter().printer, "sA3!m70!isub!Sfront!L1!f0!g!F");
-  EXPECT_EQ(printer_has(the_filter().printer, 1, 0x11), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x1), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 3, 0x1100), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 4, 0x10000), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x100000), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 7, 0x1100000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasA3, 0x11), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasM, 0x1), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasIsub, 0x1100), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasS, 0x10000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0x100000), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasFonts, 0x1100000), 0U);
 }
 
 TEST_F(Capabilities, FirstLetterGAndFCountWhateverFollowsAndWhateverIsAsked) {
@@ -91,67 +102,55 @@ TEST_F(Capabilities, FirstLetterGAndFCountWhateverFollowsAndWhateverIsAsked) {
     the_filter().printer = {};
     parse_capabilities(the_filter().printer, token);
     for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
-      EXPECT_EQ(printer_has(the_filter().printer, 8, value), 1U) << token << value;
-      EXPECT_EQ(printer_has(the_filter().printer, 9, value), 0U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, kHasLowerG, value), 1U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, kHasUpperF, value), 0U) << token << value;
     }
   }
   for (const char* token : {"F", "F1", "Fg"}) {
     the_filter().printer = {};
     parse_capabilities(the_filter().printer, token);
     for (const std::uint32_t value : {0U, 1U, 0x1000000U, 0x10000000U}) {
-      EXPECT_EQ(printer_has(the_filter().printer, 8, value), 0U) << token << value;
-      EXPECT_EQ(printer_has(the_filter().printer, 9, value), 1U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, kHasLowerG, value), 0U) << token << value;
+      EXPECT_EQ(printer_has(the_filter().printer, kHasUpperF, value), 1U) << token << value;
     }
   }
 }
 
 TEST_F(Capabilities, TokensThatMatchNothingAreSkipped) {
   for (const char* text :
-       {"f3",   "L5", "L0",    "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
-        "SA3",  "m7", "m700",  "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
-        "d240", "G",  "Ja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
+       {"f3",   "L5", "L0",     "L",   "f",     "f1x",   "f100",    "sA4",   "sA3 ", " sA3",
+        "SA3",  "m7", "m700",   "isu", "isubs", "Sfron", "Sfronts", "Sbot",  "S",    "l1",
+        "d240", "G",  "Jja_JP", "x",   "",      "!",     "!!!",     "f1;f2", "L1,L2"}) {
     parse_capabilities(the_filter().printer, text);
     for (int kind = 1; kind <= 9; ++kind) {
       EXPECT_EQ(printer_has(the_filter().printer, kind, 0), 0U) << text << " in kind " << kind;
     }
-    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
   }
 }
 
 TEST_F(Capabilities, ExclamationMarksSeparateAndEmptyTokensDoNotCount) {
   parse_capabilities(the_filter().printer, "!!m70!!!D300!!f3!L1!");
-  EXPECT_EQ(printer_has(the_filter().printer, 2, 0x10), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x10000), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 300U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasM, 0x10), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0x10000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 300U);
 }
 
 TEST_F(Capabilities, OccurrencesAddUp) {
   parse_capabilities(the_filter().printer, "D240!L1");
   parse_capabilities(the_filter().printer, "D400!L2");
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x30000), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 240), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 1U);
-}
-
-TEST_F(Capabilities, JapaneseLocaleOnlyWithItsExactToken) {
-  for (const char* text : {"J", "Jja", "Jja_JP.U90", "Jja_jp", "jja_JP"}) {
-    parse_capabilities(the_filter().printer, text);
-    EXPECT_EQ(the_filter().printer.japanese_locale, 0) << text;
-  }
-  parse_capabilities(the_filter().printer, "D240!Jja_JP!f1");
-  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
-  parse_capabilities(the_filter().printer, "J");
-  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0x30000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 240U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 240), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 400), 1U);
 }
 
 TEST_F(Capabilities, ResolutionTakesTheDecimalNumberThatFollows) {
   parse_capabilities(the_filter().printer, "D 300!D+400!D0600!D800dpi!D-5");
   for (const std::uint32_t listed : {300U, 400U, 600U, 800U, 0xFFFFFFFBU}) {
-    EXPECT_EQ(printer_has(the_filter().printer, 6, listed), 1U) << listed;
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, listed), 1U) << listed;
   }
   for (const std::uint32_t absent : {1U, 299U, 301U, 5U, 240U}) {
-    EXPECT_EQ(printer_has(the_filter().printer, 6, absent), 0U) << absent;
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, absent), 0U) << absent;
   }
 }
 
@@ -161,16 +160,17 @@ TEST_F(Capabilities, A25thResolutionIsIgnored) {
     text += "D" + std::to_string(resolution) + "!";
   }
   parse_capabilities(the_filter().printer, (text + "L1").c_str());
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 101U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 101U);
   for (unsigned resolution = 101; resolution <= 130; ++resolution) {
-    EXPECT_EQ(printer_has(the_filter().printer, 6, resolution), resolution <= 124 ? 1U : 0U)
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, resolution),
+              resolution <= 124 ? 1U : 0U)
         << resolution;
   }
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 125), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0x10000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 125), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0x10000), 1U);
   // Nor from a later occurrence.
   parse_capabilities(the_filter().printer, "D777");
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 777), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 777), 0U);
 }
 
 TEST_F(Capabilities, AStoredZeroEndsTheResolutionListForEverySearch) {
@@ -178,10 +178,10 @@ TEST_F(Capabilities, AStoredZeroEndsTheResolutionListForEverySearch) {
     restart_settings();
     the_filter().printer = {};
     parse_capabilities(the_filter().printer, (std::string("D240!") + zero + "!D400").c_str());
-    EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U) << zero;
-    EXPECT_EQ(printer_has(the_filter().printer, 6, 240), 1U) << zero;
-    EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 0U) << zero;
-    EXPECT_EQ(printer_resolution(the_filter().printer, "400"), 0xFFFFFFFFU) << zero;
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 240U) << zero;
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 240), 1U) << zero;
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 400), 0U) << zero;
+    EXPECT_EQ(printer_resolution(the_filter().printer, "400"), kUnknownResolution) << zero;
     the_filter().command_line.requested_resolution = 400;
     choose_resolution(the_filter().printer, the_filter().command_line);
     EXPECT_EQ(the_filter().command_line.resolution, 240) << zero;
@@ -190,8 +190,8 @@ TEST_F(Capabilities, AStoredZeroEndsTheResolutionListForEverySearch) {
 
 TEST_F(Capabilities, AZeroInFrontMakesTheResolutionListEmpty) {
   parse_capabilities(the_filter().printer, "D0!D400");
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 0U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 400), 0U);
   EXPECT_EQ(printer_resolution(the_filter().printer, "400"), 0U);
   EXPECT_EQ(printer_resolution(the_filter().printer, nullptr), 0U);
   the_filter().command_line.resolution = 400;
@@ -205,8 +205,8 @@ TEST_F(Capabilities, AZeroTakesOneOfThe24Places) {
     text += "D" + std::to_string(resolution) + "!";
   }
   parse_capabilities(the_filter().printer, (text + "D0!D24").c_str());
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 23), 1U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 24), 0U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 23), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 24), 0U);
 }
 
 TEST_F(Capabilities, PrinterResolutionOfAText) {
@@ -216,9 +216,9 @@ TEST_F(Capabilities, PrinterResolutionOfAText) {
   EXPECT_EQ(printer_resolution(the_filter().printer, nullptr), 240U);
   EXPECT_EQ(printer_resolution(the_filter().printer, "240"), 240U);
   EXPECT_EQ(printer_resolution(the_filter().printer, " 400dpi"), 400U);
-  EXPECT_EQ(printer_resolution(the_filter().printer, "300"), 0xFFFFFFFFU);
-  EXPECT_EQ(printer_resolution(the_filter().printer, "0"), 0xFFFFFFFFU);
-  EXPECT_EQ(printer_resolution(the_filter().printer, ""), 0xFFFFFFFFU);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "300"), kUnknownResolution);
+  EXPECT_EQ(printer_resolution(the_filter().printer, "0"), kUnknownResolution);
+  EXPECT_EQ(printer_resolution(the_filter().printer, ""), kUnknownResolution);
 }
 
 TEST_F(Capabilities, ResolutionStaysWithoutAListWhateverIsRequested) {
@@ -254,15 +254,15 @@ TEST_F(Capabilities, PrinterClassIsTheHighestOfF1AndF2) {
     const char* text;
     std::uint32_t printer_class;
   };
-  for (const Row& row : std::initializer_list<Row>{{"", 0x100000},
-                                                   {"f0", 0x100000},
-                                                   {"f10", 0x100000},
-                                                   {"f3", 0x100000},
-                                                   {"f1", 0x200000},
-                                                   {"f0!f1", 0x200000},
-                                                   {"f2", 0x400000},
-                                                   {"f1!f2", 0x400000},
-                                                   {"f2!f1!f0", 0x400000}}) {
+  for (const Row& row : std::initializer_list<Row>{{"", kPrinterClassF0},
+                                                   {"f0", kPrinterClassF0},
+                                                   {"f10", kPrinterClassF0},
+                                                   {"f3", kPrinterClassF0},
+                                                   {"f1", kPrinterClassF1},
+                                                   {"f0!f1", kPrinterClassF1},
+                                                   {"f2", kPrinterClassF2},
+                                                   {"f1!f2", kPrinterClassF2},
+                                                   {"f2!f1!f0", kPrinterClassF2}}) {
     the_filter().printer = {};
     parse_capabilities(the_filter().printer, row.text);
     the_filter().command_line.printer_class = 0;
@@ -288,8 +288,8 @@ TEST_F(Capabilities, OverLongTextIsReadToItsEnd) {
   std::string text(100000, 'x');
   text += "!D" + std::string(5000, '0') + "600!" + std::string(70000, '!') + "L1";
   parse_capabilities(the_filter().printer, text.c_str());
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 600U);
-  EXPECT_EQ(printer_has(the_filter().printer, 5, 0), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 600U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasL, 0), 1U);
 }
 
 TEST_F(Capabilities, ResetForgetsEverything) {
@@ -299,7 +299,7 @@ TEST_F(Capabilities, ResetForgetsEverything) {
     EXPECT_EQ(printer_has(the_filter().printer, kind, 0), 0U) << kind;
   }
   parse_capabilities(the_filter().printer, "D400");
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 400U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 400U);
 }
 
 }  // namespace

@@ -171,7 +171,7 @@ TEST_F(CarriedSettings, ThirdByteOfFsParenChoosesTheSlotOrNone) {
 TEST_F(CarriedSettings, FsParenWithoutAThirdByteKeepsNothing) {
   const std::string sequence = "\x1c(`";
   for (std::size_t count = 0; count <= 2; ++count) {
-    keep_setting(the_filter().carried, 328, bytes_of(sequence).first(count));
+    keep_setting(the_filter().carried, CMD_FS_PAREN, bytes_of(sequence).first(count));
     EXPECT_EQ(kept(), "") << count;
   }
   keep(CMD_FS_PAREN, sequence);
@@ -263,7 +263,7 @@ TEST_F(CarriedSettings, AllOtherCodesKeepNothing) {
     keep(code, "\x1bQ`!y");
     EXPECT_EQ(kept().empty(), !codes.contains(code)) << code;
   }
-  for (const std::uint32_t code : {65536U + 441U, 0x80000000U + 441U, 0xFFFFFFFFU}) {
+  for (const std::uint32_t code : {65536U + CMD_Q_YL_SP, 0x80000000U + CMD_Q_YL_SP, 0xFFFFFFFFU}) {
     keep(code, "\x1bQ1 y");
     EXPECT_EQ(kept(), "") << code;
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "input/byte_source.h"
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "support/descriptors.h"
@@ -61,7 +62,7 @@ const std::vector<std::string>& characters() {
 
 std::uint32_t code_of(const std::string& character) {
   const auto lead = static_cast<std::uint8_t>(character[0]);
-  return lead < 0x7f ? 512 : lead == 0x8e ? 1024 : 768;
+  return lead < 0x7f ? CMD_TEXT_ASCII : lead == 0x8e ? CMD_TEXT_SS2 : CMD_TEXT_MB;
 }
 
 class Classifier : public FilterTest {
@@ -95,53 +96,53 @@ class Classifier : public FilterTest {
 };
 
 TEST_F(Classifier, AIs512WithOneByte) {
-  expect_front("AB", 1, 512);
+  expect_front("AB", 1, CMD_TEXT_ASCII);
 }
 
 TEST_F(Classifier, ThreeByteCharactersAre768WhateverTheContinuation) {
   expect_front(
       "\xe3\x81\x82"
       "A",
-      3, 768);
+      3, CMD_TEXT_MB);
   expect_front(
       "\xe3\x41\x42"
       "A",
-      3, 768);
+      3, CMD_TEXT_MB);
 }
 
 TEST_F(Classifier, PrefixedCharactersAre1024) {
   expect_front(
       "\x8e\xb1"
       "A",
-      2, 1024);
+      2, CMD_TEXT_SS2);
   expect_front(
       "\x8e\xe3\x81\x82"
       "A",
-      4, 1024);
+      4, CMD_TEXT_SS2);
 }
 
 TEST_F(Classifier, A4AloneAndFeAreBad) {
   expect_front(
       "\xa4"
       "A",
-      1, 3840);
-  expect_front("\xa4", 1, 3840);
+      1, CMD_TEXT_BAD);
+  expect_front("\xa4", 1, CMD_TEXT_BAD);
   expect_front(
       "\xfe"
       "A",
-      1, 3840);
+      1, CMD_TEXT_BAD);
 }
 
 TEST_F(Classifier, ACharacterThatTheEndOfTheInputCutsIsBadAndThenItEnds) {
   const StandardInput input("\xe3\x81");
-  EXPECT_EQ(next_command(), (Token{ST_OK, 3840, "\xe3\x81", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, "\xe3\x81", 0}));
   expect_end();
 }
 
 TEST_F(Classifier, ALeadByteAtTheEndOfTheEndFrameIsBadWithOneByte) {
   restart(true);
   const StandardInput input(end_frame("\xe3") + "\x81\x82");
-  EXPECT_EQ(next_command(), (Token{ST_OK, 3840, "\xe3", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, "\xe3", 0}));
   expect_end();
 }
 
@@ -152,7 +153,7 @@ TEST_F(Classifier, AnEmptyInputEnds) {
 
 TEST_F(Classifier, EveryPrintableByteIs512) {
   for (int value = 0x20; value <= 0x7e; ++value) {
-    expect_front(one(value) + "\x81\x82", 1, 512);
+    expect_front(one(value) + "\x81\x82", 1, CMD_TEXT_ASCII);
   }
 }
 
@@ -163,7 +164,7 @@ TEST_F(Classifier, EveryHighByteWithMoreBehindIt) {
       if (value != 0x8e) {
         const int count = bytes_behind(value);
         expect_front(one(value) + behind, static_cast<std::size_t>(1 + count),
-                     count > 0 ? 768 : 3840);
+                     count > 0 ? CMD_TEXT_MB : CMD_TEXT_BAD);
       }
     }
   }
@@ -174,7 +175,7 @@ TEST_F(Classifier, EveryHighByteAloneIsBad) {
     for (const bool framed : {false, true}) {
       restart(framed);
       const StandardInput input(framed ? end_frame(one(value)) : one(value));
-      EXPECT_EQ(next_command(), (Token{ST_OK, 3840, one(value), 0})) << value;
+      EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, one(value), 0})) << value;
       expect_end();
     }
   }
@@ -185,7 +186,7 @@ TEST_F(Classifier, EveryByteBehindThePrefix) {
     const std::string all = "\x8e" + one(value) +
                             "\x81\xff"
                             "CDEF";
-    expect_front(all, static_cast<std::size_t>(2 + bytes_behind(value)), 1024);
+    expect_front(all, static_cast<std::size_t>(2 + bytes_behind(value)), CMD_TEXT_SS2);
   }
 }
 
@@ -200,7 +201,7 @@ TEST_F(Classifier, TheEndOfTheInputCutsEveryCharacterAtEveryByte) {
     for (std::size_t cut = 1; cut < character.size(); ++cut) {
       restart(false);
       const StandardInput input(character.substr(0, cut));
-      EXPECT_EQ(next_command(), (Token{ST_OK, 3840, character.substr(0, cut), 0}));
+      EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, character.substr(0, cut), 0}));
       expect_end();
     }
   }
@@ -208,12 +209,12 @@ TEST_F(Classifier, TheEndOfTheInputCutsEveryCharacterAtEveryByte) {
 
 TEST_F(Classifier, TheEndStaysAfterACutCharacterEvenIfMoreBytesCome) {
   const StandardInput input("\xe3");
-  EXPECT_EQ(next_command().code, 3840U);
+  EXPECT_EQ(next_command().code, CMD_TEXT_BAD);
   restart_raw_input();
   const StandardInput more("A");
   expect_end();
   the_filter().classifier.class_eof = false;
-  EXPECT_EQ(next_command(), (Token{ST_OK, 512, "A", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_ASCII, "A", 0}));
 }
 
 TEST_F(Classifier, TheEndFrameCutsEveryCharacterAtEveryByte) {
@@ -222,7 +223,7 @@ TEST_F(Classifier, TheEndFrameCutsEveryCharacterAtEveryByte) {
       restart(true);
       const StandardInput input(end_frame(character.substr(0, cut)) +
                                 end_frame(character.substr(cut)));
-      EXPECT_EQ(next_command(), (Token{ST_OK, 3840, character.substr(0, cut), 0}));
+      EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, character.substr(0, cut), 0}));
       expect_end();
     }
   }
@@ -249,7 +250,7 @@ TEST_F(Classifier, AnEmptyEndFrameInsideACharacterIsACut) {
   restart(true);
   const StandardInput input(cnt_frame("\xe3\x81") + end_frame(""));
   const CaptureDescriptor output(1);
-  EXPECT_EQ(next_command(), (Token{ST_OK, 3840, "\xe3\x81", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_TEXT_BAD, "\xe3\x81", 0}));
   EXPECT_EQ(output.text(), end_frame(""));
   expect_end();
 }
@@ -268,7 +269,7 @@ TEST_F(Classifier, AReadErrorCutsEveryCharacterAtEveryByte) {
       restart(false);
       const FailingInput input(character.substr(0, cut));
       const CaptureDescriptor messages(2);
-      EXPECT_EQ(next_command(), (Token{ST_IOERR, 3840, character.substr(0, cut), 0}));
+      EXPECT_EQ(next_command(), (Token{ST_IOERR, CMD_TEXT_BAD, character.substr(0, cut), 0}));
       EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
     }
   }
@@ -286,7 +287,7 @@ TEST_F(Classifier, AFramedReadErrorIsSilentAndClosesTheOutput) {
   const FailingInput input(cnt_frame("\xe3\x81") + "0001");
   const CaptureDescriptor output(1);
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(next_command(), (Token{ST_IOERR, 3840, "\xe3\x81", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_IOERR, CMD_TEXT_BAD, "\xe3\x81", 0}));
   EXPECT_EQ(output.text(), end_frame(""));
   EXPECT_EQ(messages.text(), "");
 }
@@ -298,7 +299,7 @@ TEST_F(Classifier, IgnoredCommandsHaveNoBytesAndNothingPending) {
       restart(framed);
       const std::string all = std::string(ignored) + "Z";
       const StandardInput input(framed ? end_frame(all) : all);
-      EXPECT_EQ(next_command(), (Token{ST_OK, 766, "", 0}));
+      EXPECT_EQ(next_command(), (Token{ST_OK, CMD_IGNORE, "", 0}));
       EXPECT_EQ(rest_of_input(), "Z");
     }
   }
@@ -306,27 +307,27 @@ TEST_F(Classifier, IgnoredCommandsHaveNoBytesAndNothingPending) {
 
 TEST_F(Classifier, ASequenceThatTheEndOfTheInputCutsHasNoBytesAndThenItEnds) {
   const StandardInput input("\x1bQ1");
-  EXPECT_EQ(next_command(), (Token{ST_OK, 766, "", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_IGNORE, "", 0}));
   expect_end();
 }
 
 TEST_F(Classifier, ASequenceThatTheEndFrameCutsKeepsItsBytesAndStatus) {
   restart(true);
   const StandardInput input(end_frame("\x1bQ1;5!ad"));
-  EXPECT_EQ(next_command(), (Token{ST_CUT, 766, "\x1bQ1;5!ad", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_CUT, CMD_IGNORE, "\x1bQ1;5!ad", 0}));
   expect_end();
 }
 
 TEST_F(Classifier, OtherCommandsComeAsTheTokenizerLeftThem) {
   const StandardInput input("\n\f\r\x7f\x1b$@\x1c%1p\x1b[ E\x1bQ1;5000!a");
-  EXPECT_EQ(next_command(), (Token{ST_OK, 260, "\n", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 262, "\f", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 263, "\r", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 268, "\x7f", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 289, "\x1b$@", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 325, "\x1c%1p", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 396, "\x1b[ E", 0}));
-  EXPECT_EQ(next_command(), (Token{ST_OK, 456, "\x1bQ1;5000!a", 5000}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_LF, "\n", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_FF, "\f", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_CR, "\r", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_DEL, "\x7f", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_ESC_DOLLAR_AT, "\x1b$@", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_FS_PERCENT, "\x1c%1p", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_CSI_SP_E, "\x1b[ E", 0}));
+  EXPECT_EQ(next_command(), (Token{ST_OK, CMD_Q_AL_EX, "\x1bQ1;5000!a", 5000}));
   expect_end();
 }
 

@@ -591,15 +591,15 @@ class FcbLength : public Fcb {
 };
 
 TEST_F(FcbLength, RoundingAtEveryBorder) {
-  expect_lengths(2, kLengthCases);
+  expect_lengths(kPlainStream, kLengthCases);
 }
 
 TEST_F(FcbLength, RoundingOfStreamVariant3IsTheOrdinaryOne) {
-  expect_lengths(3, kLengthCases);
+  expect_lengths(kSentLengthStream, kLengthCases);
 }
 
 TEST_F(FcbLength, RoundingOfStreamVariant4AtEveryBorder) {
-  expect_lengths(4, kShortFormCases);
+  expect_lengths(kShortFormStream, kShortFormCases);
 }
 
 TEST_F(FcbLength, Length30000IsTenHalfInchesByDefaultAndEightWithTheEnvironmentFile) {
@@ -610,7 +610,7 @@ TEST_F(FcbLength, Length30000IsTenHalfInchesByDefaultAndEightWithTheEnvironmentF
 
 TEST_F(FcbLength, NoEnvironmentFileRoundsUpToTheInch) {
   expect_length("14401", 6);
-  the_filter().command_line.stream_variant = 4;
+  the_filter().command_line.stream_variant = kShortFormStream;
   the_filter().environment = {};
   expect_length("5000", 8);
 }
@@ -642,7 +642,7 @@ TEST_F(FcbLength, OneFreeDescriptorIsEnough) {
 }
 
 TEST_F(FcbLength, RaisedLengthOfStreamVariant4LooksAtTheEnvironmentFile) {
-  the_filter().command_line.stream_variant = 4;
+  the_filter().command_line.stream_variant = kShortFormStream;
   EXPECT_EQ(load("print 1 7200\n"), 0);
   EXPECT_EQ(the_filter().environment.loaded, 1);
 }
@@ -660,7 +660,7 @@ TEST_F(FcbLength, DigitsBehindTheOneThatPassesTheCeilingAreNotLookedAt) {
   expect_length("999999-+", 40);
   expect_error("print 1 144000x\n");
   expect_error("print 1 14400x\n");
-  the_filter().command_line.stream_variant = 4;
+  the_filter().command_line.stream_variant = kShortFormStream;
   expect_length("100801x", 28);
   expect_error("print 1 100800x\n");
 }
@@ -677,7 +677,7 @@ TEST_F(FcbLength, HeightCheckTakesTheLengthBeforeRounding) {
 TEST_F(FcbLength, HeightCheckTakesTheRaisedLength) {
   expect_lines("print 1 5000\nlpi 1200 6\n", run(6, 6));
   expect_error("print 1 5000\nlpi 1200 6\nlpi 600 1\n");
-  the_filter().command_line.stream_variant = 4;
+  the_filter().command_line.stream_variant = kShortFormStream;
   expect_lines("print 1 5000\nlpi 1200 21\n", run(21, 6));
   EXPECT_EQ(table_.form_halfinch, 8);
   expect_error("print 1 5000\nlpi 1200 21\nlpi 600 1\n");
@@ -686,7 +686,7 @@ TEST_F(FcbLength, HeightCheckTakesTheRaisedLength) {
 TEST_F(FcbLength, HeightCheckTakesTheCutLength) {
   expect_lines("print 1 200000\nlpi 2400 60\n", run(60, 3));
   expect_error("print 1 200000\nlpi 2400 61\n");
-  the_filter().command_line.stream_variant = 4;
+  the_filter().command_line.stream_variant = kShortFormStream;
   expect_lines("print 1 200000\nlpi 2400 42\n", run(42, 3));
   expect_error("print 1 200000\nlpi 2400 43\n");
 }

@@ -21,6 +21,10 @@ using testing::expect_font;
 using testing::expect_same;
 using testing::expect_unopened;
 using testing::kClasses;
+using testing::kFineVariant;
+using testing::kFixedVariant;
+using testing::kHighVariant;
+using testing::kLowVariant;
 using testing::kVariants;
 using testing::library_set_of;
 using testing::opened_sizes;
@@ -96,7 +100,8 @@ TEST_F(FontFallbackTest, WithoutAnyFontNothingIsOpenAndThatIsNoError) {
     for (const FontSet& set : the_filter().fonts.sets) {
       for (std::size_t index = 0; index < kFontSizes; ++index) {
         expect_unopened(set.sizes[index]);
-        const bool marked = variant.font_class == 2 && (index == 1 || index == 2 || index == 4);
+        const bool marked =
+            variant.font_class == kHighClass && (index == 1 || index == 2 || index == 4);
         EXPECT_EQ(set.sizes[index].enlarged, marked ? 1 : 0) << index;
       }
     }
@@ -113,15 +118,15 @@ struct Fallback {
 };
 
 const std::vector<Fallback> kFallbacks{
-    {{0, 0, 0}, {2, 24, 22, 1}, 0, 0, 0},       {{0, 0, 0}, {3, 24, 24, 0}, 122422, 0, 24},
-    {{1, 0, 1}, {0, 16, 16, 0}, 0, 0, 16},      {{1, 0, 1}, {1, 24, 22, 1}, 0, 0, 24},
-    {{1, 0, 1}, {2, 30, 28, 1}, 122422, 0, 28}, {{1, 0, 1}, {3, 32, 32, 0}, 0, 0, 32},
-    {{1, 0, 1}, {4, 40, 36, 2}, 123232, 0, 36}, {{1, 1, 2}, {0, 24, 22, 1}, 0, 0, 25},
-    {{1, 1, 2}, {1, 40, 36, 2}, 0, 1, 40},      {{1, 1, 2}, {2, 50, 48, 1}, 0, 1, 50},
-    {{1, 1, 2}, {3, 60, 56, 2}, 0, 0, 60},      {{1, 1, 2}, {4, 66, 62, 2}, 0, 1, 66},
-    {{2, 1, 3}, {0, 32, 32, 0}, 0, 0, 0},       {{2, 1, 3}, {1, 40, 36, 2}, 123232, 0, 40},
-    {{2, 1, 3}, {2, 50, 48, 1}, 123232, 0, 50}, {{2, 1, 3}, {3, 60, 56, 2}, 0, 0, 60},
-    {{2, 1, 3}, {4, 66, 62, 2}, 126056, 0, 72},
+    {kFixedVariant, {2, 24, 22, 1}, 0, 0, 0},      {kFixedVariant, {3, 24, 24, 0}, 122422, 0, 24},
+    {kLowVariant, {0, 16, 16, 0}, 0, 0, 16},       {kLowVariant, {1, 24, 22, 1}, 0, 0, 24},
+    {kLowVariant, {2, 30, 28, 1}, 122422, 0, 28},  {kLowVariant, {3, 32, 32, 0}, 0, 0, 32},
+    {kLowVariant, {4, 40, 36, 2}, 123232, 0, 36},  {kHighVariant, {0, 24, 22, 1}, 0, 0, 25},
+    {kHighVariant, {1, 40, 36, 2}, 0, 1, 40},      {kHighVariant, {2, 50, 48, 1}, 0, 1, 50},
+    {kHighVariant, {3, 60, 56, 2}, 0, 0, 60},      {kHighVariant, {4, 66, 62, 2}, 0, 1, 66},
+    {kFineVariant, {0, 32, 32, 0}, 0, 0, 0},       {kFineVariant, {1, 40, 36, 2}, 123232, 0, 40},
+    {kFineVariant, {2, 50, 48, 1}, 123232, 0, 50}, {kFineVariant, {3, 60, 56, 2}, 0, 0, 60},
+    {kFineVariant, {4, 66, 62, 2}, 126056, 0, 72},
 };
 
 TEST_F(FontFallbackTest, EveryFallbackOfMincho) {
@@ -148,7 +153,7 @@ TEST_F(FontFallbackTest, EveryFallbackOfMincho) {
 }
 
 TEST_F(FontFallbackTest, Class1WithoutA30DotFontReadsThe24DotFontAt28DotsUnenlarged) {
-  load_and_open("every-font\nno-font 1 2 30 28\n", {1, 0, 1});
+  load_and_open("every-font\nno-font 1 2 30 28\n", kLowVariant);
   const FontSize& size = set_of(kTypefaceMincho, kCodeSetG1).sizes[2];
   expect_font(size, standin_font_id(1, 2, 24, 22), 0);
   EXPECT_EQ(size.read_h, 28);
@@ -162,9 +167,12 @@ TEST_F(FontFallbackTest, AFallbackNeedsAFontThatIsThere) {
     OpenedSize neighbour;
   };
   const std::vector<Pair> pairs{
-      {{0, 0, 0}, {3, 24, 24, 0}, {2, 24, 22, 1}}, {{1, 0, 1}, {2, 30, 28, 1}, {1, 24, 22, 1}},
-      {{1, 0, 1}, {4, 40, 36, 2}, {3, 32, 32, 0}}, {{2, 1, 3}, {1, 40, 36, 2}, {0, 32, 32, 0}},
-      {{2, 1, 3}, {2, 50, 48, 1}, {0, 32, 32, 0}}, {{2, 1, 3}, {4, 66, 62, 2}, {3, 60, 56, 2}},
+      {kFixedVariant, {3, 24, 24, 0}, {2, 24, 22, 1}},
+      {kLowVariant, {2, 30, 28, 1}, {1, 24, 22, 1}},
+      {kLowVariant, {4, 40, 36, 2}, {3, 32, 32, 0}},
+      {kFineVariant, {1, 40, 36, 2}, {0, 32, 32, 0}},
+      {kFineVariant, {2, 50, 48, 1}, {0, 32, 32, 0}},
+      {kFineVariant, {4, 66, 62, 2}, {3, 60, 56, 2}},
   };
   for (const Pair& pair : pairs) {
     SCOPED_TRACE(::testing::Message()
@@ -183,7 +191,7 @@ TEST_F(FontFallbackTest, Index5BorrowsTheFontOfIndex3InClass1Only) {
     SCOPED_TRACE(variant.font_class);
     load_and_open("every-font\n", variant);
     for (const FontSet& set : the_filter().fonts.sets) {
-      if (variant.font_class == 1) {
+      if (variant.font_class == kLowClass) {
         expect_font(set.sizes[5], set.sizes[3].font_id, 0);
         EXPECT_EQ(set.sizes[5].read_h, 36);
       } else {
@@ -194,7 +202,7 @@ TEST_F(FontFallbackTest, Index5BorrowsTheFontOfIndex3InClass1Only) {
 }
 
 TEST_F(FontFallbackTest, WithoutAFontOfIndex3MinchoHasNoneAtIndex5) {
-  load_and_open("every-font\nno-font 1 2 32 32\nno-font 1 4 32 32\n", {1, 0, 1});
+  load_and_open("every-font\nno-font 1 2 32 32\nno-font 1 4 32 32\n", kLowVariant);
   expect_unopened(set_of(kTypefaceMincho, kCodeSetG1).sizes[5]);
   expect_unopened(set_of(kTypefaceMincho, kCodeSetG3).sizes[5]);
   expect_font(set_of(kTypefaceGothic, kCodeSetG1).sizes[5], standin_font_id(2, 2, 32, 32), 0);
@@ -220,14 +228,14 @@ TEST_F(FontFallbackTest, EveryMissingGothicFontIsTakenFromMincho) {
 }
 
 TEST_F(FontFallbackTest, AMissingGothicFontIsTakenFromWhateverMinchoFellBackTo) {
-  load_and_open("every-font\nno-font 1 2 30 28\nno-font 2 2 30 28\n", {1, 0, 1});
+  load_and_open("every-font\nno-font 1 2 30 28\nno-font 2 2 30 28\n", kLowVariant);
   const FontSize& size = set_of(kTypefaceGothic, kCodeSetG1).sizes[2];
   expect_font(size, standin_font_id(1, 2, 24, 22), 0);
   EXPECT_EQ(size.read_h, 28);
 }
 
 TEST_F(FontFallbackTest, OnlyGothicG3TakesIndex5FromMinchoToo) {
-  load_and_open("every-font\nno-font 2 2 32 32\nno-font 2 4 32 32\n", {1, 0, 1});
+  load_and_open("every-font\nno-font 2 2 32 32\nno-font 2 4 32 32\n", kLowVariant);
   expect_unopened(set_of(kTypefaceGothic, kCodeSetG1).sizes[5]);
   const FontSize& borrowed = set_of(kTypefaceGothic, kCodeSetG3).sizes[5];
   expect_font(borrowed, standin_font_id(1, 4, 32, 32), 0);
@@ -235,7 +243,7 @@ TEST_F(FontFallbackTest, OnlyGothicG3TakesIndex5FromMinchoToo) {
 }
 
 TEST_F(FontFallbackTest, OutsideClass1AMissingGothicFontLeavesIndex5Alone) {
-  load_and_open("every-font\nno-font 2 4 60 56\n", {1, 1, 2});
+  load_and_open("every-font\nno-font 2 4 60 56\n", kHighVariant);
   expect_unopened(set_of(kTypefaceGothic, kCodeSetG3).sizes[5]);
 }
 

@@ -26,11 +26,6 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-constexpr Variant kVariant0{0, 0, 0};
-constexpr Variant kVariant1{1, 0, 1};
-constexpr Variant kVariant1High{1, 1, 2};
-constexpr Variant kVariant2High{2, 1, 3};
-
 class FontJob : public ::testing::Test {
  protected:
   FontJob() {
@@ -81,29 +76,29 @@ class FontJob : public ::testing::Test {
 
 TEST_F(FontJob, OpensAtTheStartAndClosesBeforeItUnloads) {
   EXPECT_EQ(run("", "A\x0c"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}));
   EXPECT_EQ(run("-E", "A"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant0}));
+  EXPECT_EQ(take_font_calls(), job_calls({kFixedVariant}));
   EXPECT_EQ(run("-B", ""), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant2High}));
+  EXPECT_EQ(take_font_calls(), job_calls({kFineVariant}));
   EXPECT_EQ(read_file("messages"), "");
 }
 
 TEST_F(FontJob, RecordThatFindsAnotherResolutionReopensTheFontsOnce) {
-  const std::string job = "A" + kBlankRecord + "B" + kFormNameRecord + "C" + kBlankRecord;
+  const std::string job = "A" + kBlankCommand + "B" + kFormNameCommand + "C" + kBlankCommand;
   EXPECT_EQ(run("-G D400", job), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1, kVariant1High}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant, kHighVariant}));
   EXPECT_EQ(run("-G D240", job), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}));
   EXPECT_EQ(run("-G D400", "A\x1bQ!IB"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1, kVariant1High}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant, kHighVariant}));
 }
 
 TEST_F(FontJob, PrinterWithTheSecondTypefaceGetsGothicFontsAtTheStartAndAtTheSwitch) {
   EXPECT_EQ(run("-G g", "A\x0c"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1}, 2));
-  EXPECT_EQ(run("-G 'g!D400'", kBlankRecord + "A\x0c"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1, kVariant1High}, 2));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}, 2));
+  EXPECT_EQ(run("-G 'g!D400'", kBlankCommand + "A\x0c"), 0);
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant, kHighVariant}, 2));
 }
 
 TEST_F(FontJob, LibraryThatLacksAnEntryPointIsNotUsedAndNothingIsSaid) {
@@ -112,7 +107,7 @@ TEST_F(FontJob, LibraryThatLacksAnEntryPointIsNotUsedAndNothingIsSaid) {
         "fal_utyderror", "fal_utyexists"}) {
     SCOPED_TRACE(entry_point);
     install_font_library_without(entry_point);
-    EXPECT_EQ(run("-G D400", kBlankRecord + "A\x0c"), 0);
+    EXPECT_EQ(run("-G D400", kBlankCommand + "A\x0c"), 0);
     EXPECT_EQ(read_file("messages"), "");
     EXPECT_EQ(take_font_calls(), (Calls{"load", "unload"}));
   }
@@ -121,13 +116,13 @@ TEST_F(FontJob, LibraryThatLacksAnEntryPointIsNotUsedAndNothingIsSaid) {
 TEST_F(FontJob, ErrorAtTheSwitchEndsTheJobAndWhatWasWrittenStays) {
   // In the last font of the second set, so that others are open then.
   describe_fonts("every-font\nopen-error 1 4 66 62 9 13\n");
-  EXPECT_EQ(run("-G D400", "A" + kBlankRecord + "B\x0c"), 127);  // the low byte of -129
+  EXPECT_EQ(run("-G D400", "A" + kBlankCommand + "B\x0c"), 127);  // the low byte of -129
   EXPECT_EQ(read_file("messages"),
             std::string(RLX_SANDBOXED_PROGRAM) + ": can't read fontlist(13)\n");
   EXPECT_NE(read_file("output").find("A\x0c"), std::string::npos);
   EXPECT_EQ(read_file("output").find("B\x0c"), std::string::npos);
   EXPECT_TRUE(read_file("output").ends_with(kJobEnd));
-  Calls expected = job_calls({kVariant1, kVariant1High});
+  Calls expected = job_calls({kLowVariant, kHighVariant});
   const std::string failed_font = std::to_string(standin_font_id(1, 4, 66, 62));
   std::erase(expected, "close " + failed_font);
   for (std::string& call : expected) {
@@ -139,7 +134,7 @@ TEST_F(FontJob, ErrorAtTheSwitchEndsTheJobAndWhatWasWrittenStays) {
 }
 
 TEST_F(FontJob, LibraryChangesNothingOfTheOutput) {
-  const std::string job = "A" + kBlankRecord + "B\x0c";
+  const std::string job = "A" + kBlankCommand + "B\x0c";
   EXPECT_EQ(run("-G D400", job), 0);
   const std::string with_library = read_file("output");
   EXPECT_FALSE(take_font_calls().empty());
@@ -151,21 +146,21 @@ TEST_F(FontJob, LibraryChangesNothingOfTheOutput) {
 
 TEST_F(FontJob, ClosesAndUnloadsAfterAPassThroughToo) {
   EXPECT_EQ(run("", kParameterBlock + "rest"), 0);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}));
   EXPECT_EQ(read_file("output"), kParameterBlock + "rest");
 }
 
 TEST_F(FontJob, ClosesAndUnloadsWhenTheJobFails) {
   EXPECT_EQ(run("", "A\x1bQ1;16 n  0             B"), 1);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant1}));
+  EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}));
   EXPECT_EQ(read_file("messages"), std::string(RLX_SANDBOXED_PROGRAM) + ": FCB data error\n");
   EXPECT_TRUE(read_file("output").ends_with(kJobEnd));
 }
 
 TEST_F(FontJob, FontsWithoutAClassEndTheJobWith255) {
   // -B asks for fonts that exist for 400 dots per inch alone.
-  EXPECT_EQ(run("-B -G D240", "A" + kBlankRecord + "B"), 255);
-  EXPECT_EQ(take_font_calls(), job_calls({kVariant2High}));
+  EXPECT_EQ(run("-B -G D240", "A" + kBlankCommand + "B"), 255);
+  EXPECT_EQ(take_font_calls(), job_calls({kFineVariant}));
   const std::string output = read_file("output");
   EXPECT_NE(output.find("A\x0c"), std::string::npos);
   EXPECT_TRUE(output.ends_with(kJobEnd));

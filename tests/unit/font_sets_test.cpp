@@ -24,6 +24,7 @@ using testing::expect_same;
 using testing::expect_unopened;
 using testing::FontSetsTest;
 using testing::kClasses;
+using testing::kLowVariant;
 using testing::kVariants;
 using testing::library_set_of;
 using testing::open_call;
@@ -44,16 +45,16 @@ TEST_F(FontSetsTest, ClassesOfVariantsAndResolutions) {
     EXPECT_EQ(font_class_of(variant.font_variant, variant.high_resolution_fonts),
               variant.font_class);
   }
-  EXPECT_EQ(font_class_of(2, 0), -1);
+  EXPECT_EQ(font_class_of(kFineFonts, 0), kNoFontClass);
   for (const int unknown : {-1, 3}) {
-    EXPECT_EQ(font_class_of(unknown, 0), -1);
-    EXPECT_EQ(font_class_of(unknown, 1), -1);
+    EXPECT_EQ(font_class_of(unknown, 0), kNoFontClass);
+    EXPECT_EQ(font_class_of(unknown, 1), kNoFontClass);
   }
 }
 
 TEST_F(FontSetsTest, FontVariant2WithoutHighResolutionFontsIsInvalid) {
   load("every-font\n");
-  EXPECT_EQ(open({1, 0, 1}), 0);
+  EXPECT_EQ(open(kLowVariant), 0);
   const FontSets before = the_filter().fonts;
   take_font_calls();
   EXPECT_EQ(fonts_open(the_filter().fonts, 2, 0, 1, 1), -1);
@@ -71,7 +72,7 @@ TEST_F(FontSetsTest, WithoutTheLibraryAllFontsAreForgottenAndThatIsNoError) {
   for (FontSet& set : the_filter().fonts.sets) {
     set.sizes.fill({1, 1, 55, 24, 24});
   }
-  EXPECT_EQ(open({1, 0, 1}), 0);
+  EXPECT_EQ(open(kLowVariant), 0);
   for (const FontSet& set : the_filter().fonts.sets) {
     for (const FontSize& size : set.sizes) {
       expect_unopened(size);
@@ -84,7 +85,7 @@ TEST_F(FontSetsTest, ALibraryThatTheJobDoesNotCountAsLoadedIsNotAsked) {
   load("every-font\n");
   take_font_calls();
   the_filter().job.font_library_loaded = 0;
-  EXPECT_EQ(open({1, 0, 1}), 0);
+  EXPECT_EQ(open(kLowVariant), 0);
   fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), Calls{});
 }
@@ -137,11 +138,11 @@ TEST_F(FontSetsTest, TheEnvironmentIsSetBeforeEachSetIsOpened) {
         setenv("LANG", "C", 1);
         unsetenv("FAL_LANG");
         take_font_calls();
-        EXPECT_EQ(
-            font_set_open(the_filter().fonts, set_of(typeface, code_set), typeface, code_set, 1, 1),
-            0);
+        EXPECT_EQ(font_set_open(the_filter().fonts, set_of(typeface, code_set), typeface, code_set,
+                                kLowClass, 1),
+                  0);
         Calls expected;
-        append_open_calls(expected, {1, 0, 1}, style_of(typeface), library_set_of(code_set));
+        append_open_calls(expected, kLowVariant, style_of(typeface), library_set_of(code_set));
         EXPECT_EQ(take_font_calls(), expected);
       }
     }
@@ -153,7 +154,7 @@ TEST_F(FontSetsTest, TheEnvironmentIsSetBeforeEachSetIsOpened) {
 TEST_F(FontSetsTest, EveryListOfMissedFontsIsFreedAfterItsAttempt) {
   for (const char* const description : {"missing-list\n", "every-font\nmissing-list\n"}) {
     SCOPED_TRACE(description);
-    load_and_open(description, {1, 0, 1});
+    load_and_open(description, kLowVariant);
     const Calls calls = take_font_calls();
     ASSERT_EQ(calls.size(), 40U);
     for (std::size_t call = 0; call < calls.size(); call += 2) {
@@ -165,7 +166,7 @@ TEST_F(FontSetsTest, EveryListOfMissedFontsIsFreedAfterItsAttempt) {
 }
 
 TEST_F(FontSetsTest, AttemptsWithoutAListFreeNothing) {
-  load_and_open("", {1, 0, 1});
+  load_and_open("", kLowVariant);
   for (const std::string& call : take_font_calls()) {
     EXPECT_TRUE(call.starts_with("open ")) << call;
   }
@@ -204,7 +205,7 @@ TEST_F(FontSetsTest, AnErrorAtAnySizeClosesWhatWasOpenedAndEndsTheOpening) {
 }
 
 TEST_F(FontSetsTest, AfterAnErrorNoFontIsOpenAnyMore) {
-  load_and_open("every-font\nopen-error 2 4 40 36 3 0\n", {1, 0, 1});
+  load_and_open("every-font\nopen-error 2 4 40 36 3 0\n", kLowVariant);
   EXPECT_EQ(message_, "filter: can't get area\n");
   for (const FontSet& set : the_filter().fonts.sets) {
     for (const FontSize& size : set.sizes) {
@@ -225,7 +226,7 @@ TEST_F(FontSetsTest, WithoutTheReportFlagAnErrorIsSilent) {
 
 TEST_F(FontSetsTest, AnErrorIsReportedBeforeItsListIsFreed) {
   // The stand-in forgets its error when a list is freed.
-  load_and_open("missing-list\nopen-error 1 2 16 16 6 13\n", {1, 0, 1});
+  load_and_open("missing-list\nopen-error 1 2 16 16 6 13\n", kLowVariant);
   EXPECT_EQ(status_, -129);
   EXPECT_EQ(message_, "filter: stat error (13)\n");
   const Calls calls = take_font_calls();
@@ -236,7 +237,8 @@ TEST_F(FontSetsTest, AnErrorIsReportedBeforeItsListIsFreed) {
 TEST_F(FontSetsTest, OneSetKeepsWhatWasOpenedBeforeAnError) {
   load("every-font\nopen-error 1 2 30 28 8 13\n");
   FontSet& set = set_of(kTypefaceMincho, kCodeSetG1);
-  EXPECT_EQ(font_set_open(the_filter().fonts, set, kTypefaceMincho, kCodeSetG1, 1, 0), -129);
+  EXPECT_EQ(font_set_open(the_filter().fonts, set, kTypefaceMincho, kCodeSetG1, kLowClass, 0),
+            -129);
   EXPECT_EQ(set.sizes[0].font_id, standin_font_id(1, 2, 16, 16));
   EXPECT_EQ(set.sizes[1].font_id, standin_font_id(1, 2, 24, 22));
   expect_unopened(set.sizes[2]);

@@ -21,6 +21,9 @@ using testing::append_open_calls;
 using testing::expect_font;
 using testing::expect_unopened;
 using testing::kClasses;
+using testing::kFixedVariant;
+using testing::kHighVariant;
+using testing::kLowVariant;
 using testing::opened_sizes;
 using testing::OpenedSize;
 using testing::set_of;
@@ -54,7 +57,7 @@ TEST_F(FontsCloseTest, EveryFontIsClosedOnceInTheOrderOfTheSets) {
 }
 
 TEST_F(FontsCloseTest, CopiesOfTheSecondTypefaceAreNotClosedAgain) {
-  load_and_open("every-font\n", {0, 0, 0}, 0);
+  load_and_open("every-font\n", kFixedVariant, 0);
   take_font_calls();
   fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(),
@@ -62,7 +65,7 @@ TEST_F(FontsCloseTest, CopiesOfTheSecondTypefaceAreNotClosedAgain) {
 }
 
 TEST_F(FontsCloseTest, AFontSharedByTwoIndexesIsClosedOnce) {
-  load_and_open("every-font\nno-font 1 2 24 24\nno-font 2 4 24 22\n", {0, 0, 0});
+  load_and_open("every-font\nno-font 1 2 24 24\nno-font 2 4 24 22\n", kFixedVariant);
   take_font_calls();
   fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), (Calls{"close 122422", "close 142422", "close 142424",
@@ -71,14 +74,14 @@ TEST_F(FontsCloseTest, AFontSharedByTwoIndexesIsClosedOnce) {
 
 TEST_F(FontsCloseTest, OneIdentifierForSeveralQueriesIsClosedOnce) {
   load_and_open("font 1 2 24 22 9\nfont 1 4 24 22 9\nfont 2 2 24 24 8\nfont 2 4 24 24 9\n",
-                {0, 0, 0});
+                kFixedVariant);
   take_font_calls();
   fonts_close(the_filter().fonts);
   EXPECT_EQ(take_font_calls(), (Calls{"close 9", "close 8"}));
 }
 
 TEST_F(FontsCloseTest, IdentifiersThatAreNotPositiveAreUsedButNotClosed) {
-  load_and_open("font 1 2 24 24 -5\nfont 1 4 24 24 1\n", {0, 0, 0}, 0);
+  load_and_open("font 1 2 24 24 -5\nfont 1 4 24 24 1\n", kFixedVariant, 0);
   expect_font(set_of(kTypefaceMincho, kCodeSetG1).sizes[3], -5, 1);
   take_font_calls();
   fonts_close(the_filter().fonts);
@@ -86,7 +89,7 @@ TEST_F(FontsCloseTest, IdentifiersThatAreNotPositiveAreUsedButNotClosed) {
 }
 
 TEST_F(FontsCloseTest, ClosingTwiceClosesOnce) {
-  load_and_open("every-font\n", {0, 0, 0}, 0);
+  load_and_open("every-font\n", kFixedVariant, 0);
   fonts_close(the_filter().fonts);
   take_font_calls();
   fonts_close(the_filter().fonts);
@@ -95,12 +98,10 @@ TEST_F(FontsCloseTest, ClosingTwiceClosesOnce) {
 }
 
 TEST_F(FontsCloseTest, ReopeningForAnotherResolutionClosesTheOldFontsAndOpensTheNew) {
-  const Variant low{1, 0, 1};
-  const Variant high{1, 1, 2};
-  load_and_open("every-font\n", low, 0);
+  load_and_open("every-font\n", kLowVariant, 0);
   take_font_calls();
   fonts_close(the_filter().fonts);
-  EXPECT_EQ(open(high, 0), 0);
+  EXPECT_EQ(open(kHighVariant, 0), 0);
   fonts_close(the_filter().fonts);
   fal_unload(the_filter().library);
   Calls expected;
@@ -112,18 +113,18 @@ TEST_F(FontsCloseTest, ReopeningForAnotherResolutionClosesTheOldFontsAndOpensThe
       }
     }
   };
-  append_close_calls(low);
-  append_open_calls(expected, high, 1, 2);
-  append_open_calls(expected, high, 1, 4);
-  append_close_calls(high);
+  append_close_calls(kLowVariant);
+  append_open_calls(expected, kHighVariant, 1, 2);
+  append_open_calls(expected, kHighVariant, 1, 4);
+  append_close_calls(kHighVariant);
   expected.emplace_back("unload");
   EXPECT_EQ(take_font_calls(), expected);
 }
 
 TEST_F(FontsCloseTest, ReopeningLeavesNothingOfTheOldClass) {
-  load_and_open("every-font\n", {1, 0, 1});
+  load_and_open("every-font\n", kLowVariant);
   fonts_close(the_filter().fonts);
-  EXPECT_EQ(open({0, 0, 0}), 0);
+  EXPECT_EQ(open(kFixedVariant), 0);
   for (const FontSet& set : the_filter().fonts.sets) {
     for (const std::size_t index : {0U, 1U, 4U, 5U}) {
       expect_unopened(set.sizes[index]);

@@ -86,22 +86,22 @@ class GaijiPatternTest : public ::testing::Test {
 // Which class, form and codes
 
 TEST_F(GaijiPatternTest, ResolutionClasses) {
-  EXPECT_EQ(resolution_class_of(0, 0), 0);
-  EXPECT_EQ(resolution_class_of(0, 1), 1);
-  EXPECT_EQ(resolution_class_of(1, 0), 0);
-  EXPECT_EQ(resolution_class_of(1, 1), 1);
-  EXPECT_EQ(resolution_class_of(2, 0), 2);
-  EXPECT_EQ(resolution_class_of(2, 1), 2);
+  EXPECT_EQ(resolution_class_of(kFixedFont, 0), 0);
+  EXPECT_EQ(resolution_class_of(kFixedFont, 1), 1);
+  EXPECT_EQ(resolution_class_of(kAllFonts, 0), 0);
+  EXPECT_EQ(resolution_class_of(kAllFonts, 1), 1);
+  EXPECT_EQ(resolution_class_of(kFineFonts, 0), 2);
+  EXPECT_EQ(resolution_class_of(kFineFonts, 1), 2);
 }
 
 TEST_F(GaijiPatternTest, FormsOfVariantsAndPrinterClasses) {
   for (const std::uint32_t printer_class : {kPrinterClassF0, kPrinterClassF1, kPrinterClassF2}) {
-    EXPECT_EQ(gaiji_form_of(0, printer_class), GaijiForm::kFixed);
-    EXPECT_EQ(gaiji_form_of(2, printer_class), GaijiForm::kNibbles);
+    EXPECT_EQ(gaiji_form_of(kFixedFont, printer_class), GaijiForm::kFixed);
+    EXPECT_EQ(gaiji_form_of(kFineFonts, printer_class), GaijiForm::kNibbles);
   }
-  EXPECT_EQ(gaiji_form_of(1, kPrinterClassF0), GaijiForm::kNibbles);
-  EXPECT_EQ(gaiji_form_of(1, kPrinterClassF1), GaijiForm::kUnencoded);
-  EXPECT_EQ(gaiji_form_of(1, kPrinterClassF2), GaijiForm::kNibbles);
+  EXPECT_EQ(gaiji_form_of(kAllFonts, kPrinterClassF0), GaijiForm::kNibbles);
+  EXPECT_EQ(gaiji_form_of(kAllFonts, kPrinterClassF1), GaijiForm::kUnencoded);
+  EXPECT_EQ(gaiji_form_of(kAllFonts, kPrinterClassF2), GaijiForm::kNibbles);
 }
 
 TEST_F(GaijiPatternTest, SizeCodesOfEveryClassAndSize) {

@@ -308,7 +308,7 @@ TEST_F(GaijiTest, UndefinedCharactersNeverEnterTheCache) {
 }
 
 TEST_F(GaijiTest, WithoutTheLibraryCharactersAreUndefined) {
-  the_filter().command_line.font_variant = 1;
+  the_filter().command_line.font_variant = kAllFonts;
   EXPECT_EQ(fonts_open(the_filter().fonts, 1, 0, 1, 0), 0);
   EXPECT_EQ(put(kG1, UndefinedGaijiRule::space), "\x1b$D!!");
   EXPECT_EQ(put(kG3, UndefinedGaijiRule::ubar), "\x1b$B\x1b(H_");

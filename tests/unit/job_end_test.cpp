@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/exit_status.h"
 #include "driver/loop/loop_state.h"
 #include "fonts/fal_library.h"
 #include "fonts/font_sets.h"
+#include "job/exit_status.h"
 #include "job/settings.h"
 #include "output/frame_writer.h"
 #include "output/page_writer.h"

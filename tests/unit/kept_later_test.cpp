@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "job/command_record.h"
 #include "support/filter_state.h"
 #include "support/page_data.h"
 #include "support/printer_blocks.h"
@@ -25,12 +26,14 @@ struct Setting {
 /// One of every place, of the general buffer, and of none.
 const std::vector<Setting>& settings_of_every_place() {
   static const std::vector<Setting> settings{
-      {289, "\x1b$@"},    {292, "\x1b(H"},   {347, "\x1cJ"},    {348, "\x1cK"},
-      {328, "\x1c(`1p"},  {328, "\x1c(a1p"}, {328, "\x1c(b1p"}, {328, "\x1c("},
-      {396, "\x1b[5 E"},  {441, "\x1bQ1 y"}, {498, "\x1bQ2!f"}, {437, "\x1bQ3 p"},
-      {510, "\x1bQ4/E"},  {511, "\x1bQ5/F"}, {513, "\x1bQ6/G"}, {325, "\x1c%!\"p"},
-      {324, "\x1c$!p"},   {326, "\x1c&!p"},  {330, "\x1c*!p"},  {493, "\x1bQ7!R"},
-      {322, "\x1c\"\"p"}, {469, "\x1bQ8!y"}, {3840, "\xfe"},
+      {CMD_ESC_DOLLAR_AT, "\x1b$@"}, {CMD_ESC_PAREN_H, "\x1b(H"}, {CMD_FS_J, "\x1cJ"},
+      {CMD_FS_K, "\x1cK"},           {CMD_FS_PAREN, "\x1c(`1p"},  {CMD_FS_PAREN, "\x1c(a1p"},
+      {CMD_FS_PAREN, "\x1c(b1p"},    {CMD_FS_PAREN, "\x1c("},     {CMD_CSI_SP_E, "\x1b[5 E"},
+      {CMD_Q_YL_SP, "\x1bQ1 y"},     {CMD_Q_FL_EX, "\x1bQ2!f"},   {CMD_Q_PL_SP, "\x1bQ3 p"},
+      {CMD_Q_E_SL, "\x1bQ4/E"},      {CMD_Q_F_SL, "\x1bQ5/F"},    {CMD_Q_G_SL, "\x1bQ6/G"},
+      {CMD_FS_PERCENT, "\x1c%!\"p"}, {CMD_FS_DOLLAR, "\x1c$!p"},  {CMD_FS_AMP, "\x1c&!p"},
+      {CMD_FS_STAR, "\x1c*!p"},      {CMD_Q_R_EX, "\x1bQ7!R"},    {CMD_FS_QUOTE, "\x1c\"\"p"},
+      {CMD_Q_YL_EX, "\x1bQ8!y"},     {CMD_TEXT_BAD, "\xfe"},
   };
   return settings;
 }
@@ -74,7 +77,7 @@ TEST_F(KeptLaterTest, EachSettingAloneIsKeptAsAtOnce) {
 }
 
 TEST_F(KeptLaterTest, NothingIsWrittenBeforeItIsHandedOn) {
-  const Setting setting{292, "\x1b(H"};
+  const Setting setting{CMD_ESC_PAREN_H, "\x1b(H"};
   KeptLater later(the_filter().carried);
   keep_later(later, setting);
   EXPECT_EQ(kept_block(), "");
@@ -83,20 +86,26 @@ TEST_F(KeptLaterTest, NothingIsWrittenBeforeItIsHandedOn) {
 }
 
 TEST_F(KeptLaterTest, TheLastSettingOfAPlaceCounts) {
-  EXPECT_EQ(kept_later({{289, "\x1b$@"}, {292, "\x1b(H"}, {289, "\x1b$@"}}, 100),
+  EXPECT_EQ(kept_later({{CMD_ESC_DOLLAR_AT, "\x1b$@"},
+                        {CMD_ESC_PAREN_H, "\x1b(H"},
+                        {CMD_ESC_DOLLAR_AT, "\x1b$@"}},
+                       100),
             block('6', "\x1b$@"));
-  EXPECT_EQ(kept_later({{289, "\x1b$@"}, {292, "\x1b(H"}}, 100), block('6', "\x1b(H"));
+  EXPECT_EQ(kept_later({{CMD_ESC_DOLLAR_AT, "\x1b$@"}, {CMD_ESC_PAREN_H, "\x1b(H"}}, 100),
+            block('6', "\x1b(H"));
 }
 
 TEST_F(KeptLaterTest, SettingsThatAddUpAllCount) {
-  EXPECT_EQ(kept_later({{324, "\x1c$1p"}, {324, "\x1c$2p"}, {493, "\x1bQ7!R"}}, 100),
-            block('6', "\x1c$1p\x1c$2p\x1bQ7!R"));
+  EXPECT_EQ(
+      kept_later({{CMD_FS_DOLLAR, "\x1c$1p"}, {CMD_FS_DOLLAR, "\x1c$2p"}, {CMD_Q_R_EX, "\x1bQ7!R"}},
+                 100),
+      block('6', "\x1c$1p\x1c$2p\x1bQ7!R"));
 }
 
 TEST_F(KeptLaterTest, ASettingThatIsTooLongLeavesTheEarlierOne) {
   for (std::size_t length = 15; length <= 25; ++length) {
-    const Setting wide{325, "\x1c%" + std::string(length - 3, '1') + "p"};
-    const std::vector<Setting> settings{{325, "\x1c%2p"}, wide};
+    const Setting wide{CMD_FS_PERCENT, "\x1c%" + std::string(length - 3, '1') + "p"};
+    const std::vector<Setting> settings{{CMD_FS_PERCENT, "\x1c%2p"}, wide};
     const std::string_view kept = length <= 19 ? std::string_view(wide.sequence) : "\x1c%2p";
     EXPECT_EQ(kept_later(settings, 100), block('6', kept)) << length;
     EXPECT_EQ(kept_later(settings, 1), block('6', kept)) << length;

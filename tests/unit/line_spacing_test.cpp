@@ -270,11 +270,12 @@ TEST_F(LineSpacing, FormLengthIsSetForStreamVariants3And4Alone) {
   FcbTable table = form(1, {6});
   for (const std::int32_t form_halfinch : {2, 7, 22, 40}) {
     table.form_halfinch = form_halfinch;
-    for (const int stream_variant : {1, 2, 3, 4, 5}) {
+    for (const int stream_variant :
+         {1, int{kPlainStream}, int{kSentLengthStream}, int{kShortFormStream}, 5}) {
       the_filter().command_line.stream_variant = stream_variant;
       the_filter().job.form_length_tenths = -1;
       top(table);
-      const bool is_set = stream_variant == 3 || stream_variant == 4;
+      const bool is_set = stream_variant == kSentLengthStream || stream_variant == kShortFormStream;
       EXPECT_EQ(the_filter().job.form_length_tenths, is_set ? 5 * form_halfinch : -1)
           << stream_variant;
     }
@@ -283,7 +284,7 @@ TEST_F(LineSpacing, FormLengthIsSetForStreamVariants3And4Alone) {
 
 TEST_F(LineSpacing, NextLineLeavesTheFormLengthUntilAFormBegins) {
   FcbTable table = form(1, {6, 6});
-  the_filter().command_line.stream_variant = 3;
+  the_filter().command_line.stream_variant = kSentLengthStream;
   EXPECT_EQ(lf(table), kLf + kPitch6);
   EXPECT_EQ(the_filter().job.form_length_tenths, 0);
   EXPECT_EQ(lf(table), "");

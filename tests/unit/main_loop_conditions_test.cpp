@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include "driver/loop/loop_state.h"
 #include "fonts/gaiji.h"
+#include "job/command_record.h"
 #include "job/print_conditions.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
@@ -25,9 +27,9 @@ using testing::the_filter;
 using testing::bytes;
 using testing::CaptureDescriptor;
 using testing::job_pages;
-using testing::kBlankRecord;
-using testing::kFormNameRecord;
-using testing::kRecordConditions;
+using testing::kBlankCommand;
+using testing::kCommandConditions;
+using testing::kFormNameCommand;
 using testing::kSetReset;
 using testing::kSixLines;
 using testing::kSpacing3;
@@ -39,44 +41,45 @@ using testing::run_job;
 
 using MainLoopConditions = testing::MainLoopTest;
 
-const std::string kModes = "123467";
+constexpr std::array kModes{kStandardMode, kFineMode, kFormLengthMode,
+                            kExtendedMode, kMode6,    kMode7};
 
-// Records 482 and 483
+// Commands 482 and 483
 
-TEST_F(MainLoopConditions, RecordRightAfterTextYieldsAFormFeedAndASecondOneNone) {
-  EXPECT_EQ(job_pages(run_job({}, "A" + kBlankRecord + "B")),
-            kStartConditions + "A\x0c|" + kRecordConditions + "B\x0c|");
-  // The second record finds conditions pending and sends them; so does the text behind it.
-  EXPECT_EQ(job_pages(run_job({}, "A" + kBlankRecord + kBlankRecord + "B")),
-            kStartConditions + "A\x0c|" + kRecordConditions + kRecordConditions + "B\x0c|");
+TEST_F(MainLoopConditions, CommandRightAfterTextYieldsAFormFeedAndASecondOneNone) {
+  EXPECT_EQ(job_pages(run_job({}, "A" + kBlankCommand + "B")),
+            kStartConditions + "A\x0c|" + kCommandConditions + "B\x0c|");
+  // The second command finds conditions pending and sends them; so does the text behind it.
+  EXPECT_EQ(job_pages(run_job({}, "A" + kBlankCommand + kBlankCommand + "B")),
+            kStartConditions + "A\x0c|" + kCommandConditions + kCommandConditions + "B\x0c|");
 }
 
-TEST_F(MainLoopConditions, FormNameRecordEndsThePageLikeAnyRecord) {
-  EXPECT_EQ(job_pages(run_job({}, "A" + kFormNameRecord + kFormNameRecord + "B")),
-            kStartConditions + "A\x0c|" + kRecordConditions + kRecordConditions + "B\x0c|");
+TEST_F(MainLoopConditions, FormNameCommandEndsThePageLikeAnyCommand) {
+  EXPECT_EQ(job_pages(run_job({}, "A" + kFormNameCommand + kFormNameCommand + "B")),
+            kStartConditions + "A\x0c|" + kCommandConditions + kCommandConditions + "B\x0c|");
 }
 
-TEST_F(MainLoopConditions, RecordWithoutContentBeforeItYieldsNoFormFeed) {
+TEST_F(MainLoopConditions, CommandWithoutContentBeforeItYieldsNoFormFeed) {
   // A line feed is no content, and a form feed ends it.
   for (const std::string before : {"\n", "A\x0c", ""}) {
-    const std::string pages = job_pages(run_job({}, before + kBlankRecord + "B"));
+    const std::string pages = job_pages(run_job({}, before + kBlankCommand + "B"));
     EXPECT_EQ(pages.find("\x0c|\x0c"), std::string::npos) << before;
     EXPECT_EQ(pages.find("\n\x0c"), std::string::npos) << before;
-    EXPECT_TRUE(pages.ends_with(kRecordConditions + "B\x0c|")) << before;
+    EXPECT_TRUE(pages.ends_with(kCommandConditions + "B\x0c|")) << before;
   }
 }
 
-TEST_F(MainLoopConditions, RecordAtTheJobStartSendsTheStartConditionsFirst) {
-  EXPECT_EQ(job_pages(run_job({}, kBlankRecord + "B")),
-            kStartConditions + kRecordConditions + "B\x0c|");
+TEST_F(MainLoopConditions, CommandAtTheJobStartSendsTheStartConditionsFirst) {
+  EXPECT_EQ(job_pages(run_job({}, kBlankCommand + "B")),
+            kStartConditions + kCommandConditions + "B\x0c|");
 }
 
-TEST_F(MainLoopConditions, RecordForgetsContentWithOneFormFeed) {
-  for (const std::uint32_t code : {482U, 483U}) {
+TEST_F(MainLoopConditions, CommandForgetsContentWithOneFormFeed) {
+  for (const std::uint32_t code : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
     restart();
     the_filter().loop.content_since_conditions = true;
-    const std::string_view record = testing::bytes_for(code);
-    const Routed first = route(code, record);
+    const std::string_view command = testing::bytes_for(code);
+    const Routed first = route(code, command);
     EXPECT_EQ(first.data, "\x0c");
     EXPECT_EQ(first.pages, 1);
     EXPECT_FALSE(the_filter().loop.content_since_conditions);
@@ -84,15 +87,15 @@ TEST_F(MainLoopConditions, RecordForgetsContentWithOneFormFeed) {
     EXPECT_TRUE(the_filter().loop.conditions_pending);
     EXPECT_EQ(the_filter().loop.last_condition_code, code);
     EXPECT_EQ(the_filter().job.settings_changed, 1);
-    EXPECT_EQ(route(code, record).data, kRecordConditions);
+    EXPECT_EQ(route(code, command).data, kCommandConditions);
   }
 }
 
-TEST_F(MainLoopConditions, RecordFillsTheConditionFields) {
+TEST_F(MainLoopConditions, CommandFillsTheConditionFields) {
   the_filter().conditions.form_code = {'O', 'L', 'D'};
   testing::ConditionColumns columns;
-  columns.form_name = "OVL";
-  columns.code_3 = "A4 ";
+  columns.form_overlay = "OVL";
+  columns.paper_size = "A4 ";
   the_filter().loop.record = testing::condition_record(columns);
   EXPECT_TRUE(route_again().goes_on);
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "OVL");
@@ -100,48 +103,48 @@ TEST_F(MainLoopConditions, RecordFillsTheConditionFields) {
   EXPECT_STREQ(the_filter().conditions.form_code.data(), "");
 }
 
-TEST_F(MainLoopConditions, FormNameRecordLeavesTheConditionFieldsAlone) {
+TEST_F(MainLoopConditions, FormNameCommandLeavesTheConditionFieldsAlone) {
   the_filter().conditions.form_code = {'O', 'L', 'D'};
   the_filter().conditions.copies = 7;
-  EXPECT_TRUE(route(CMD_Q_NL_SP2, kFormNameRecord).goes_on);
+  EXPECT_TRUE(route(CMD_Q_NL_SP2, kFormNameCommand).goes_on);
   EXPECT_STREQ(the_filter().conditions.form_code.data(), "OLD");
   EXPECT_EQ(the_filter().conditions.copies, 7);
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "");
 }
 
-TEST_F(MainLoopConditions, UnreadableRecordEndsTheJobWithTheFieldsCleared) {
-  for (const std::string_view record : {"\x1bQ1; n0000", "\x1bQ1;16 n  0AAAABBBBCCCCC"}) {
+TEST_F(MainLoopConditions, UnreadableCommandEndsTheJobWithTheFieldsCleared) {
+  for (const std::string_view command : {"\x1bQ1; n0000", "\x1bQ1;16 n  0AAAABBBBCCCCC"}) {
     restart();
     the_filter().conditions.form_code = {'O', 'L', 'D'};
     the_filter().loop.content_since_conditions = true;
     Routed routed;
     const CaptureDescriptor messages(2);
-    routed = route(CMD_Q_NL_SP, record);
+    routed = route(CMD_Q_NL_SP, command);
     EXPECT_FALSE(routed.goes_on);
     EXPECT_EQ(the_filter().loop.status, 1);
     EXPECT_EQ(routed.data, "\x0c");
     EXPECT_STREQ(the_filter().conditions.form_code.data(), "");
-    const bool blank = record[4] == ' ';
+    const bool blank = command[4] == ' ';
     const std::string line = "filter: FCB data error\n";
     EXPECT_EQ(messages.text(), blank ? line + line : line);
   }
 }
 
-TEST_F(MainLoopConditions, RecordTakesSpacingFourWithOutputVariantTwoAndAbove) {
+TEST_F(MainLoopConditions, CommandTakesSpacingFourWithOutputVariantTwoAndAbove) {
   for (const std::string option : {"-f", "-R"}) {
-    EXPECT_EQ(job_pages(run_job({option}, kBlankRecord + "B")),
+    EXPECT_EQ(job_pages(run_job({option}, kBlankCommand + "B")),
               kStartConditions + kSetReset + kSpacing4 + "B\x0c|")
         << option;
   }
-  EXPECT_EQ(job_pages(run_job({"-A"}, kBlankRecord + "B")),
-            kStartConditions + kRecordConditions + "B\x0c|");
+  EXPECT_EQ(job_pages(run_job({"-A"}, kBlankCommand + "B")),
+            kStartConditions + kCommandConditions + "B\x0c|");
   // With -E no spacing is sent at all.
-  EXPECT_EQ(job_pages(run_job({"-E"}, kBlankRecord + "B")),
+  EXPECT_EQ(job_pages(run_job({"-E"}, kBlankCommand + "B")),
             kStandardState + kSetReset + kSixLines + kSetReset + "B\x0c|");
 }
 
-TEST_F(MainLoopConditions, RecordBytesNeverReachTheOutputButItsPendingDataDoes) {
-  for (const std::uint32_t code : {482U, 483U}) {
+TEST_F(MainLoopConditions, CommandBytesNeverReachTheOutputButItsPendingDataDoes) {
+  for (const std::uint32_t code : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
     const testing::StandardInput input(
         "ab\x0c"
         "d");
@@ -157,12 +160,12 @@ TEST_F(MainLoopConditions, RecordBytesNeverReachTheOutputButItsPendingDataDoes) 
 }
 
 TEST_F(MainLoopConditions, NothingIsSentWithOptionQ) {
-  EXPECT_EQ(job_pages(run_job({"-q"}, "A" + kBlankRecord + "B\x1bQ!IC")), "A\x0c|B\x1bQ!IC\x0c|");
+  EXPECT_EQ(job_pages(run_job({"-q"}, "A" + kBlankCommand + "B\x1bQ!IC")), "A\x0c|B\x1bQ!IC\x0c|");
 }
 
 TEST_F(MainLoopConditions, LinePitchAndCharacterPitchOfTheCommandLineAreSent) {
   const std::string pitch = "\x1bQ0;0720/G\x1c$!$$p";
-  EXPECT_EQ(job_pages(run_job({"-c", "10", "-l", "8"}, "A" + kBlankRecord + "B")),
+  EXPECT_EQ(job_pages(run_job({"-c", "10", "-l", "8"}, "A" + kBlankCommand + "B")),
             kStandardState + kSetReset + kSpacing3 + pitch + testing::kEightLines + "A\x0c|" +
                 kSetReset + kSpacing3 + pitch + testing::kEightLines + "B\x0c|");
 }
@@ -170,20 +173,21 @@ TEST_F(MainLoopConditions, LinePitchAndCharacterPitchOfTheCommandLineAreSent) {
 // Command 479
 
 TEST_F(MainLoopConditions, Command479JudgesItsParameterInModes6And7Alone) {
-  for (const char mode : kModes) {
+  for (const int mode : kModes) {
     for (const bool before : {false, true}) {
       for (const bool resets : {false, true}) {
         restart();
-        the_filter().command_line.emulation_mode = mode - '0';
+        the_filter().command_line.emulation_mode = mode;
         the_filter().job.line_unit = 99;
         the_filter().loop.spacing_reset = before;
         const std::string_view command = resets ? "\x1bQ004!J" : "\x1bQ5!J";
         EXPECT_EQ(route(CMD_LINE_UNIT_479, command).data, command);
-        const bool expected = mode == '1' || (mode >= '6' ? resets : before);
+        const bool expected =
+            mode == kStandardMode || (mode == kMode6 || mode == kMode7 ? resets : before);
         EXPECT_EQ(the_filter().loop.spacing_reset, expected) << mode << before << resets;
         EXPECT_EQ(the_filter().job.line_unit, expected ? 180 : 99) << mode << before << resets;
         EXPECT_EQ(the_filter().loop.conditions_pending, expected);
-        EXPECT_EQ(the_filter().loop.last_condition_code, expected ? 479U : 0U);
+        EXPECT_EQ(the_filter().loop.last_condition_code, expected ? CMD_LINE_UNIT_479 : CMD_NONE);
         EXPECT_EQ(the_filter().job.settings_changed, expected ? 1 : 0);
       }
     }
@@ -191,7 +195,7 @@ TEST_F(MainLoopConditions, Command479JudgesItsParameterInModes6And7Alone) {
 }
 
 TEST_F(MainLoopConditions, Command479SendsPendingConditionsOnlyWhenItDoesNotReset) {
-  the_filter().command_line.emulation_mode = 6;
+  the_filter().command_line.emulation_mode = kMode6;
   pend_conditions();
   EXPECT_EQ(route(CMD_LINE_UNIT_479, "\x1bQ5!J").data, kStartConditions + "\x1bQ5!J");
   pend_conditions();
@@ -202,16 +206,16 @@ TEST_F(MainLoopConditions, Command479SendsPendingConditionsOnlyWhenItDoesNotRese
 // Command 478
 
 TEST_F(MainLoopConditions, Command478ResetsTheLineUnitButInModes2To4) {
-  for (const char mode : kModes) {
+  for (const int mode : kModes) {
     restart();
-    the_filter().command_line.emulation_mode = mode - '0';
+    the_filter().command_line.emulation_mode = mode;
     the_filter().job.line_unit = 99;
     hold_command("HELD");
-    const bool resets = mode < '2' || mode > '4';
+    const bool resets = mode != kFineMode && mode != kFormLengthMode && mode != kExtendedMode;
     EXPECT_EQ(route(CMD_Q_I_EX, "\x1bQ!I").data, resets ? "\x1bQ!I" : "HELD\x1bQ!I") << mode;
     EXPECT_EQ(the_filter().job.line_unit, resets ? 180 : 99) << mode;
     EXPECT_EQ(the_filter().loop.conditions_pending, resets) << mode;
-    EXPECT_EQ(the_filter().loop.last_condition_code, resets ? 478U : 0U) << mode;
+    EXPECT_EQ(the_filter().loop.last_condition_code, resets ? CMD_Q_I_EX : CMD_NONE) << mode;
     EXPECT_EQ(the_filter().job.settings_changed, resets ? 1 : 0) << mode;
   }
 }
@@ -276,7 +280,7 @@ TEST_F(MainLoopConditions, RefusedFormParameterDoesNotSendWhatIsPending) {
   pend_conditions();
   EXPECT_EQ(route(CMD_Q_OL_SP, form_parameter(0, "FORM")).data, "");
   EXPECT_TRUE(the_filter().loop.conditions_pending);
-  EXPECT_EQ(the_filter().loop.last_condition_code, 0U);
+  EXPECT_EQ(the_filter().loop.last_condition_code, CMD_NONE);
   EXPECT_EQ(the_filter().loop.record.length, 0);
 }
 
@@ -367,12 +371,12 @@ TEST_F(MainLoopConditions, Command489MarksAChangeOfSettingsEvenWhenTheFontsStay)
 
 TEST_F(MainLoopConditions, FontsThatCannotBeSetUpEndTheJob) {
   the_filter().command_line.printer_class = kPrinterClassF1;
-  the_filter().command_line.font_variant = 2;
+  the_filter().command_line.font_variant = kFineFonts;
   the_filter().job.high_resolution_fonts = 1;
   EXPECT_FALSE(route(CMD_RESOLUTION_489, "\x1bQ240!P").goes_on);
   EXPECT_EQ(the_filter().loop.status, -1);
-  EXPECT_EQ(run_job({"-B", "-G", "D240"}, "A" + kBlankRecord + "B").status, 255);
-  EXPECT_EQ(run_job({"-B", "-G", "D400"}, "A" + kBlankRecord + "B").status, 0);
+  EXPECT_EQ(run_job({"-B", "-G", "D240"}, "A" + kBlankCommand + "B").status, 255);
+  EXPECT_EQ(run_job({"-B", "-G", "D400"}, "A" + kBlankCommand + "B").status, 0);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "driver/loop/loop_state.h"
 #include "driver/main_loop.h"
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
@@ -26,7 +27,7 @@ using testing::CaptureDescriptor;
 using testing::end_frame;
 using testing::job_pages;
 using testing::JobResult;
-using testing::kRecordConditions;
+using testing::kCommandConditions;
 using testing::kSixLines;
 using testing::kStartConditions;
 using testing::Routed;
@@ -45,7 +46,7 @@ class MainLoopForms : public testing::MainLoopTest {
     testing::write_file("forms/fcbe/BAD", "lines 6\n");
   }
 
-  static std::string record(std::string_view form) {
+  static std::string naming(std::string_view form) {
     testing::ConditionColumns columns;
     columns.layout = "2";
     columns.fcb_name = form;
@@ -129,7 +130,7 @@ TEST_F(MainLoopForms, LineFeedWithoutAFormDoesNotLookAhead) {
   EXPECT_EQ(gathered_frame(), "\n");
 }
 
-// Forms: form feeds and records
+// Forms: form feeds and print-condition commands
 
 TEST_F(MainLoopForms, FormFeedForgetsHeldMovementAndHoldsTheNextForms) {
   use_form({6, 4, 8}, 3);
@@ -149,55 +150,55 @@ TEST_F(MainLoopForms, InvalidCharacterAndOtherCommandsLeaveMovementHeld) {
             kStartConditions + "\xff\x1c%!p" + kEight + "A\x0c|");
 }
 
-TEST_F(MainLoopForms, RecordNamesAForm) {
-  EXPECT_EQ(job_pages(job("A" + record("TOP3") + "B\nC")),
-            kStartConditions + "A\x0c|" + kRecordConditions + kSixLines + "\n" + kSixLines + "\n" +
+TEST_F(MainLoopForms, CommandNamesAForm) {
+  EXPECT_EQ(job_pages(job("A" + naming("TOP3") + "B\nC")),
+            kStartConditions + "A\x0c|" + kCommandConditions + kSixLines + "\n" + kSixLines + "\n" +
                 kSixLines + "B\n" + kSixLines + "C\x0c|");
 }
 
-TEST_F(MainLoopForms, RecordWithoutANameGoesBackToTheFormOfTheCommandLine) {
-  EXPECT_EQ(job_pages(job("A" + record("TOP3") + "B" + record("") + "C", {"-n", "EGHT"})),
-            kStartConditions + kEight + "A\x0c|" + kRecordConditions + kSixLines + "\n" +
-                kSixLines + "\n" + kSixLines + "B\x0c|" + kRecordConditions + kEight + "C\x0c|");
+TEST_F(MainLoopForms, CommandWithoutANameGoesBackToTheFormOfTheCommandLine) {
+  EXPECT_EQ(job_pages(job("A" + naming("TOP3") + "B" + naming("") + "C", {"-n", "EGHT"})),
+            kStartConditions + kEight + "A\x0c|" + kCommandConditions + kSixLines + "\n" +
+                kSixLines + "\n" + kSixLines + "B\x0c|" + kCommandConditions + kEight + "C\x0c|");
 }
 
-TEST_F(MainLoopForms, RecordWithoutANameSwitchesFormsOffWhenThereIsNone) {
-  EXPECT_EQ(job_pages(job("A" + record("TOP3") + "B" + record("") + "C\nD")),
-            kStartConditions + "A\x0c|" + kRecordConditions + kSixLines + "\n" + kSixLines + "\n" +
-                kSixLines + "B\x0c|" + kRecordConditions + "C\nD\x0c|");
+TEST_F(MainLoopForms, CommandWithoutANameSwitchesFormsOffWhenThereIsNone) {
+  EXPECT_EQ(job_pages(job("A" + naming("TOP3") + "B" + naming("") + "C\nD")),
+            kStartConditions + "A\x0c|" + kCommandConditions + kSixLines + "\n" + kSixLines + "\n" +
+                kSixLines + "B\x0c|" + kCommandConditions + "C\nD\x0c|");
 }
 
-TEST_F(MainLoopForms, FormNameRecordKeepsTheFormAndGoesToItsTop) {
-  EXPECT_EQ(job_pages(job("A\n" + testing::kFormNameRecord + "B", {"-n", "TOP3"})),
+TEST_F(MainLoopForms, FormNameCommandKeepsTheFormAndGoesToItsTop) {
+  EXPECT_EQ(job_pages(job("A\n" + testing::kFormNameCommand + "B", {"-n", "TOP3"})),
             kStartConditions + kSixLines + "\n" + kSixLines + "\n" + kSixLines + "A\n" + kSixLines +
-                "\x0c|" + kRecordConditions + kSixLines + "\n" + kSixLines + "\n" + kSixLines +
+                "\x0c|" + kCommandConditions + kSixLines + "\n" + kSixLines + "\n" + kSixLines +
                 "B\x0c|");
 }
 
 TEST_F(MainLoopForms, FormThatCannotBeLoadedEndsTheJobBehindThePage) {
   for (const char* form : {"BAD", "NONE"}) {
-    const JobResult result = job("A" + record(form) + "B");
+    const JobResult result = job("A" + naming(form) + "B");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.messages, "filter: FCB data error\n");
     EXPECT_EQ(job_pages(result), kStartConditions + "A\x0c|");
     EXPECT_TRUE(result.output.ends_with(testing::kJobEnd));
   }
-  const JobResult result = job("A" + record("A-B ") + "B");
+  const JobResult result = job("A" + naming("A-B ") + "B");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.messages, "filter: FCB name error\n");
 }
 
 TEST_F(MainLoopForms, FramedJobsCarryNoForm) {
-  EXPECT_EQ(job(end_frame("A\n" + record("EGHT") + "B\nC"), {"-d", "-n", "TOP3"}).output,
+  EXPECT_EQ(job(end_frame("A\n" + naming("EGHT") + "B\nC"), {"-d", "-n", "TOP3"}).output,
             end_frame(testing::kFramedReset + "A\n\x0c" + testing::kFramedReset + "B\nC"));
   // The name is looked up all the same.
-  EXPECT_EQ(job(end_frame(record("NONE")), {"-d"}).status, 1);
+  EXPECT_EQ(job(end_frame(naming("NONE")), {"-d"}).status, 1);
 }
 
 // Forms: commands 397 and 421
 
 TEST_F(MainLoopForms, Commands397And421SendThePitchOfTheCurrentLine) {
-  for (const std::uint32_t code : {397U, 421U}) {
+  for (const std::uint32_t code : {CMD_FORM_PITCH_397, CMD_FORM_PITCH_421}) {
     restart();
     use_form({3, 4, 6, 8, 12}, 1);
     const std::vector<std::string> pitches{kThree, kFour, kSixLines, kEight, "\x1c%& p", ""};
@@ -335,12 +336,12 @@ TEST_F(MainLoopForms, LinesAreNotCountedWithAFormNorInFrames) {
   EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
-TEST_F(MainLoopForms, RecordsDoNotStartTheCountAgain) {
+TEST_F(MainLoopForms, CommandsDoNotStartTheCountAgain) {
   the_filter().command_line.lines_per_page = 3;
   the_filter().loop.line_counter = 2;
-  EXPECT_TRUE(pass(CMD_Q_NL_SP, testing::kBlankRecord));
+  EXPECT_TRUE(pass(CMD_Q_NL_SP, testing::kBlankCommand));
   EXPECT_EQ(the_filter().loop.line_counter, 2);
-  EXPECT_EQ(route(CMD_LF, "\n").data, kRecordConditions + "\n\x0c");
+  EXPECT_EQ(route(CMD_LF, "\n").data, kCommandConditions + "\n\x0c");
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "fonts/font_sets.h"
 #include "fonts/gaiji.h"
 #include "input/raw_input.h"
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "support/descriptors.h"
 #include "support/font_sets_fixture.h"
@@ -172,7 +173,7 @@ TEST_F(MainLoopText, HeldCommandOfTheLongestRecordIsWrittenWhole) {
 
 TEST_F(MainLoopText, HeldCommandIsDroppedByItsCounterparts) {
   the_filter().command_line.printer_class = kPrinterClassF1;
-  for (const std::uint32_t code : {334U, 335U, 487U}) {
+  for (const std::uint32_t code : {CMD_DROP_HELD_334, CMD_DROP_HELD_335, CMD_DROP_HELD_487}) {
     EXPECT_EQ(route(CMD_HOLD_488, "\x1bQ1!O").data, "");
     EXPECT_EQ(route(code, "zz").data, "zz");
     EXPECT_EQ(route(CMD_TEXT_ASCII, "A").data, "A");
@@ -206,9 +207,9 @@ TEST_F(MainLoopText, IgnoredSequenceInsideAFrameIsSkipped) {
 
 TEST_F(MainLoopText, OneRecordAtTheFramesEndMayMakeTwoFrames) {
   EXPECT_EQ(run_job({"-d"}, end_frame("A")).output, end_frame(kFramedReset) + end_frame("A"));
-  EXPECT_EQ(run_job({"-d"}, end_frame(testing::kBlankRecord)).output,
+  EXPECT_EQ(run_job({"-d"}, end_frame(testing::kBlankCommand)).output,
             end_frame(kFramedReset) + end_frame(""));
-  EXPECT_EQ(run_job({"-d", "-q"}, end_frame("A" + testing::kBlankRecord)).output,
+  EXPECT_EQ(run_job({"-d", "-q"}, end_frame("A" + testing::kBlankCommand)).output,
             end_frame("A\x0c") + end_frame(""));
 }
 
@@ -259,7 +260,7 @@ TEST_F(MainLoopGaiji, NewCharacterIsDownloadedAndAKnownOneIsPrintedByItsCode) {
   EXPECT_EQ(take_font_calls(), std::vector<std::string>{});
 }
 
-TEST_F(MainLoopGaiji, DownloadSizeIsForgottenWhenAPageEndsOrARecordComes) {
+TEST_F(MainLoopGaiji, DownloadSizeIsForgottenWhenAPageEndsOrAConditionCommandComes) {
   start();
   EXPECT_NE(route(CMD_TEXT_GAIJI, kG1)
                 .data.find("\x1c"
@@ -270,11 +271,13 @@ TEST_F(MainLoopGaiji, DownloadSizeIsForgottenWhenAPageEndsOrARecordComes) {
                            "0\"r"),
             std::string::npos);
   const std::vector<std::pair<std::uint32_t, std::string>> forgetters{
-      {262, "\x0c"}, {482, testing::kBlankRecord}, {483, testing::kFormNameRecord}};
+      {CMD_FF, "\x0c"},
+      {CMD_Q_NL_SP, testing::kBlankCommand},
+      {CMD_Q_NL_SP2, testing::kFormNameCommand}};
   char code = '\xa3';
-  for (const auto& [command, record] : forgetters) {
+  for (const auto& [command, sequence] : forgetters) {
     the_filter().loop.content_since_conditions = false;
-    EXPECT_TRUE(route(command, record).goes_on);
+    EXPECT_TRUE(route(command, sequence).goes_on);
     the_filter().loop.conditions_pending = false;
     EXPECT_NE(route(CMD_TEXT_GAIJI, std::string("\xf5") + code)
                   .data.find("\x1c"
@@ -312,7 +315,7 @@ TEST_F(MainLoopGaiji, FailedReadEndsTheJobWithItsStatus) {
 }
 
 TEST_F(MainLoopGaiji, CharactersAreDownloadedAgainAfterTheFontsWereSetUpAgain) {
-  for (const std::uint32_t code : {482U, 483U, 478U, 479U}) {
+  for (const std::uint32_t code : {CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_I_EX, CMD_LINE_UNIT_479}) {
     testing::reset_filter();
     the_filter().loop.conditions_pending = false;
     start();
@@ -339,7 +342,7 @@ TEST_F(MainLoopGaiji, CharactersAreDownloadedAgainAfterTheFontsWereSetUpAgain) {
 TEST_F(MainLoopGaiji, FontsStayForEveryOtherResolution) {
   for (const std::int32_t resolution : {240, 400, 0, 300, 239, 241, 399, 401}) {
     for (const int high : {0, 1}) {
-      for (const std::uint32_t code : {482U, 483U, 478U, 479U}) {
+      for (const std::uint32_t code : {CMD_Q_NL_SP, CMD_Q_NL_SP2, CMD_Q_I_EX, CMD_LINE_UNIT_479}) {
         testing::reset_filter();
         the_filter().command_line.resolution = resolution;
         the_filter().job.high_resolution_fonts = high;
@@ -369,7 +372,7 @@ TEST_F(MainLoopGaiji, ReloadThatFailsEndsTheJobWithTheLibrarysStatus) {
   testing::describe_fonts("every-font\nopen-error 1 2 24 22 4 0\n");
   the_filter().command_line.resolution = 400;
   const testing::CaptureDescriptor messages(2);
-  EXPECT_FALSE(route(CMD_Q_NL_SP, testing::kBlankRecord).goes_on);
+  EXPECT_FALSE(route(CMD_Q_NL_SP, testing::kBlankCommand).goes_on);
   EXPECT_EQ(the_filter().loop.status, -129);
   EXPECT_EQ(messages.text(), "filter: invalid PKEY\n");
 }

@@ -79,14 +79,14 @@ class Options : public ::testing::Test {
 
 /// What the mode letters set.
 struct Modes {
-  int emulation_mode = 1;
-  int output_variant = 0;
-  int stream_variant = 2;
+  int emulation_mode = kStandardMode;
+  int output_variant = kPlainOutput;
+  int stream_variant = kPlainStream;
   int extended_parameters = 0;
-  int header_selector = 1;
-  int resolution = 240;
+  int header_selector = kPlainHeader;
+  int resolution = kLowResolution;
   int high_resolution_fonts = 0;
-  int font_variant = 1;
+  int font_variant = kAllFonts;
   int compact_flag = 0;
 
   bool operator==(const Modes&) const = default;
@@ -111,18 +111,17 @@ TEST_F(Options, NoOptionsLeaveTheDefaults) {
   EXPECT_EQ(the_filter().command_line.undefined_gaiji_pattern, 0);
   EXPECT_EQ(the_filter().command_line.fcb_name, nullptr);
   EXPECT_EQ(the_filter().command_line.requested_resolution, 0);
-  EXPECT_EQ(the_filter().job.line_unit, 180);
-  EXPECT_EQ(the_filter().command_line.printer_class, 0x100000U);
+  EXPECT_EQ(the_filter().job.line_unit, kDefaultLineUnit);
+  EXPECT_EQ(the_filter().command_line.printer_class, kPrinterClassF0);
   EXPECT_EQ(the_filter().command_line.capability_F, 0);
   EXPECT_EQ(the_filter().command_line.capability_g, 0);
-  EXPECT_EQ(the_filter().printer.japanese_locale, 0);
   EXPECT_EQ(the_filter().job.font_library_loaded, 0);
   EXPECT_EQ(the_filter().command_line.ignore_flag, 0);
   EXPECT_EQ(the_filter().settings.spacing_index, 3);
   EXPECT_EQ(the_filter().settings.form_data_length, 0);
-  EXPECT_EQ(the_filter().settings.char_pitch_source, 0);
-  EXPECT_EQ(the_filter().settings.line_pitch_source, 0);
-  EXPECT_EQ(the_filter().settings.width_source, 0);
+  EXPECT_EQ(the_filter().settings.char_pitch_source, kNotGiven);
+  EXPECT_EQ(the_filter().settings.line_pitch_source, kNotGiven);
+  EXPECT_EQ(the_filter().settings.width_source, kNotGiven);
   EXPECT_EQ(the_filter().settings.line_pitch_text, nullptr);
   EXPECT_EQ(the_filter().settings.width_text, nullptr);
   EXPECT_EQ(directories(), std::vector<std::string>{kDefaultDirectory});
@@ -134,23 +133,31 @@ TEST_F(Options, EachModeLetterSetsWhatItNamesAndNothingElse) {
     Modes modes;
   };
   const std::vector<Row> rows{
-      {"-A", {.output_variant = 1}},
+      {"-A", {.output_variant = kOutputA}},
       {"-B",
-       {.emulation_mode = 2, .resolution = 400, .high_resolution_fonts = 1, .font_variant = 2}},
-      {"-C", {.emulation_mode = 4, .extended_parameters = 1}},
-      {"-D", {.header_selector = 8}},
-      {"-E", {.emulation_mode = 3, .output_variant = 3, .stream_variant = 3, .font_variant = 0}},
+       {.emulation_mode = kFineMode,
+        .resolution = kHighResolution,
+        .high_resolution_fonts = 1,
+        .font_variant = kFineFonts}},
+      {"-C", {.emulation_mode = kExtendedMode, .extended_parameters = 1}},
+      {"-D", {.header_selector = kSimplexBindingHeader}},
+      {"-E",
+       {.emulation_mode = kFormLengthMode,
+        .output_variant = kOutputE,
+        .stream_variant = kSentLengthStream,
+        .font_variant = kFixedFont}},
       {"-N",
-       {.emulation_mode = 3,
-        .output_variant = 3,
-        .stream_variant = 3,
+       {.emulation_mode = kFormLengthMode,
+        .output_variant = kOutputE,
+        .stream_variant = kSentLengthStream,
         .extended_parameters = 1,
-        .font_variant = 0}},
+        .font_variant = kFixedFont}},
       {"-P", {.extended_parameters = 1}},
-      {"-Q", {.emulation_mode = 6}},
-      {"-R", {.emulation_mode = 7, .output_variant = 4, .stream_variant = 4}},
+      {"-Q", {.emulation_mode = kMode6}},
+      {"-R",
+       {.emulation_mode = kMode7, .output_variant = kOutputR, .stream_variant = kShortFormStream}},
       {"-S", {.compact_flag = 1}},
-      {"-f", {.output_variant = 2}},
+      {"-f", {.output_variant = kOutputF}},
   };
   for (const Row& row : rows) {
     expect_accepted({row.option});
@@ -160,45 +167,46 @@ TEST_F(Options, EachModeLetterSetsWhatItNamesAndNothingElse) {
 
 TEST_F(Options, RFollowedByEEndsWithEmulationMode3) {
   expect_accepted({"-R", "-E"});
-  EXPECT_EQ(
-      modes_set(),
-      (Modes{.emulation_mode = 3, .output_variant = 3, .stream_variant = 3, .font_variant = 0}));
+  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = kFormLengthMode,
+                                .output_variant = kOutputE,
+                                .stream_variant = kSentLengthStream,
+                                .font_variant = kFixedFont}));
 }
 
 TEST_F(Options, EFollowedByREndsWithEmulationMode7AndKeepsTheFontVariant) {
   for (const char* options : {"-ER", "-NR"}) {
     expect_accepted({options});
-    EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
-    EXPECT_EQ(the_filter().command_line.stream_variant, 4);
-    EXPECT_EQ(the_filter().settings.output_variant, 4);
-    EXPECT_EQ(the_filter().command_line.font_variant, 0);
+    EXPECT_EQ(the_filter().command_line.emulation_mode, kMode7);
+    EXPECT_EQ(the_filter().command_line.stream_variant, kShortFormStream);
+    EXPECT_EQ(the_filter().settings.output_variant, kOutputR);
+    EXPECT_EQ(the_filter().command_line.font_variant, kFixedFont);
   }
 }
 
 TEST_F(Options, BAndEInBothOrders) {
   expect_accepted({"-E", "-B"});
-  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = 2,
-                                .output_variant = 3,
-                                .stream_variant = 3,
-                                .resolution = 400,
+  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = kFineMode,
+                                .output_variant = kOutputE,
+                                .stream_variant = kSentLengthStream,
+                                .resolution = kHighResolution,
                                 .high_resolution_fonts = 1,
-                                .font_variant = 2}));
+                                .font_variant = kFineFonts}));
   expect_accepted({"-B", "-E"});
-  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = 3,
-                                .output_variant = 3,
-                                .stream_variant = 3,
-                                .resolution = 400,
+  EXPECT_EQ(modes_set(), (Modes{.emulation_mode = kFormLengthMode,
+                                .output_variant = kOutputE,
+                                .stream_variant = kSentLengthStream,
+                                .resolution = kHighResolution,
                                 .high_resolution_fonts = 1,
-                                .font_variant = 0}));
+                                .font_variant = kFixedFont}));
 }
 
 TEST_F(Options, LaterOfTwoOutputVariantsWins) {
   expect_accepted({"-Af"});
-  EXPECT_EQ(the_filter().settings.output_variant, 2);
+  EXPECT_EQ(the_filter().settings.output_variant, kOutputF);
   expect_accepted({"-fA"});
-  EXPECT_EQ(the_filter().settings.output_variant, 1);
+  EXPECT_EQ(the_filter().settings.output_variant, kOutputA);
   expect_accepted({"-A", "-R", "-f"});
-  EXPECT_EQ(the_filter().settings.output_variant, 2);
+  EXPECT_EQ(the_filter().settings.output_variant, kOutputF);
 }
 
 TEST_F(Options, ValueOptionsSetTheirSettingsBeforeAndAfterTheModeLetters) {
@@ -209,15 +217,14 @@ TEST_F(Options, ValueOptionsSetTheirSettingsBeforeAndAfterTheModeLetters) {
     std::vector<std::string> arguments = values;
     arguments.insert(modes_first ? arguments.begin() : arguments.end(), {"-N", "-GD300!g"});
     expect_accepted(arguments);
-    EXPECT_EQ(the_filter().command_line.emulation_mode, 3);
-    EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 300U);
-    EXPECT_EQ(printer_has(the_filter().printer, 8, 0), 1U);
-    EXPECT_EQ(the_filter().settings.char_pitch_source, 3);
-    EXPECT_STREQ(the_filter().settings.char_pitch_text, "10");
+    EXPECT_EQ(the_filter().command_line.emulation_mode, kFormLengthMode);
+    EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 300U);
+    EXPECT_EQ(printer_has(the_filter().printer, kHasLowerG, 0), 1U);
+    EXPECT_EQ(the_filter().settings.char_pitch_source, kFromCommandLine);
     EXPECT_EQ(the_filter().command_line.character_pitch, 720);
-    EXPECT_EQ(the_filter().settings.line_pitch_source, 3);
+    EXPECT_EQ(the_filter().settings.line_pitch_source, kFromCommandLine);
     EXPECT_STREQ(the_filter().settings.line_pitch_text, "8");
-    EXPECT_EQ(the_filter().settings.width_source, 3);
+    EXPECT_EQ(the_filter().settings.width_source, kFromCommandLine);
     EXPECT_STREQ(the_filter().settings.width_text, "136");
     EXPECT_EQ(the_filter().command_line.lines_per_page, 66);
     EXPECT_STREQ(the_filter().command_line.fcb_name, "f1");
@@ -241,13 +248,13 @@ TEST_F(Options, IgnoredLettersAreAcceptedAndChangeNothing) {
 
 TEST_F(Options, ModesBehindOperandsCountToo) {
   expect_accepted({"operand", "-R", "other", "-c", "12"});
-  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, kMode7);
   EXPECT_EQ(the_filter().command_line.character_pitch, 600);
 }
 
 TEST_F(Options, DoubleDashEndsTheOptionsInBothPasses) {
   expect_accepted({"-R", "-d", "--", "-E", "-q", "-x"});
-  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, kMode7);
   EXPECT_EQ(the_filter().command_line.framed_output, 1);
   EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
 }
@@ -284,7 +291,7 @@ TEST_F(Options, FirstPassReportsAllUnknownLettersAndTheSecondStopsAtTheFirst) {
 
 TEST_F(Options, ModesBehindAnUnknownLetterAreStillSet) {
   EXPECT_EQ(parse({"-x", "-R"}), 1);
-  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, kMode7);
 }
 
 TEST_F(Options, MissingArgumentIsDiagnosedByBothPassesAndEndsWithStatus1) {
@@ -305,7 +312,7 @@ TEST_F(Options, OperandDoesNotBecomeTheArgumentThatTheLastOptionLacks) {
 TEST_F(Options, ParsingStartsAfreshAfterAnErrorWithinAGroupOfLetters) {
   EXPECT_EQ(parse({"-xRq"}), 1);
   expect_accepted({"-E", "-d"});
-  EXPECT_EQ(the_filter().command_line.emulation_mode, 3);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, kFormLengthMode);
   EXPECT_EQ(the_filter().command_line.framed_output, 1);
   EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 1);
 }
@@ -335,8 +342,7 @@ TEST_F(Options, CharacterPitchIs7200DividedByTheArgument) {
                                                    {"2147483647", 0}}) {
     expect_accepted({"-c", row.argument});
     EXPECT_EQ(the_filter().command_line.character_pitch, row.pitch) << row.argument;
-    EXPECT_EQ(the_filter().settings.char_pitch_source, 3) << row.argument;
-    EXPECT_STREQ(the_filter().settings.char_pitch_text, row.argument);
+    EXPECT_EQ(the_filter().settings.char_pitch_source, kFromCommandLine) << row.argument;
   }
 }
 
@@ -351,7 +357,7 @@ TEST_F(Options, IllegalPitchEndsTheSecondPassAfterTheModesAreSet) {
   expect_refused({"-q", "-c0", "-d", "-R"}, kProgram + ": illegal option c\n");
   EXPECT_EQ(the_filter().command_line.print_conditions_enabled, 0);
   EXPECT_EQ(the_filter().command_line.framed_output, 0);
-  EXPECT_EQ(the_filter().command_line.emulation_mode, 7);
+  EXPECT_EQ(the_filter().command_line.emulation_mode, kMode7);
 }
 
 TEST_F(Options, UndefinedGaijiPatternIsSpaceOrUbar) {
@@ -460,14 +466,13 @@ TEST_F(Options, ShorterTextOfFReplacesALongerOne) {
 
 TEST_F(Options, OverLongCapabilitiesAreAccepted) {
   expect_accepted({"-G", std::string(100000, 'z') + "!f1!f2"});
-  EXPECT_EQ(printer_has(the_filter().printer, 7, 0x600000), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasFonts, kPrinterClassF1 | kPrinterClassF2), 1U);
 }
 
 TEST_F(Options, CapabilitiesAreParsedOnceForEachOccurrence) {
   expect_accepted({"-G", "D240", "-GD400!Jja_JP"});
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 0), 240U);
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 400), 1U);
-  EXPECT_EQ(the_filter().printer.japanese_locale, 1);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 0), 240U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 400), 1U);
   // Had the second pass parsed them again, 13 resolutions would fill the 24 places.
   std::string list = "D1";
   for (int resolution = 2; resolution <= 13; ++resolution) {
@@ -475,7 +480,7 @@ TEST_F(Options, CapabilitiesAreParsedOnceForEachOccurrence) {
   }
   EXPECT_EQ(parse({"-G", list}), 0);
   parse_capabilities(the_filter().printer, "D14!D15");
-  EXPECT_EQ(printer_has(the_filter().printer, 6, 15), 1U);
+  EXPECT_EQ(printer_has(the_filter().printer, kHasResolution, 15), 1U);
 }
 
 TEST_F(Options, WithoutArgumentsAtAllTheProgramNameIsEmpty) {

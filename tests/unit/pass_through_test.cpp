@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/exit_status.h"
 #include "driver/loop/loop_state.h"
+#include "job/exit_status.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
@@ -69,7 +69,7 @@ TEST_F(PassThrough, RestOfEveryLengthIsCopied) {
 TEST_F(PassThrough, AJobOfThePrintersLanguageComesOutAsItWentIn) {
   for (const std::string& input :
        {std::string("ABC\n\f"), std::string("A\fB\fC"), std::string("\n"),
-        "A" + testing::kBlankRecord + "B", std::string(20000, 'x') + "\f\xe3\x81\x82"}) {
+        "A" + testing::kBlankCommand + "B", std::string(20000, 'x') + "\f\xe3\x81\x82"}) {
     const std::string job = run_job({}, input).output;
     ASSERT_TRUE(job.starts_with(kParameterBlock));
     for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{

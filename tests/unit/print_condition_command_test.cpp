@@ -23,18 +23,18 @@ using testing::condition_record;
 using testing::ConditionColumns;
 using testing::make_record;
 
-class PrintConditionRecord : public ::testing::Test {
+class PrintConditionCommand : public ::testing::Test {
  protected:
-  PrintConditionRecord() {
+  PrintConditionCommand() {
     the_filter().messages.program_name = "filter";
     fill_conditions();
   }
-  ~PrintConditionRecord() override {
+  ~PrintConditionCommand() override {
     the_filter().conditions = {};
     restart_settings();
   }
 
-  /// What an earlier record may have left.
+  /// What an earlier command may have left.
   static void fill_conditions() {
     the_filter().conditions.form_overlay = {"OLDFORM1"};
     the_filter().conditions.overlay_count = 1;
@@ -87,26 +87,26 @@ class PrintConditionRecord : public ::testing::Test {
   }
 };
 
-/// A record with something in every column.
+/// A command with something in every column.
 ConditionColumns full_columns() {
   return {.layout = "2",
-          .form_name = "INVOICE1",
-          .count_a = "012",
-          .count_b = "345",
+          .form_overlay = "INVOICE1",
+          .overlay_count = "012",
+          .copies = "345",
           .fcb_name = "FCB1",
-          .code_4 = "FORM",
-          .code_2 = "PZ",
-          .code_3 = "LTR",
-          .code_2b = "P3",
-          .flag_3 = "B",
-          .value_3 = "00720",
-          .flag_1 = "U",
-          .flag_2 = "K",
-          .value_1 = "01440",
-          .value_2 = "99999"};
+          .form_code = "FORM",
+          .orientation = "PZ",
+          .paper_size = "LTR",
+          .tray = "P3",
+          .duplex = "B",
+          .binding_margin = "00720",
+          .binding_edge = "U",
+          .binding_mode = "K",
+          .first_offset = "01440",
+          .second_offset = "99999"};
 }
 
-TEST_F(PrintConditionRecord, LongRecordFillsEveryField) {
+TEST_F(PrintConditionCommand, LongCommandFillsEveryField) {
   parse_columns(full_columns());
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVOICE1");
   EXPECT_EQ(the_filter().conditions.overlay_count, 12);
@@ -125,12 +125,12 @@ TEST_F(PrintConditionRecord, LongRecordFillsEveryField) {
 
 // Every byte behind the layout digit says where it stands, so the fields show which columns they
 // were read from. Offset o (from the layout digit) holds o's last digit.
-TEST_F(PrintConditionRecord, EveryFieldComesFromItsColumns) {
-  std::string record = "\x1bQ1;100 n  2";
+TEST_F(PrintConditionCommand, EveryFieldComesFromItsColumns) {
+  std::string command = "\x1bQ1;100 n  2";
   for (std::size_t offset = 1; offset <= 97; ++offset) {
-    record += static_cast<char>('0' + offset % 10);
+    command += static_cast<char>('0' + offset % 10);
   }
-  parse_bytes(record);
+  parse_bytes(command);
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "12345678");
   EXPECT_EQ(the_filter().conditions.overlay_count, 901);
   EXPECT_EQ(the_filter().conditions.copies, 234);
@@ -147,12 +147,12 @@ TEST_F(PrintConditionRecord, EveryFieldComesFromItsColumns) {
 }
 
 // The same with the tens, for the fields whose columns are whole tens away from others.
-TEST_F(PrintConditionRecord, EveryFieldComesFromItsTens) {
-  std::string record = "\x1bQ1;100 n  2";
+TEST_F(PrintConditionCommand, EveryFieldComesFromItsTens) {
+  std::string command = "\x1bQ1;100 n  2";
   for (std::size_t offset = 1; offset <= 97; ++offset) {
-    record += static_cast<char>('0' + offset / 10);
+    command += static_cast<char>('0' + offset / 10);
   }
-  parse_bytes(record);
+  parse_bytes(command);
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "00000000");
   EXPECT_EQ(the_filter().conditions.overlay_count, 11);
   EXPECT_EQ(the_filter().conditions.copies, 111);
@@ -168,16 +168,16 @@ TEST_F(PrintConditionRecord, EveryFieldComesFromItsTens) {
   EXPECT_EQ(the_filter().conditions.second_offset, 88888);
 }
 
-TEST_F(PrintConditionRecord, LandscapeReadsFlagsTwoAndValuesTenBytesLater) {
+TEST_F(PrintConditionCommand, LandscapeReadsTheBindingTwoAndTheOffsetsTenBytesLater) {
   std::string units = "\x1bQ1;100 n  0";
   std::string tens = units;
   for (std::size_t offset = 1; offset <= 97; ++offset) {
     units += static_cast<char>('0' + offset % 10);
     tens += static_cast<char>('0' + offset / 10);
   }
-  const std::size_t code_2 = 11 + 57;
-  units[code_2] = 'L';
-  tens[code_2] = 'L';
+  const std::size_t orientation = 11 + 57;
+  units[orientation] = 'L';
+  tens[orientation] = 'L';
   parse_bytes(units);
   EXPECT_STREQ(the_filter().conditions.orientation.data(), "L8");
   EXPECT_STREQ(the_filter().conditions.binding_edge.data(), "1");
@@ -193,26 +193,26 @@ TEST_F(PrintConditionRecord, LandscapeReadsFlagsTwoAndValuesTenBytesLater) {
   EXPECT_EQ(the_filter().conditions.binding_margin, 77777);
 }
 
-TEST_F(PrintConditionRecord, WhichCodesAreLandscape) {
+TEST_F(PrintConditionCommand, WhichCodesAreLandscape) {
   for (const char* const code : {"L ", " L", "LZ", "LP", "-L"}) {
-    std::string record = "\x1bQ1;100 n  0" + std::string(97, ' ');
-    record.replace(11 + 57, 2, code);
-    record.replace(11 + 69, 4, "PpLl");
-    parse_bytes(record);
+    std::string command = "\x1bQ1;100 n  0" + std::string(97, ' ');
+    command.replace(11 + 57, 2, code);
+    command.replace(11 + 69, 4, "PpLl");
+    parse_bytes(command);
     EXPECT_STREQ(the_filter().conditions.binding_edge.data(), "L") << code;
     EXPECT_STREQ(the_filter().conditions.binding_mode.data(), "l") << code;
   }
   for (const char* const code : {"P ", "PL", "PZ", "  ", "--", "l "}) {
-    std::string record = "\x1bQ1;100 n  0" + std::string(97, ' ');
-    record.replace(11 + 57, 2, code);
-    record.replace(11 + 69, 4, "PpLl");
-    parse_bytes(record);
+    std::string command = "\x1bQ1;100 n  0" + std::string(97, ' ');
+    command.replace(11 + 57, 2, code);
+    command.replace(11 + 69, 4, "PpLl");
+    parse_bytes(command);
     EXPECT_STREQ(the_filter().conditions.binding_edge.data(), "P") << code;
     EXPECT_STREQ(the_filter().conditions.binding_mode.data(), "p") << code;
   }
 }
 
-TEST_F(PrintConditionRecord, LengthSixteenWithLayoutTwoIsAShortRecord) {
+TEST_F(PrintConditionCommand, LengthSixteenWithLayoutTwoIsAShortCommand) {
   parse_bytes("\x1bQ1;16 n  2INVOICE1012345");
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVO");
   EXPECT_EQ(the_filter().conditions.overlay_count, 12);
@@ -221,18 +221,18 @@ TEST_F(PrintConditionRecord, LengthSixteenWithLayoutTwoIsAShortRecord) {
   expect_long_fields_empty();
 }
 
-TEST_F(PrintConditionRecord, LengthSeventeenWithLayoutTwoIsALongRecord) {
+TEST_F(PrintConditionCommand, LengthSeventeenWithLayoutTwoIsALongCommand) {
   parse_bytes("\x1bQ1;17 n  2INVOICE1012345");
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVOICE1");
 }
 
-// The length that the record states counts, not the bytes that are there.
-TEST_F(PrintConditionRecord, ShortRecordReadsTheFourCharacterCodeButNoLongField) {
+// The length that the command states counts, not the bytes that are there.
+TEST_F(PrintConditionCommand, ShortCommandReadsTheFourCharacterCodeButNoLongField) {
   for (int length = 0; length <= 16; ++length) {
     fill_conditions();
     ConditionColumns columns = full_columns();
     columns.layout = "0";
-    columns.form_name = "INVO";
+    columns.form_overlay = "INVO";
     columns.fcb_name = "";
     parse_bytes("\x1bQ1;" + std::to_string(length) + " n" + testing::condition_data(columns));
     EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVO") << length;
@@ -243,30 +243,30 @@ TEST_F(PrintConditionRecord, ShortRecordReadsTheFourCharacterCodeButNoLongField)
   }
 }
 
-TEST_F(PrintConditionRecord, ShortRecordTakesAnyLayout) {
+TEST_F(PrintConditionCommand, ShortCommandTakesAnyLayout) {
   for (const char* const layout : {"0", "1", "2", "3", " ", "x"}) {
     fill_conditions();
-    parse_columns({.layout = layout, .form_name = "FORM", .count_b = "7", .data_length = 16});
+    parse_columns({.layout = layout, .form_overlay = "FORM", .copies = "7", .data_length = 16});
     EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "FORM") << layout;
     EXPECT_EQ(the_filter().conditions.overlay_count, 7) << layout;
   }
 }
 
-TEST_F(PrintConditionRecord, LayoutsZeroAndOneHaveAFourByteName) {
+TEST_F(PrintConditionCommand, LayoutsZeroAndOneHaveAFourByteName) {
   for (const char* const layout : {"0", "1"}) {
-    parse_columns({.layout = layout, .form_name = "INVOICE1"});
+    parse_columns({.layout = layout, .form_overlay = "INVOICE1"});
     EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVO") << layout;
   }
 }
 
-TEST_F(PrintConditionRecord, LayoutThreeLeavesEveryFieldEmptyWithoutAMessage) {
+TEST_F(PrintConditionCommand, LayoutThreeLeavesEveryFieldEmptyWithoutAMessage) {
   ConditionColumns columns = full_columns();
   columns.layout = "3";
   parse_columns(columns);
   expect_all_empty();
 }
 
-TEST_F(PrintConditionRecord, EveryUnknownLayoutLeavesEveryFieldEmpty) {
+TEST_F(PrintConditionCommand, EveryUnknownLayoutLeavesEveryFieldEmpty) {
   for (int byte = 0; byte < 256; ++byte) {
     if (byte >= '0' && byte <= '2') {
       continue;
@@ -279,7 +279,7 @@ TEST_F(PrintConditionRecord, EveryUnknownLayoutLeavesEveryFieldEmpty) {
   }
 }
 
-TEST_F(PrintConditionRecord, BlankByteFourIsADataErrorAndClearsEveryField) {
+TEST_F(PrintConditionCommand, BlankByteFourIsADataErrorAndClearsEveryField) {
   const CaptureDescriptor error(STDERR_FILENO);
   EXPECT_EQ(parse_print_condition_command(
                 the_filter().messages,
@@ -290,7 +290,7 @@ TEST_F(PrintConditionRecord, BlankByteFourIsADataErrorAndClearsEveryField) {
   expect_all_empty();
 }
 
-TEST_F(PrintConditionRecord, RecordThatEndsBeforeByteFourIsADataError) {
+TEST_F(PrintConditionCommand, CommandThatEndsBeforeByteFourIsADataError) {
   const CaptureDescriptor error(STDERR_FILENO);
   EXPECT_EQ(
       parse_print_condition_command(the_filter().messages, make_record(CMD_Q_NL_SP, "\x1bQ1;"),
@@ -300,21 +300,21 @@ TEST_F(PrintConditionRecord, RecordThatEndsBeforeByteFourIsADataError) {
   expect_all_empty();
 }
 
-TEST_F(PrintConditionRecord, NameColumnABBlankCGivesABC) {
-  parse_columns({.form_name = "AB C"});
+TEST_F(PrintConditionCommand, NameColumnABBlankCGivesABC) {
+  parse_columns({.form_overlay = "AB C"});
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "ABC");
 }
 
-TEST_F(PrintConditionRecord, TextsKeepOnlyLettersAndDigits) {
+TEST_F(PrintConditionCommand, TextsKeepOnlyLettersAndDigits) {
   parse_columns({.layout = "2",
-                 .form_name = "a-1./Z\xe3 ",
-                 .code_4 = "A 4 ",
-                 .code_2 = " P",
-                 .code_3 = "A 4",
-                 .code_2b = "-1",
-                 .flag_3 = "*",
-                 .flag_1 = "-",
-                 .flag_2 = "7"});
+                 .form_overlay = "a-1./Z\xe3 ",
+                 .form_code = "A 4 ",
+                 .orientation = " P",
+                 .paper_size = "A 4",
+                 .tray = "-1",
+                 .duplex = "*",
+                 .binding_edge = "-",
+                 .binding_mode = "7"});
   EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "a1Z");
   EXPECT_STREQ(the_filter().conditions.form_code.data(), "A4");
   EXPECT_STREQ(the_filter().conditions.orientation.data(), "P");
@@ -325,39 +325,39 @@ TEST_F(PrintConditionRecord, TextsKeepOnlyLettersAndDigits) {
   EXPECT_STREQ(the_filter().conditions.binding_mode.data(), "7");
 }
 
-TEST_F(PrintConditionRecord, CountAZeroWithANameTakesCountB) {
-  parse_columns({.form_name = "FORM", .count_a = "000", .count_b = "012"});
+TEST_F(PrintConditionCommand, OverlayCountZeroWithAnOverlayTakesTheCopies) {
+  parse_columns({.form_overlay = "FORM", .overlay_count = "000", .copies = "012"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 12);
   EXPECT_EQ(the_filter().conditions.copies, 12);
 }
 
-TEST_F(PrintConditionRecord, BlankCountAWithANameTakesCountB) {
-  parse_columns({.form_name = "FORM", .count_b = "  7"});
+TEST_F(PrintConditionCommand, BlankOverlayCountWithAnOverlayTakesTheCopies) {
+  parse_columns({.form_overlay = "FORM", .copies = "  7"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 7);
 }
 
-TEST_F(PrintConditionRecord, CountAZeroWithoutANameStaysZero) {
-  parse_columns({.count_a = "000", .count_b = "012"});
+TEST_F(PrintConditionCommand, OverlayCountZeroWithoutAnOverlayStaysZero) {
+  parse_columns({.overlay_count = "000", .copies = "012"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 0);
   EXPECT_EQ(the_filter().conditions.copies, 12);
 }
 
-TEST_F(PrintConditionRecord, CountAZeroWithANameThatIsFilteredAwayStaysZero) {
-  parse_columns({.form_name = "----", .count_a = "000", .count_b = "012"});
+TEST_F(PrintConditionCommand, OverlayCountZeroWithAnOverlayThatIsFilteredAwayStaysZero) {
+  parse_columns({.form_overlay = "----", .overlay_count = "000", .copies = "012"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 0);
 }
 
-TEST_F(PrintConditionRecord, CountAOfItsOwnIsKept) {
-  parse_columns({.form_name = "FORM", .count_a = "001", .count_b = "012"});
+TEST_F(PrintConditionCommand, OverlayCountOfItsOwnIsKept) {
+  parse_columns({.form_overlay = "FORM", .overlay_count = "001", .copies = "012"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 1);
 }
 
-TEST_F(PrintConditionRecord, NumbersAllowBlanksInFrontAndJunkBehind) {
-  parse_columns({.count_a = " 12",
-                 .count_b = "3x9",
-                 .value_3 = "  720",
-                 .value_1 = "12 34",
-                 .value_2 = "x1234"});
+TEST_F(PrintConditionCommand, NumbersAllowBlanksInFrontAndJunkBehind) {
+  parse_columns({.overlay_count = " 12",
+                 .copies = "3x9",
+                 .binding_margin = "  720",
+                 .first_offset = "12 34",
+                 .second_offset = "x1234"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 12);
   EXPECT_EQ(the_filter().conditions.copies, 3);
   EXPECT_EQ(the_filter().conditions.binding_margin, 720);
@@ -365,19 +365,19 @@ TEST_F(PrintConditionRecord, NumbersAllowBlanksInFrontAndJunkBehind) {
   EXPECT_EQ(the_filter().conditions.second_offset, 0);
 }
 
-// In layouts 0 and 1 the FCB name stands on the last column of count A and on count B.
-TEST_F(PrintConditionRecord, FcbNameOverTheCountsIsReadAsCountsToo) {
-  parse_columns({.layout = "1", .count_a = "01", .fcb_name = "2345"});
+// In layouts 0 and 1 the FCB name stands on the last column of the overlay count and on the copies.
+TEST_F(PrintConditionCommand, FcbNameOverTheCountsIsReadAsCountsToo) {
+  parse_columns({.layout = "1", .overlay_count = "01", .fcb_name = "2345"});
   EXPECT_EQ(the_filter().conditions.overlay_count, 12);
   EXPECT_EQ(the_filter().conditions.copies, 345);
 }
 
-TEST_F(PrintConditionRecord, FcbNameOfLayoutTwoTouchesNoField) {
+TEST_F(PrintConditionCommand, FcbNameOfLayoutTwoTouchesNoField) {
   parse_columns({.layout = "2", .fcb_name = "2345"});
   expect_all_empty();
 }
 
-TEST_F(PrintConditionRecord, ColumnsMoveWithTheDigitsOfTheLength) {
+TEST_F(PrintConditionCommand, ColumnsMoveWithTheDigitsOfTheLength) {
   for (const char* const length : {"17", "00017", "1000000"}) {
     parse_bytes("\x1bQ1;" + std::string(length) + " n  2INVOICE1012345");
     EXPECT_STREQ(the_filter().conditions.form_overlay.data(), "INVOICE1") << length;
@@ -385,7 +385,7 @@ TEST_F(PrintConditionRecord, ColumnsMoveWithTheDigitsOfTheLength) {
   }
 }
 
-TEST_F(PrintConditionRecord, ColumnsBehindTheEndOfTheRecordReadAsBlanks) {
+TEST_F(PrintConditionCommand, ColumnsBehindTheEndOfTheRecordReadAsBlanks) {
   ConditionColumns columns = full_columns();
   columns.data_length = 17;
   parse_columns(columns);
@@ -397,9 +397,9 @@ TEST_F(PrintConditionRecord, ColumnsBehindTheEndOfTheRecordReadAsBlanks) {
 }
 
 // Cut behind each data byte: a number keeps the digits in front of the cut.
-TEST_F(PrintConditionRecord, RecordIsCutAtEveryPlace) {
+TEST_F(PrintConditionCommand, CommandIsCutAtEveryPlace) {
   ConditionColumns columns = full_columns();
-  columns.value_2 = "12345";  // the data bytes 85 to 89
+  columns.second_offset = "12345";  // the data bytes 85 to 89
   const std::string whole = testing::condition_data(columns);
   const std::string digits = "12345";
   for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
@@ -411,7 +411,7 @@ TEST_F(PrintConditionRecord, RecordIsCutAtEveryPlace) {
   }
 }
 
-TEST_F(PrintConditionRecord, DataThatIsStillInTheInputLeavesEveryFieldEmpty) {
+TEST_F(PrintConditionCommand, DataThatIsStillInTheInputLeavesEveryFieldEmpty) {
   CommandRecord record = make_record(CMD_Q_NL_SP, "\x1bQ1;5000 n");
   record.pending = 5000;
   parse(record);

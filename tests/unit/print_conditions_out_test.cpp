@@ -47,6 +47,9 @@ const std::string kLines8 = "\x1c%) p";
 const std::string kPitch720 = "\x1bQ0;0720/G";
 const std::string kDoublePitch720 = "\x1c$!$$p";
 
+constexpr std::array kModes{kStandardMode, kFineMode, kFormLengthMode,
+                            kExtendedMode, kMode6,    kMode7};
+
 const std::vector<std::uint32_t> kCommands{0,
                                            CMD_Q_A_EX,
                                            CMD_Q_I_EX,
@@ -126,7 +129,7 @@ TEST_F(PrintConditionsOut, FirstPageGetsStandardStateResetSpacingAndSixLines) {
   EXPECT_EQ(conditions_written_, 1);
 }
 
-TEST_F(PrintConditionsOut, RecordWithNothingFromTheCommandLineGetsResetAndSpacingAlone) {
+TEST_F(PrintConditionsOut, ConditionCommandWithNothingFromTheCommandLineGetsResetAndSpacingAlone) {
   for (const std::uint32_t command : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
     EXPECT_EQ(emitted(command), kSetReset + kSpacing3) << command;
     EXPECT_EQ(carried(), kSetReset + kSpacing3) << command;
@@ -150,7 +153,7 @@ TEST_F(PrintConditionsOut, Command492BringsThePitchesAlone) {
 }
 
 TEST_F(PrintConditionsOut, Command492KeepsTheSpacingIndexInEmulationMode3) {
-  the_filter().command_line.emulation_mode = 3;
+  the_filter().command_line.emulation_mode = kFormLengthMode;
   EXPECT_EQ(emitted(CMD_SECOND_VARIANT_492), kLines6);
   EXPECT_EQ(spacing_index_, -1);
 }
@@ -189,20 +192,20 @@ TEST_F(PrintConditionsOut, SpacingIndex0SendsFiveNulBytes) {
 }
 
 TEST_F(PrintConditionsOut, EmulationMode3SendsNoSpacing) {
-  for (const int mode : {1, 2, 3, 4, 6, 7}) {
+  for (const int mode : kModes) {
     the_filter().command_line.emulation_mode = mode;
-    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + (mode == 3 ? "" : kSpacing3)) << mode;
+    EXPECT_EQ(emitted(CMD_Q_NL_SP), kSetReset + (mode == kFormLengthMode ? "" : kSpacing3)) << mode;
     EXPECT_EQ(spacing_index_, 3) << mode;
   }
 }
 
-TEST_F(PrintConditionsOut, RecordSelectsSpacing4FromOutputVariant2On) {
+TEST_F(PrintConditionsOut, ConditionCommandSelectsSpacing4FromOutputFOn) {
   const std::string first_page = kStandardState + kSetReset + kSpacing3 + kLines6;
-  for (std::uint8_t variant = 0; variant <= 4; ++variant) {
+  for (std::uint8_t variant = kPlainOutput; variant <= kOutputR; ++variant) {
     the_filter().settings.output_variant = variant;
     for (const std::uint32_t command : {CMD_Q_NL_SP, CMD_Q_NL_SP2}) {
-      EXPECT_EQ(emitted(command), kSetReset + (variant < 2 ? kSpacing3 : kSpacing4));
-      EXPECT_EQ(spacing_index_, variant < 2 ? 3 : 4);
+      EXPECT_EQ(emitted(command), kSetReset + (variant < kOutputF ? kSpacing3 : kSpacing4));
+      EXPECT_EQ(spacing_index_, variant < kOutputF ? 3 : 4);
     }
     EXPECT_EQ(emitted(0), first_page);
     EXPECT_EQ(spacing_index_, 3);
@@ -211,7 +214,7 @@ TEST_F(PrintConditionsOut, RecordSelectsSpacing4FromOutputVariant2On) {
 }
 
 TEST_F(PrintConditionsOut, FormFromTheCommandLineKeepsItsSpacing) {
-  the_filter().settings.output_variant = 2;
+  the_filter().settings.output_variant = kOutputF;
   for (const std::uint8_t source : {kNotGiven, kFromForm, kFromFormKind3, kFromCommandLine}) {
     the_filter().settings.form_source = source;
     const bool own = source == kFromCommandLine;
@@ -298,13 +301,14 @@ TEST_F(PrintConditionsOut, LinePitchOfTheCommandLineIsCarried) {
 }
 
 TEST_F(PrintConditionsOut, FiveLinesToTheInchSendNoLinePitchForAnyCommand) {
-  const std::string record_group = kSetReset + kSpacing3;
-  const std::string whole_group = kStandardState + record_group;
+  const std::string command_group = kSetReset + kSpacing3;
+  const std::string whole_group = kStandardState + command_group;
   give_line_pitch("5");
   for (const std::uint32_t command : kCommands) {
-    const bool is_record = command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
-    const std::string expected =
-        command == CMD_SECOND_VARIANT_492 ? "" : (is_record ? record_group : whole_group);
+    const bool is_condition_command = command == CMD_Q_NL_SP || command == CMD_Q_NL_SP2;
+    const std::string expected = command == CMD_SECOND_VARIANT_492
+                                     ? ""
+                                     : (is_condition_command ? command_group : whole_group);
     EXPECT_EQ(emitted(command), expected) << command;
     EXPECT_EQ(carried(), expected) << command;
   }
@@ -359,7 +363,7 @@ TEST_F(PrintConditionsOut, LaterPitchesReplaceTheCarriedOnes) {
   EXPECT_EQ(carried(), kLines8);
 }
 
-TEST_F(PrintConditionsOut, OutValuesAreCopiedFromTheRecord) {
+TEST_F(PrintConditionsOut, OutValuesAreCopiedFromTheSettings) {
   the_filter().settings.spacing_index = 1;
   the_filter().settings.line_unit_value = 777;
   for (const std::uint32_t command : std::initializer_list<std::uint32_t>{
@@ -372,7 +376,7 @@ TEST_F(PrintConditionsOut, OutValuesAreCopiedFromTheRecord) {
 }
 
 TEST_F(PrintConditionsOut, NullOutPointersChangeNothingInTheOutput) {
-  the_filter().settings.output_variant = 2;
+  the_filter().settings.output_variant = kOutputF;
   for (const std::uint32_t command : kCommands) {
     const std::string expected = emitted(command);
     emit_print_conditions(the_filter().conditions_output, command, 1, 0, nullptr, nullptr, nullptr,
@@ -479,17 +483,19 @@ Group expected_group(const Combination& given) {
   if (std::find(kCommands.begin(), kCommands.end(), given.command) == kCommands.end()) {
     return group;
   }
-  const bool is_record = given.command == CMD_Q_NL_SP || given.command == CMD_Q_NL_SP2;
-  if (!is_record) {
+  const bool is_condition_command = given.command == CMD_Q_NL_SP || given.command == CMD_Q_NL_SP2;
+  if (!is_condition_command) {
     group.write_and_carry(kStandardState);
   }
   group.write_and_carry(kSetReset);
   group.write_and_carry(given.data);
-  if (given.mode != 3 && (given.form_flag == 0 || given.form_source == 3)) {
-    const bool raised = is_record && given.form_source != 3 && given.variant >= 2;
+  if (given.mode != kFormLengthMode &&
+      (given.form_flag == 0 || given.form_source == kFromCommandLine)) {
+    const bool raised =
+        is_condition_command && given.form_source != kFromCommandLine && given.variant >= kOutputF;
     group.write_and_carry(raised ? kSpacing4 : kSpacing[static_cast<std::size_t>(given.spacing)]);
   }
-  expect_pitches(given, true, !is_record, group);
+  expect_pitches(given, true, !is_condition_command, group);
   return group;
 }
 
@@ -507,11 +513,11 @@ class PrintConditionsOutSweep : public PrintConditionsOut,
     }
     give_form_data(given.data);
     the_filter().command_line.emulation_mode = given.mode;
-    SettingsRecord& record = the_filter().settings;
-    record.form_flag = given.form_flag;
-    record.form_source = given.form_source;
-    record.output_variant = given.variant;
-    record.spacing_index = given.spacing;
+    SettingsRecord& settings = the_filter().settings;
+    settings.form_flag = given.form_flag;
+    settings.form_source = given.form_source;
+    settings.output_variant = given.variant;
+    settings.spacing_index = given.spacing;
     const Group group = expected_group(given);
     ASSERT_EQ(emitted(given.command), group.written) << describe(given);
     ASSERT_EQ(carried(), group.general + group.slots) << describe(given);
@@ -529,8 +535,8 @@ class PrintConditionsOutSweep : public PrintConditionsOut,
 
   void check_form_settings(Combination given) {
     for (std::uint8_t flag = 0; flag <= 1; ++flag) {
-      for (std::uint8_t source = 0; source <= 3; ++source) {
-        for (std::uint8_t variant = 0; variant <= 4; ++variant) {
+      for (std::uint8_t source = kNotGiven; source <= kFromCommandLine; ++source) {
+        for (std::uint8_t variant = kPlainOutput; variant <= kOutputR; ++variant) {
           for (const std::int32_t spacing : {0, 3}) {
             given.form_flag = flag;
             given.form_source = source;
@@ -547,7 +553,7 @@ class PrintConditionsOutSweep : public PrintConditionsOut,
 TEST_P(PrintConditionsOutSweep, EveryCombinationOfSettings) {
   for (const bool pitch_given : {false, true}) {
     for (const char* lines : {static_cast<const char*>(nullptr), "5", "8"}) {
-      for (const int mode : {1, 3, 7}) {
+      for (const int mode : {kStandardMode, kFormLengthMode, kMode7}) {
         for (const std::string& data : {std::string(), bytes("\x1c\0~")}) {
           check_form_settings({GetParam(), pitch_given, lines, mode, 0, 0, 0, data, 3});
         }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "input/byte_source.h"
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "support/descriptors.h"
@@ -30,20 +31,46 @@ struct Final {
 };
 
 constexpr std::array kFinals{
-    Final{'@', 0, 445, 0},    Final{'A', 0, 446, 0},     Final{'C', 0, 448, 0},
-    Final{'D', 0, 449, 0},    Final{'E', 0, 0, 510},     Final{'F', 0, 476, 511},
-    Final{'G', 0, 0, 513},    Final{'H', 0, 453, 514},   Final{'I', 0, 478, 515},
-    Final{'R', 0, 493, 0},    Final{'U', 0, 0, 516},     Final{'V', 0, 0, 517},
-    Final{'W', 0, 486, 518},  Final{'X', 0, 494, 519},   Final{'Y', 0, 428, 0},
-    Final{'\\', 0, 495, 0},   Final{']', 0, 506, 0},     Final{'`', 0, 0, 520},
-    Final{'a', 0, 456, 0},    Final{'b', 0, 496, 522},   Final{'c', 0, 497, 0},
-    Final{'f', 0, 498, 0},    Final{'j', 0, 457, 0},     Final{'k', 0, 458, 0},
-    Final{'l', 0, 459, 0},    Final{'m', 0, 460, 0},     Final{'n', 482, 461, 0},
-    Final{'o', 500, 0, 0},    Final{'p', 437, 462, 462}, Final{'q', 0, 463, 0},
-    Final{'s', 0, 464, 0},    Final{'u', 0, 465, 0},     Final{'v', 0, 466, 0},
-    Final{'x', 440, 468, 0},  Final{'y', 441, 469, 0},   Final{'z', 0, 470, 0},
-    Final{'|', 0, 0, 509},    Final{'}', 0, 0, 523},     Final{'~', 474, 474, 485},
-    Final{'\x7f', 0, 475, 0},
+    Final{'@', 0, CMD_Q_AT_EX, 0},
+    Final{'A', 0, CMD_Q_A_EX, 0},
+    Final{'C', 0, CMD_Q_C_EX, 0},
+    Final{'D', 0, CMD_Q_D_EX, 0},
+    Final{'E', 0, 0, CMD_Q_E_SL},
+    Final{'F', 0, CMD_Q_F_EX, CMD_Q_F_SL},
+    Final{'G', 0, 0, CMD_Q_G_SL},
+    Final{'H', 0, CMD_Q_H_EX, CMD_Q_H_SL},
+    Final{'I', 0, CMD_Q_I_EX, CMD_Q_I_SL},
+    Final{'R', 0, CMD_Q_R_EX, 0},
+    Final{'U', 0, 0, CMD_Q_U_SL},
+    Final{'V', 0, 0, CMD_Q_V_SL},
+    Final{'W', 0, CMD_Q_W_EX, CMD_Q_W_SL},
+    Final{'X', 0, CMD_Q_X_EX, CMD_Q_X_SL},
+    Final{'Y', 0, CMD_Q_Y_EX, 0},
+    Final{'\\', 0, CMD_Q_BSL_EX, 0},
+    Final{']', 0, CMD_Q_RBR_EX, 0},
+    Final{'`', 0, 0, CMD_Q_BQ_SL},
+    Final{'a', 0, CMD_Q_AL_EX, 0},
+    Final{'b', 0, CMD_Q_BL_EX, CMD_Q_BL_SL},
+    Final{'c', 0, CMD_Q_CL_EX, 0},
+    Final{'f', 0, CMD_Q_FL_EX, 0},
+    Final{'j', 0, CMD_Q_JL_EX, 0},
+    Final{'k', 0, CMD_Q_KL_EX, 0},
+    Final{'l', 0, CMD_Q_LL_EX, 0},
+    Final{'m', 0, CMD_Q_ML_EX, 0},
+    Final{'n', CMD_Q_NL_SP, CMD_Q_NL_EX, 0},
+    Final{'o', CMD_Q_OL_SP, 0, 0},
+    Final{'p', CMD_Q_PL_SP, CMD_Q_PL_EX, CMD_Q_PL_EX},
+    Final{'q', 0, CMD_Q_QL_EX, 0},
+    Final{'s', 0, CMD_Q_SL_EX, 0},
+    Final{'u', 0, CMD_Q_UL_EX, 0},
+    Final{'v', 0, CMD_Q_VL_EX, 0},
+    Final{'x', CMD_Q_XL_SP, CMD_Q_XL_EX, 0},
+    Final{'y', CMD_Q_YL_SP, CMD_Q_YL_EX, 0},
+    Final{'z', 0, CMD_Q_ZL_EX, 0},
+    Final{'|', 0, 0, CMD_Q_BAR_SL},
+    Final{'}', 0, 0, CMD_Q_RBRACE_SL},
+    Final{'~', CMD_Q_TILDE_SP, CMD_Q_TILDE_SP, CMD_Q_TILDE_SL},
+    Final{'\x7f', 0, CMD_Q_DEL_EX, 0},
 };
 
 std::uint32_t expected_code(int final, int separator) {
@@ -53,10 +80,10 @@ std::uint32_t expected_code(int final, int separator) {
                                  : separator == '!' ? row.exclamation
                                  : separator == '/' ? row.slash
                                                     : 0;
-      return code == 0 ? 766 : code;
+      return code == 0 ? CMD_IGNORE : code;
     }
   }
-  return 766;
+  return CMD_IGNORE;
 }
 
 /// Parameters that are good for every final byte: the count of each form is 0.
@@ -96,27 +123,27 @@ class QSequence : public FilterTest {
 
   static const std::vector<CountForm>& count_forms() {
     static const std::vector<CountForm> forms{
-        {kEscQ + "1;", "!a", 456},      {kEscQ + "1;", " n", 482},
-        {kEscQ + "2;", " n", 483},      {kEscQ + "9;", " n", 416},
-        {kEscQ + "6;", " o", 500},      {kEscQ + "1;", "!\x7f", 475},
-        {kEscQ + "1;", ";!\x7f", 475},  {kEscQ + "1;2;3;4;", "/~", 485},
-        {kEscQ + ";;;;", "/~", 485},    {kEscQ + ";", "!a", 456},
-        {kEscQ + ";", " n", 482},       {kEscQ + ";", " o", 500},
-        {kEscQ + ";", "!\x7f", 475},    {kEscQ + "1;", "!9!a", 456},
-        {kEscQ + "1;", " 77 n", 482},   {kEscQ + "1;", " ; o", 500},
-        {kEscQ + "1;", "!1!\x7f", 475}, {kEscQ + "1;2;3;4;", "/5;/~", 485},
-        {kEscQ + "\x7f;", "!a", 456},
+        {kEscQ + "1;", "!a", CMD_Q_AL_EX},       {kEscQ + "1;", " n", CMD_Q_NL_SP},
+        {kEscQ + "2;", " n", CMD_Q_NL_SP2},      {kEscQ + "9;", " n", CMD_Q_NL_SP9},
+        {kEscQ + "6;", " o", CMD_Q_OL_SP},       {kEscQ + "1;", "!\x7f", CMD_Q_DEL_EX},
+        {kEscQ + "1;", ";!\x7f", CMD_Q_DEL_EX},  {kEscQ + "1;2;3;4;", "/~", CMD_Q_TILDE_SL},
+        {kEscQ + ";;;;", "/~", CMD_Q_TILDE_SL},  {kEscQ + ";", "!a", CMD_Q_AL_EX},
+        {kEscQ + ";", " n", CMD_Q_NL_SP},        {kEscQ + ";", " o", CMD_Q_OL_SP},
+        {kEscQ + ";", "!\x7f", CMD_Q_DEL_EX},    {kEscQ + "1;", "!9!a", CMD_Q_AL_EX},
+        {kEscQ + "1;", " 77 n", CMD_Q_NL_SP},    {kEscQ + "1;", " ; o", CMD_Q_OL_SP},
+        {kEscQ + "1;", "!1!\x7f", CMD_Q_DEL_EX}, {kEscQ + "1;2;3;4;", "/5;/~", CMD_Q_TILDE_SL},
+        {kEscQ + "\x7f;", "!a", CMD_Q_AL_EX},
     };
     return forms;
   }
 };
 
 TEST_F(QSequence, Params12ExclamationCIs448WithSixBytes) {
-  expect_whole("\x1bQ12!C", 448);
+  expect_whole("\x1bQ12!C", CMD_Q_C_EX);
 }
 
 TEST_F(QSequence, Params12SpaceCIsIgnored) {
-  expect_whole("\x1bQ12 C", 766);
+  expect_whole("\x1bQ12 C", CMD_IGNORE);
 }
 
 TEST_F(QSequence, Count5AppendsFiveBytesOfData) {
@@ -124,7 +151,7 @@ TEST_F(QSequence, Count5AppendsFiveBytesOfData) {
   const StandardInput input(
       "\x1bQ1;5!a"
       "abcdeZ");
-  EXPECT_EQ(next_token(), (Token{ST_OK, 456,
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_Q_AL_EX,
                                  "\x1bQ1;5!a"
                                  "abcde",
                                  0}));
@@ -132,12 +159,12 @@ TEST_F(QSequence, Count5AppendsFiveBytesOfData) {
 }
 
 TEST_F(QSequence, Count5000IsPending) {
-  expect_front("\x1bQ1;5000!a" + std::string(5000, 'd'), 10, 456, 5000);
+  expect_front("\x1bQ1;5000!a" + std::string(5000, 'd'), 10, CMD_Q_AL_EX, 5000);
 }
 
 TEST_F(QSequence, NWithSpaceAndFirstParameter2Is483) {
-  expect_whole("\x1bQ2;0 n", 483);
-  expect_whole("\x1bQ2;3 nabc", 483);
+  expect_whole("\x1bQ2;0 n", CMD_Q_NL_SP2);
+  expect_whole("\x1bQ2;3 nabc", CMD_Q_NL_SP2);
 }
 
 TEST_F(QSequence, MoreThan4095ParameterDigitsAreConsumedAndIgnored) {
@@ -145,13 +172,13 @@ TEST_F(QSequence, MoreThan4095ParameterDigitsAreConsumedAndIgnored) {
   const StandardInput input(kEscQ + std::string(5000, '1') + "!CZ");
   const Token token = next_token();
   EXPECT_EQ(token.status, ST_OK);
-  EXPECT_EQ(token.code, 766U);
+  EXPECT_EQ(token.code, CMD_IGNORE);
   EXPECT_EQ(rest_of_input(), "Z");
 }
 
 TEST_F(QSequence, EndOfInputRightAfterQ1) {
   const StandardInput input("\x1bQ1");
-  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, "\x1bQ1", 0}));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
 
@@ -175,9 +202,9 @@ TEST_F(QSequence, DelEndsASequenceOnlyBehindAnExclamationMark) {
     }
     const std::string sequence = kEscQ + "1;0" + one(separator) + "\x7f";
     if (separator == '!') {
-      expect_whole(sequence, 475);
+      expect_whole(sequence, CMD_Q_DEL_EX);
     } else {
-      expect_whole(sequence + "2!C", 448);
+      expect_whole(sequence + "2!C", CMD_Q_C_EX);
     }
   }
 }
@@ -187,16 +214,16 @@ TEST_F(QSequence, OnlyTheFirstDelCanEndTheSequence) {
                    "1\x7f"
                    "2;0!\x7f"
                    "3!C",
-               448);
+               CMD_Q_C_EX);
   expect_whole(kEscQ +
                    "\x7f"
                    "!C",
-               448);
+               CMD_Q_C_EX);
   expect_whole(kEscQ +
                    "\x7f"
                    "C",
-               766);
-  expect_whole(kEscQ + "1!2\x7f\x7f!C", 448);
+               CMD_IGNORE);
+  expect_whole(kEscQ + "1!2\x7f\x7f!C", CMD_Q_C_EX);
 }
 
 TEST_F(QSequence, EveryFinalByteWithoutParameters) {
@@ -205,35 +232,35 @@ TEST_F(QSequence, EveryFinalByteWithoutParameters) {
       std::uint32_t code = expected_code(final, separator);
       if ((final == 'n' && separator == ' ') || final == 'o' ||
           (final == '~' && separator == '/')) {
-        code = 766;  // the count is missing
+        code = CMD_IGNORE;  // the count is missing
       }
       const std::string data = final == 'p' && separator == '!' ? std::string(32, 'd') : "";
       expect_whole((kEscQ + separator).append(one(final)).append(data), code);
     }
   }
-  expect_whole(kEscQ + "!\x7f", 766);
+  expect_whole(kEscQ + "!\x7f", CMD_IGNORE);
 }
 
 TEST_F(QSequence, EveryFinalByteRightBehindTheQIsIgnored) {
   for (int final = 0x40; final <= 0x7e; ++final) {
-    expect_whole(kEscQ + one(final), 766);
+    expect_whole(kEscQ + one(final), CMD_IGNORE);
   }
 }
 
 TEST_F(QSequence, ParametersOfSequencesWithoutDataAreNotChecked) {
   for (const char* parameters :
        {"", "0", ";;;;", "1!2/3 4", "\n\r\f\x1b\x1c", "\x80\xff", "-+*", "\x7f"}) {
-    expect_whole(kEscQ + parameters + "!C", 448);
-    expect_whole(kEscQ + parameters + "!x", 468);
-    expect_whole(kEscQ + parameters + " y", 441);
-    expect_whole(kEscQ + parameters + "/G", 513);
-    expect_whole(kEscQ + parameters + "/F", 511);
-    expect_whole(kEscQ + parameters + "!F", 476);
-    expect_whole(kEscQ + parameters + " p", 437);
-    expect_whole(kEscQ + parameters + "/p", 462);
-    expect_whole(kEscQ + parameters + "!n", 461);
-    expect_whole(kEscQ + parameters + "!~", 474);
-    expect_whole(kEscQ + parameters + " ~", 474);
+    expect_whole(kEscQ + parameters + "!C", CMD_Q_C_EX);
+    expect_whole(kEscQ + parameters + "!x", CMD_Q_XL_EX);
+    expect_whole(kEscQ + parameters + " y", CMD_Q_YL_SP);
+    expect_whole(kEscQ + parameters + "/G", CMD_Q_G_SL);
+    expect_whole(kEscQ + parameters + "/F", CMD_Q_F_SL);
+    expect_whole(kEscQ + parameters + "!F", CMD_Q_F_EX);
+    expect_whole(kEscQ + parameters + " p", CMD_Q_PL_SP);
+    expect_whole(kEscQ + parameters + "/p", CMD_Q_PL_EX);
+    expect_whole(kEscQ + parameters + "!n", CMD_Q_NL_EX);
+    expect_whole(kEscQ + parameters + "!~", CMD_Q_TILDE_SP);
+    expect_whole(kEscQ + parameters + " ~", CMD_Q_TILDE_SP);
   }
 }
 
@@ -256,16 +283,16 @@ TEST_F(QSequence, CountsOfEveryLength) {
                    static_cast<std::uint32_t>(std::stoul(seven)));
     }
     for (const char* eight : {"10000000", "99999999", "0010000000", "123456789012345678901234"}) {
-      expect_whole(form.front + eight + form.back, 766);
+      expect_whole(form.front + eight + form.back, CMD_IGNORE);
     }
   }
 }
 
 TEST_F(QSequence, EveryByteInACount) {
   for (const CountForm& form :
-       {CountForm{kEscQ + "1;", "!a", 456}, CountForm{kEscQ + "1;", " n", 482},
-        CountForm{kEscQ + "1;", " o", 500}, CountForm{kEscQ + "1;", "!\x7f", 475},
-        CountForm{kEscQ + "1;2;3;4;", "/~", 485}}) {
+       {CountForm{kEscQ + "1;", "!a", CMD_Q_AL_EX}, CountForm{kEscQ + "1;", " n", CMD_Q_NL_SP},
+        CountForm{kEscQ + "1;", " o", CMD_Q_OL_SP}, CountForm{kEscQ + "1;", "!\x7f", CMD_Q_DEL_EX},
+        CountForm{kEscQ + "1;2;3;4;", "/~", CMD_Q_TILDE_SL}}) {
     for (int value = 0; value < 256; ++value) {
       if (value >= 0x40 && value <= 0x7f) {
         continue;
@@ -284,18 +311,18 @@ TEST_F(QSequence, EveryByteInACount) {
         expect_whole(behind + "d", form.code);
         expect_whole(before, form.code);
       } else {
-        expect_whole(behind, 766);
-        expect_whole(before, 766);
+        expect_whole(behind, CMD_IGNORE);
+        expect_whole(before, CMD_IGNORE);
       }
     }
   }
 }
 
 TEST_F(QSequence, ACountIsCheckedThroughTheSevenDigits) {
-  expect_whole(kEscQ + "1;12345678:!a", 766);
-  expect_whole(kEscQ + "1;1234567:!a", 766);
-  expect_whole(kEscQ + "1;-1!a", 766);
-  expect_whole(kEscQ + "1;+1!a", 766);
+  expect_whole(kEscQ + "1;12345678:!a", CMD_IGNORE);
+  expect_whole(kEscQ + "1;1234567:!a", CMD_IGNORE);
+  expect_whole(kEscQ + "1;-1!a", CMD_IGNORE);
+  expect_whole(kEscQ + "1;+1!a", CMD_IGNORE);
 }
 
 TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
@@ -307,78 +334,82 @@ TEST_F(QSequence, EveryByteAsFirstFieldWithASemicolonBehind) {
     const std::string longer_field = "1" + field;
     // "!" in front of the first ";" ends what is looked at, without data.
     if (value == '!') {
-      expect_whole(kEscQ + "!;2!a", 456);
-      expect_whole(kEscQ + "1!;2!a", 456);
-      expect_whole(kEscQ + "!;2!\x7f", 766);
-      expect_whole(kEscQ + "1!;2!\x7f", 766);
+      expect_whole(kEscQ + "!;2!a", CMD_Q_AL_EX);
+      expect_whole(kEscQ + "1!;2!a", CMD_Q_AL_EX);
+      expect_whole(kEscQ + "!;2!\x7f", CMD_IGNORE);
+      expect_whole(kEscQ + "1!;2!\x7f", CMD_IGNORE);
     } else if (value != ';') {
-      expect_whole(kEscQ + field + ";2!add", 456);
-      expect_whole(kEscQ + longer_field + ";2!add", 456);
+      expect_whole(kEscQ + field + ";2!add", CMD_Q_AL_EX);
+      expect_whole(kEscQ + longer_field + ";2!add", CMD_Q_AL_EX);
       expect_whole(kEscQ + field +
                        ";2!\x7f"
                        "dd",
-                   475);
+                   CMD_Q_DEL_EX);
       expect_whole(kEscQ + longer_field +
                        ";2!\x7f"
                        "dd",
-                   475);
+                   CMD_Q_DEL_EX);
     }
     if (value == ' ') {
-      expect_whole(kEscQ + " ;2 n", 766);
-      expect_whole(kEscQ + "1 ;2 n", 766);
+      expect_whole(kEscQ + " ;2 n", CMD_IGNORE);
+      expect_whole(kEscQ + "1 ;2 n", CMD_IGNORE);
     } else if (value != ';') {
-      expect_whole(kEscQ + field + ";2 ndd", value == '2' ? 483 : value == '9' ? 416 : 482);
-      expect_whole(kEscQ + longer_field + ";2 ndd", 482);
+      expect_whole(kEscQ + field + ";2 ndd", value == '2'   ? CMD_Q_NL_SP2
+                                             : value == '9' ? CMD_Q_NL_SP9
+                                                            : CMD_Q_NL_SP);
+      expect_whole(kEscQ + longer_field + ";2 ndd", CMD_Q_NL_SP);
     }
     if (value != ';') {
-      expect_whole(kEscQ + field + ";2 odd", 500);
-      expect_whole(kEscQ + longer_field + ";2 odd", 500);
+      expect_whole(kEscQ + field + ";2 odd", CMD_Q_OL_SP);
+      expect_whole(kEscQ + longer_field + ";2 odd", CMD_Q_OL_SP);
     }
   }
 }
 
 TEST_F(QSequence, TheFirstParameterByteChoosesThePrintConditionCode) {
   for (int digit = '0'; digit <= '9'; ++digit) {
-    const std::uint32_t code = digit == '2' ? 483 : digit == '9' ? 416 : 482;
+    const std::uint32_t code = digit == '2'   ? CMD_Q_NL_SP2
+                               : digit == '9' ? CMD_Q_NL_SP9
+                                              : CMD_Q_NL_SP;
     expect_whole(kEscQ + one(digit) + ";3 nabc", code);
     expect_whole(kEscQ + one(digit) + "7;3 nabc", code);
-    expect_whole(kEscQ + "0" + one(digit) + ";3 nabc", 482);
-    expect_whole(kEscQ + one(digit) + "!n", 461);
-    expect_whole(kEscQ + one(digit) + "/n", 766);
+    expect_whole(kEscQ + "0" + one(digit) + ";3 nabc", CMD_Q_NL_SP);
+    expect_whole(kEscQ + one(digit) + "!n", CMD_Q_NL_EX);
+    expect_whole(kEscQ + one(digit) + "/n", CMD_IGNORE);
   }
 }
 
 TEST_F(QSequence, PrintConditionAndFormParameterNeedASemicolon) {
   for (const char* parameters : {"", "1", "2", "9", "12", "1 2"}) {
-    expect_whole(kEscQ + parameters + " n", 766);
-    expect_whole(kEscQ + parameters + " o", 766);
+    expect_whole(kEscQ + parameters + " n", CMD_IGNORE);
+    expect_whole(kEscQ + parameters + " o", CMD_IGNORE);
   }
 }
 
 TEST_F(QSequence, ASpaceInTheFirstFieldMattersToPrintConditionsOnly) {
-  expect_whole(kEscQ + "1 2;3 n", 766);
-  expect_whole(kEscQ + "1 2;3 oabc", 500);
+  expect_whole(kEscQ + "1 2;3 n", CMD_IGNORE);
+  expect_whole(kEscQ + "1 2;3 oabc", CMD_Q_OL_SP);
 }
 
 TEST_F(QSequence, OptionalDataWithoutASemicolonIsACommandWithoutData) {
   for (const char* parameters : {"", "1", "5", "123", "1!2;3"}) {
-    expect_whole(kEscQ + parameters + "!a", 456);
+    expect_whole(kEscQ + parameters + "!a", CMD_Q_AL_EX);
   }
 }
 
 TEST_F(QSequence, DelDataWithoutASemicolonIsIgnored) {
   for (const char* parameters : {"", "1", "5", "!", "!1;2", "1!2;3"}) {
-    expect_whole(kEscQ + parameters + "!\x7f", 766);
+    expect_whole(kEscQ + parameters + "!\x7f", CMD_IGNORE);
   }
 }
 
 TEST_F(QSequence, TransparentTakes32BytesWithAnExclamationMarkOnly) {
   const std::string data = "\x1b\n\f!a0123456789abcdef0123456789\xff";
   ASSERT_EQ(data.size(), 32U);
-  expect_whole(kEscQ + "1!p" + data, 462);
-  expect_front(kEscQ + "1!p" + data + "Z", 5 + 32, 462);
-  expect_front(kEscQ + "1 p" + data, 5, 437);
-  expect_front(kEscQ + "1/p" + data, 5, 462);
+  expect_whole(kEscQ + "1!p" + data, CMD_Q_PL_EX);
+  expect_front(kEscQ + "1!p" + data + "Z", 5 + 32, CMD_Q_PL_EX);
+  expect_front(kEscQ + "1 p" + data, 5, CMD_Q_PL_SP);
+  expect_front(kEscQ + "1/p" + data, 5, CMD_Q_PL_EX);
 }
 
 TEST_F(QSequence, TransparentDataAroundTheRecordsEnd) {
@@ -386,24 +417,24 @@ TEST_F(QSequence, TransparentDataAroundTheRecordsEnd) {
     const std::string sequence = kEscQ + std::string(before - 4, '1') + "!p";
     const std::string data(32, 'd');
     if (before + 32 <= 4096) {
-      expect_whole(sequence + data, 462);
+      expect_whole(sequence + data, CMD_Q_PL_EX);
     } else {
-      expect_front(sequence + data, before, 462, 32);
+      expect_front(sequence + data, before, CMD_Q_PL_EX, 32);
     }
   }
 }
 
 TEST_F(QSequence, FifthFieldCountNeedsFourFieldsInFront) {
-  expect_whole(kEscQ + "1;2;3;4;2/~dd", 485);
-  expect_whole(kEscQ + " ;!;#;\n;2/~dd", 485);
+  expect_whole(kEscQ + "1;2;3;4;2/~dd", CMD_Q_TILDE_SL);
+  expect_whole(kEscQ + " ;!;#;\n;2/~dd", CMD_Q_TILDE_SL);
   for (const char* few : {"", "2", "1;2", "1;2;2", "1;2;3;2"}) {
-    expect_whole(kEscQ + few + "/~", 766);
+    expect_whole(kEscQ + few + "/~", CMD_IGNORE);
   }
-  expect_whole(kEscQ + "1;2;3;4;5;6/~", 766);
+  expect_whole(kEscQ + "1;2;3;4;5;6/~", CMD_IGNORE);
   // A "/" in each of the four fields, in front of the field and behind it.
   for (const char* slash : {"/1;2;3;4;0", "1/;2;3;4;0", "1;/2;3;4;0", "1;2/;3;4;0", "1;2;/3;4;0",
                             "1;2;3/;4;0", "1;2;3;/4;0", "1;2;3;4/;0"}) {
-    expect_whole(kEscQ + slash + "/~", 766);
+    expect_whole(kEscQ + slash + "/~", CMD_IGNORE);
   }
 }
 
@@ -415,7 +446,7 @@ TEST_F(QSequence, FifthFieldCountIsIgnoredBehindItsDataWithTheSwitchOff) {
     const StandardInput input(sequence + data + "Z");
     const Token token = next_token();
     EXPECT_EQ(token.status, ST_OK);
-    EXPECT_EQ(token.code, 766U);
+    EXPECT_EQ(token.code, CMD_IGNORE);
     EXPECT_EQ(token.pending, 0U) << count;
     EXPECT_TRUE(token.bytes == sequence + (sequence.size() + count <= 4096 ? data : std::string()))
         << count;
@@ -427,33 +458,33 @@ TEST_F(QSequence, DiscardedDataThatIsCutGivesTheReadersStatus) {
   const std::string sequence = kEscQ + "1;2;3;4;5000/~";
   {
     const StandardInput input(sequence + std::string(4999, 'd'));
-    EXPECT_EQ(next_token(), (Token{ST_OK, 766, sequence, 0}));
+    EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, sequence, 0}));
     EXPECT_EQ(next_token(), kEndOfInput);
   }
   reset_filter();
   {
     const FailingInput input(sequence + std::string(4999, 'd'));
     const CaptureDescriptor messages(2);
-    EXPECT_EQ(next_token(), (Token{ST_IOERR, 766, sequence, 0}));
+    EXPECT_EQ(next_token(), (Token{ST_IOERR, CMD_IGNORE, sequence, 0}));
   }
   reset_filter();
   the_filter().command_line.framed_output = 1;
   const StandardInput input(end_frame(sequence + std::string(4999, 'd')));
-  EXPECT_EQ(next_token(), (Token{ST_CUT, 766, sequence, 0}));
+  EXPECT_EQ(next_token(), (Token{ST_CUT, CMD_IGNORE, sequence, 0}));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
 
 TEST_F(QSequence, FifthFieldCountWithTheSwitchOnLeavesLargeDataPending) {
   const std::string sequence = kEscQ + "1;2;3;4;5000/~";
-  expect_front(sequence + std::string(5000, 'd'), sequence.size(), 485, 5000);
+  expect_front(sequence + std::string(5000, 'd'), sequence.size(), CMD_Q_TILDE_SL, 5000);
 }
 
 TEST_F(QSequence, TheSwitchMattersToTheSlashOnly) {
   reset_filter();
   const StandardInput input(kEscQ + "1 ~" + kEscQ + "1!~" + kEscQ + "1;2;3;4;0/~");
-  EXPECT_EQ(next_token().code, 474U);
-  EXPECT_EQ(next_token().code, 474U);
-  EXPECT_EQ(next_token().code, 766U);
+  EXPECT_EQ(next_token().code, CMD_Q_TILDE_SP);
+  EXPECT_EQ(next_token().code, CMD_Q_TILDE_SP);
+  EXPECT_EQ(next_token().code, CMD_IGNORE);
 }
 
 TEST_F(QSequence, DataThatJustFitsIsReadAndOneByteMoreIsPending) {
@@ -479,13 +510,13 @@ TEST_F(QSequence, AFullRecordTakesDataOfNoBytesOnly) {
                    ";"
                    "0"
                    "!a",
-               456);
+               CMD_Q_AL_EX);
   expect_front(kEscQ + filling +
                    ";"
                    "1"
                    "!a"
                    "d",
-               4096, 456, 1);
+               4096, CMD_Q_AL_EX, 1);
 }
 
 TEST_F(QSequence, ShortDataAtTheEndOfTheInputIsIgnored) {
@@ -494,7 +525,7 @@ TEST_F(QSequence, ShortDataAtTheEndOfTheInputIsIgnored) {
       restart();
       const std::string all = form.front + "5" + form.back + std::string(given, 'd');
       const StandardInput input(all);
-      EXPECT_EQ(next_token(), (Token{ST_OK, 766, all, 0}));
+      EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, all, 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
@@ -507,7 +538,7 @@ TEST_F(QSequence, ShortDataAtTheEndOfTheEndFrameIsCut) {
       the_filter().command_line.framed_output = 1;
       const std::string all = form.front + "5" + form.back + std::string(given, 'd');
       const StandardInput input(end_frame(all));
-      EXPECT_EQ(next_token(), (Token{ST_CUT, 766, all, 0}));
+      EXPECT_EQ(next_token(), (Token{ST_CUT, CMD_IGNORE, all, 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
@@ -519,7 +550,7 @@ TEST_F(QSequence, ShortDataAtAReadErrorIsIgnored) {
     restart();
     const std::string all = form.front + "5" + form.back + "dd";
     const FailingInput input(all);
-    EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, 766, all, 0}));
+    EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, CMD_IGNORE, all, 0}));
   }
   EXPECT_EQ(messages.text(), "");
 }
@@ -538,7 +569,7 @@ TEST_F(QSequence, LargeDataStaysPendingBehindTheEndFrame) {
   restart();
   the_filter().command_line.framed_output = 1;
   const StandardInput input(end_frame(kEscQ + "1;5000!a"));
-  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5000!a", 5000}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_Q_AL_EX, kEscQ + "1;5000!a", 5000}));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
 
@@ -546,7 +577,7 @@ TEST_F(QSequence, DataGoesOnAcrossFrames) {
   restart();
   the_filter().command_line.framed_output = 1;
   const StandardInput input(cnt_frame(kEscQ + "1;5!aab") + cnt_frame("c") + end_frame("deZ"));
-  EXPECT_EQ(next_token(), (Token{ST_OK, 456, kEscQ + "1;5!aabcde", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_Q_AL_EX, kEscQ + "1;5!aabcde", 0}));
   EXPECT_EQ(rest_of_input(), "Z");
 }
 
@@ -558,7 +589,7 @@ TEST_F(QSequence, AnOverlongSequenceEndsAtItsFirstByteFrom40To7f) {
                                    (value >= 0x40 && value <= 0x7f ? "" : "A");
       restart();
       const StandardInput input(sequence + "Z");
-      EXPECT_EQ(next_token(), (Token{ST_OK, 766, sequence.substr(4096), 0})) << value;
+      EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, sequence.substr(4096), 0})) << value;
       EXPECT_EQ(rest_of_input(), "Z");
     }
   }
@@ -573,7 +604,7 @@ TEST_F(QSequence, ADelAsTheLastByteThatFitsIsAParameter) {
                                "3A";
   restart();
   const StandardInput input(sequence + "Z");
-  EXPECT_EQ(next_token(), (Token{ST_OK, 766,
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE,
                                  "2\x7f"
                                  "3A",
                                  0}));
@@ -585,8 +616,8 @@ TEST_F(QSequence, AnEndingDelAroundTheRecordsCapacity) {
     const std::string sequence = kEscQ + "1;0;" + std::string(total - 8, '1') + "!\x7f";
     restart();
     const StandardInput input(sequence + "Z");
-    const Token expected = total <= 4096 ? Token{ST_OK, 475, sequence, 0}
-                                         : Token{ST_OK, 766, sequence.substr(4096), 0};
+    const Token expected = total <= 4096 ? Token{ST_OK, CMD_Q_DEL_EX, sequence, 0}
+                                         : Token{ST_OK, CMD_IGNORE, sequence.substr(4096), 0};
     EXPECT_TRUE(next_token() == expected) << total;
     EXPECT_EQ(rest_of_input(), "Z");
   }
@@ -596,7 +627,7 @@ TEST_F(QSequence, AnOverlongSequenceNeverReadsData) {
   for (const char* end : {"1;2!a", "!p", "1;2 n", "1;2 o", "1;2!\x7f", "1;2;3;4;2/~"}) {
     restart();
     const StandardInput input(kEscQ + std::string(4094, '1') + end + "ddZ");
-    EXPECT_EQ(next_token(), (Token{ST_OK, 766, end, 0}));
+    EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, end, 0}));
     EXPECT_EQ(rest_of_input(), "ddZ");
   }
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "support/descriptors.h"
@@ -76,14 +77,14 @@ TEST_F(SequenceReader, ARangeOfHighBytesIsUnsigned) {
 TEST_F(SequenceReader, TheEndOfTheInputIgnoresTheCommand) {
   start_record("S");
   const StandardInput input("12");
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_EOF, 766, "S12", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_EOF, CMD_IGNORE, "S12", 0}));
 }
 
 TEST_F(SequenceReader, AReadErrorIgnoresTheCommand) {
   start_record("S");
   const FailingInput input("12");
   const CaptureDescriptor messages(2);
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_IOERR, 766, "S12", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_IOERR, CMD_IGNORE, "S12", 0}));
   EXPECT_EQ(messages.text(), "filter: Connection reset by peer\n");
 }
 
@@ -101,8 +102,8 @@ TEST_F(SequenceReader, TheEndOfTheEndFrameCutsTheSequence) {
   const StandardInput input(end_frame("12"));
   std::uint8_t byte = 0;
   ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, 766, "S2", 0}));
-  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, 766, "S2", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, CMD_IGNORE, "S2", 0}));
+  EXPECT_EQ(run_zqrhandl(0x40, 0x7e), (Token{ST_CUT, CMD_IGNORE, "S2", 0}));
 }
 
 TEST_F(SequenceReader, AFrameBorderIsReadAcross) {
@@ -129,8 +130,9 @@ TEST_F(SequenceReader, AFullRecordGoesOnInItsFront) {
       const StandardInput input(sequence + "Z");
       const std::string all = std::string(before, 'S') + sequence;
       const std::size_t kept = (total - 1) % 4096 + 1;
-      EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) ==
-                  (Token{ST_OK, total <= 4096 ? kCodeBefore : 766, all.substr(total - kept), 0}))
+      EXPECT_TRUE(
+          run_zqrhandl(0x40, 0x7e) ==
+          (Token{ST_OK, total <= 4096 ? kCodeBefore : CMD_IGNORE, all.substr(total - kept), 0}))
           << total << ' ' << before;
       expect_left("Z");
     }
@@ -140,7 +142,7 @@ TEST_F(SequenceReader, AFullRecordGoesOnInItsFront) {
 TEST_F(SequenceReader, AFullRecordAtTheEndOfTheInputKeepsItsBytes) {
   start_record(std::string(4096, '1'));
   const StandardInput input("");
-  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{ST_EOF, 766, std::string(4096, '1'), 0}));
+  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{ST_EOF, CMD_IGNORE, std::string(4096, '1'), 0}));
 }
 
 TEST_F(SequenceReader, AFullRecordAtTheEndOfTheEndFrameKeepsItsBytes) {
@@ -149,7 +151,7 @@ TEST_F(SequenceReader, AFullRecordAtTheEndOfTheEndFrameKeepsItsBytes) {
   const StandardInput input(end_frame("x1"));
   std::uint8_t byte = 0;
   ASSERT_EQ(zqgetc(the_filter().source, 0, &byte), ST_OK);
-  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{ST_CUT, 766, std::string(4096, '1'), 0}));
+  EXPECT_TRUE(run_zqrhandl(0x40, 0x7e) == (Token{ST_CUT, CMD_IGNORE, std::string(4096, '1'), 0}));
 }
 
 TEST_F(SequenceReader, TheRecordIsNotWrittenBehindItsBytes) {
@@ -178,7 +180,7 @@ TEST_F(SequenceReader, OneByteIsAppended) {
   EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
             (Token{ST_OK, kCodeBefore, bytes("S\0"), 0}));
   EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
-            (Token{ST_EOF, 766, bytes("S\0"), 0}));
+            (Token{ST_EOF, CMD_IGNORE, bytes("S\0"), 0}));
 }
 
 TEST_F(SequenceReader, OneByteBehindTheEndFrameIsCut) {
@@ -187,7 +189,7 @@ TEST_F(SequenceReader, OneByteBehindTheEndFrameIsCut) {
   const StandardInput input(end_frame("a"));
   EXPECT_EQ(rest_of_input(), "a");
   EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, 0, reused_record())),
-            (Token{ST_CUT, 766, "S", 0}));
+            (Token{ST_CUT, CMD_IGNORE, "S", 0}));
 }
 
 TEST_F(SequenceReader, OneByteAtAReadError) {
@@ -195,7 +197,7 @@ TEST_F(SequenceReader, OneByteAtAReadError) {
   const FailingInput input("");
   const CaptureDescriptor messages(2);
   EXPECT_EQ(token_of(read_sequence_byte(the_filter().source, kQuiet, reused_record())),
-            (Token{ST_IOERR, 766, "S", 0}));
+            (Token{ST_IOERR, CMD_IGNORE, "S", 0}));
   EXPECT_EQ(messages.text(), "");
 }
 

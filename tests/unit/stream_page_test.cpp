@@ -425,7 +425,7 @@ class StreamPageEffects : public testing::MainLoopTest,
     pass(CMD_TEXT_ASCII, "A");
     const Routed routed = route(code, bytes);
     return routed.goes_on && routed.pages == 0 &&
-           route(CMD_Q_NL_SP, testing::kBlankRecord).pages == 0;
+           route(CMD_Q_NL_SP, testing::kBlankCommand).pages == 0;
   }
   static bool brings_top(std::uint32_t code, std::string_view bytes) {
     restart();

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "job/command_record.h"
 #include "output/carried_settings.h"
 #include "support/filter_state.h"
 #include "support/printer_blocks.h"
@@ -62,18 +63,18 @@ TEST_F(TextOut, EachCodeInBothStates) {
   const std::string nul = bytes("\0");
   const std::string ss2 = "\x8e" + kCharacter;
   const std::array rows{
-      Row{512, kSingle, "A", "A", kSingle, ""},
-      Row{512, kDouble, "A", to_single + "A", kSingle, single_kept},
-      Row{768, kSingle, kCharacter, to_double + kCharacter, kDouble, double_kept},
-      Row{768, kDouble, kCharacter, kCharacter, kDouble, ""},
-      Row{1024, kSingle, ss2, kCharacter, kSingle, ""},
-      Row{1024, kDouble, ss2, to_single + kCharacter, kSingle, single_kept},
-      Row{3840, kSingle, "\xff", "\xff", kSingle, ""},
-      Row{3840, kDouble, "\xff", kSingleSet + "\xff", kSingle, block('6', kSingleSet)},
-      Row{264, kSingle, "A", nul, kSingle, ""},
-      Row{264, kDouble, "A", nul, kDouble, ""},
-      Row{265, kSingle, "A", nul, kSingle, ""},
-      Row{265, kDouble, "A", nul, kDouble, ""},
+      Row{CMD_TEXT_ASCII, kSingle, "A", "A", kSingle, ""},
+      Row{CMD_TEXT_ASCII, kDouble, "A", to_single + "A", kSingle, single_kept},
+      Row{CMD_TEXT_MB, kSingle, kCharacter, to_double + kCharacter, kDouble, double_kept},
+      Row{CMD_TEXT_MB, kDouble, kCharacter, kCharacter, kDouble, ""},
+      Row{CMD_TEXT_SS2, kSingle, ss2, kCharacter, kSingle, ""},
+      Row{CMD_TEXT_SS2, kDouble, ss2, to_single + kCharacter, kSingle, single_kept},
+      Row{CMD_TEXT_BAD, kSingle, "\xff", "\xff", kSingle, ""},
+      Row{CMD_TEXT_BAD, kDouble, "\xff", kSingleSet + "\xff", kSingle, block('6', kSingleSet)},
+      Row{CMD_SO, kSingle, "A", nul, kSingle, ""},
+      Row{CMD_SO, kDouble, "A", nul, kDouble, ""},
+      Row{CMD_SI, kSingle, "A", nul, kSingle, ""},
+      Row{CMD_SI, kDouble, "A", nul, kDouble, ""},
   };
   for (const Row& row : rows) {
     state_.set = row.from;
@@ -84,43 +85,43 @@ TEST_F(TextOut, EachCodeInBothStates) {
 }
 
 TEST_F(TextOut, SingleBytesInTheSingleByteSetGetNoSwitch) {
-  EXPECT_EQ(convert(512, "A"), "A");
-  EXPECT_EQ(convert(512, "B"), "B");
+  EXPECT_EQ(convert(CMD_TEXT_ASCII, "A"), "A");
+  EXPECT_EQ(convert(CMD_TEXT_ASCII, "B"), "B");
   EXPECT_EQ(kept(), "");
 }
 
 TEST_F(TextOut, MultiByteCharacterThenSingleByte) {
-  EXPECT_EQ(convert(768, kCharacter), "\x1bQ2 y\x1b$@\xe6\x96\x87");
-  EXPECT_EQ(convert(512, "A"), "\x1bQ1 y\x1b(HA");
+  EXPECT_EQ(convert(CMD_TEXT_MB, kCharacter), "\x1bQ2 y\x1b$@\xe6\x96\x87");
+  EXPECT_EQ(convert(CMD_TEXT_ASCII, "A"), "\x1bQ1 y\x1b(HA");
   EXPECT_EQ(kept(), block('6', "\x1b(H\x1bQ1 y"));
 }
 
 TEST_F(TextOut, PrefixedCharacterInTheDoubleByteSetLosesItsPrefix) {
-  convert(768, kCharacter);
-  EXPECT_EQ(convert(1024, "\x8e\xe6\x96\x87"), "\x1bQ1 y\x1b(H\xe6\x96\x87");
+  convert(CMD_TEXT_MB, kCharacter);
+  EXPECT_EQ(convert(CMD_TEXT_SS2, "\x8e\xe6\x96\x87"), "\x1bQ1 y\x1b(H\xe6\x96\x87");
 }
 
 TEST_F(TextOut, InvalidByteInTheDoubleByteSetSendsTheSetAlone) {
-  convert(768, kCharacter);
-  EXPECT_EQ(convert(3840, "\xff"), "\x1b(H\xff");
-  EXPECT_EQ(convert(768, kCharacter), "\x1bQ2 y\x1b$@\xe6\x96\x87");
+  convert(CMD_TEXT_MB, kCharacter);
+  EXPECT_EQ(convert(CMD_TEXT_BAD, "\xff"), "\x1b(H\xff");
+  EXPECT_EQ(convert(CMD_TEXT_MB, kCharacter), "\x1bQ2 y\x1b$@\xe6\x96\x87");
 }
 
 TEST_F(TextOut, InvalidByteKeepsTheSizeOfTheDoubleByteSet) {
-  convert(768, kCharacter);
-  convert(3840, "\xff");
+  convert(CMD_TEXT_MB, kCharacter);
+  convert(CMD_TEXT_BAD, "\xff");
   EXPECT_EQ(kept(), block('6', kSingleSet + kDoubleSize));
 }
 
 TEST_F(TextOut, PrefixWithoutACharacterAddsNothing) {
-  EXPECT_EQ(convert(1024, "\x8e"), "");
+  EXPECT_EQ(convert(CMD_TEXT_SS2, "\x8e"), "");
   state_.select_double_byte();
-  EXPECT_EQ(convert(1024, "\x8e"), "\x1bQ1 y\x1b(H");
+  EXPECT_EQ(convert(CMD_TEXT_SS2, "\x8e"), "\x1bQ1 y\x1b(H");
   EXPECT_EQ(state_.set, kSingle);
 }
 
 TEST_F(TextOut, EmptyRecordsAddNothing) {
-  for (const std::uint32_t code : {512U, 768U, 1024U, 3840U}) {
+  for (const std::uint32_t code : {CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2, CMD_TEXT_BAD}) {
     state_.set = code == CMD_TEXT_MB ? kDouble : kSingle;
     EXPECT_EQ(convert(code, ""), "") << code;
   }
@@ -141,40 +142,40 @@ TEST_F(TextOut, BytesAreNeverTranslated) {
   for (int value = 0; value < 256; ++value) {
     const std::string byte(1, static_cast<char>(value));
     state_.select_single_byte();
-    EXPECT_EQ(convert(512, byte), byte);
-    EXPECT_EQ(convert(3840, byte), byte);
-    EXPECT_EQ(convert(1024, "\x8e" + byte), byte);
+    EXPECT_EQ(convert(CMD_TEXT_ASCII, byte), byte);
+    EXPECT_EQ(convert(CMD_TEXT_BAD, byte), byte);
+    EXPECT_EQ(convert(CMD_TEXT_SS2, "\x8e" + byte), byte);
     state_.select_double_byte();
-    EXPECT_EQ(convert(768, byte + byte), byte + byte);
+    EXPECT_EQ(convert(CMD_TEXT_MB, byte + byte), byte + byte);
   }
 }
 
 TEST_F(TextOut, FirstByteOfAPrefixedCharacterIsDroppedWhateverItIs) {
-  EXPECT_EQ(convert(1024, "xyz"), "yz");
+  EXPECT_EQ(convert(CMD_TEXT_SS2, "xyz"), "yz");
 }
 
 TEST_F(TextOut, LongestRecordsFitWithTheirSwitch) {
   const std::string text(kRecordCapacity, 'x');
   state_.select_double_byte();
-  EXPECT_EQ(convert(512, text), kSingleSize + kSingleSet + text);
-  EXPECT_EQ(convert(768, text), kDoubleSize + kDoubleSet + text);
-  EXPECT_EQ(convert(1024, text), kSingleSize + kSingleSet + text.substr(1));
+  EXPECT_EQ(convert(CMD_TEXT_ASCII, text), kSingleSize + kSingleSet + text);
+  EXPECT_EQ(convert(CMD_TEXT_MB, text), kDoubleSize + kDoubleSet + text);
+  EXPECT_EQ(convert(CMD_TEXT_SS2, text), kSingleSize + kSingleSet + text.substr(1));
   state_.select_double_byte();
-  EXPECT_EQ(convert(3840, text), kSingleSet + text);
+  EXPECT_EQ(convert(CMD_TEXT_BAD, text), kSingleSet + text);
 }
 
 TEST_F(TextOut, SwitchesReplaceEachOtherInTheCarriedSettings) {
-  convert(768, kCharacter);
+  convert(CMD_TEXT_MB, kCharacter);
   EXPECT_EQ(kept(), block('6', kDoubleSet + kDoubleSize));
-  convert(512, "A");
-  convert(768, kCharacter);
-  convert(512, "A");
-  convert(768, kCharacter);
+  convert(CMD_TEXT_ASCII, "A");
+  convert(CMD_TEXT_MB, kCharacter);
+  convert(CMD_TEXT_ASCII, "A");
+  convert(CMD_TEXT_MB, kCharacter);
   EXPECT_EQ(kept(), block('6', kDoubleSet + kDoubleSize));
 }
 
 TEST_F(TextOut, SwitchBackEndsTheDownloadSet) {
-  for (const std::uint32_t code : {512U, 1024U, 3840U}) {
+  for (const std::uint32_t code : {CMD_TEXT_ASCII, CMD_TEXT_SS2, CMD_TEXT_BAD}) {
     state_.select_download();
     convert(code, "A");
     EXPECT_EQ(state_.set, kSingle) << code;
@@ -184,7 +185,7 @@ TEST_F(TextOut, SwitchBackEndsTheDownloadSet) {
 
 TEST_F(TextOut, MultiByteCharacterInTheDownloadSetGetsNoSwitch) {
   state_.select_download();
-  EXPECT_EQ(convert(768, kCharacter), kCharacter);
+  EXPECT_EQ(convert(CMD_TEXT_MB, kCharacter), kCharacter);
   EXPECT_EQ(state_.set, kDouble);
   EXPECT_EQ(state_.designation, CharacterSetState::kDownloadDesignation);
   EXPECT_EQ(kept(), "");

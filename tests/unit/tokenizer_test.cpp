@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "input/byte_source.h"
+#include "job/command_record.h"
 #include "job/settings.h"
 #include "job/status.h"
 #include "output/frame_writer.h"
@@ -31,61 +32,61 @@ struct Command {
 /// One command of every kind, each way that a sequence can go on.
 const std::vector<Command>& commands_of_every_kind() {
   static const std::vector<Command> commands{
-      {bytes("\0"), 256},
-      {"\n", 260},
-      {"\f", 262},
-      {"\r", 263},
-      {"\x7f", 268},
-      {"\x1b$@", 289},
-      {"\x1b$A", 766},
-      {"\x1b(H", 292},
-      {"\x1b(\xff", 766},
+      {bytes("\0"), CMD_CTRL},
+      {"\n", CMD_LF},
+      {"\f", CMD_FF},
+      {"\r", CMD_CR},
+      {"\x7f", CMD_DEL},
+      {"\x1b$@", CMD_ESC_DOLLAR_AT},
+      {"\x1b$A", CMD_IGNORE},
+      {"\x1b(H", CMD_ESC_PAREN_H},
+      {"\x1b(\xff", CMD_IGNORE},
       {"\x1b"
        "c",
-       298},
-      {bytes("\x1b\x7f\0\x1b\n\xff"), 302},
-      {"\x1bx", 766},
-      {"\x1b%12A", 766},
-      {"\x1b[1;2a", 386},
-      {"\x1b[ E", 396},
-      {"\x1b[1E", 766},
-      {"\x1c\"12p", 322},
-      {"\x1c$y", 324},
-      {"\x1c%!\" p", 325},
-      {"\x1c&abcq", 326},
-      {"\x1c(12p", 328},
-      {"\x1c*s", 330},
-      {"\x1cJ", 347},
-      {"\x1cK", 348},
-      {"\x1c\x7f", 766},
+       CMD_ESC_C},
+      {bytes("\x1b\x7f\0\x1b\n\xff"), CMD_ESC_DEL4},
+      {"\x1bx", CMD_IGNORE},
+      {"\x1b%12A", CMD_IGNORE},
+      {"\x1b[1;2a", CMD_CSI_AL},
+      {"\x1b[ E", CMD_CSI_SP_E},
+      {"\x1b[1E", CMD_IGNORE},
+      {"\x1c\"12p", CMD_FS_QUOTE},
+      {"\x1c$y", CMD_FS_DOLLAR},
+      {"\x1c%!\" p", CMD_FS_PERCENT},
+      {"\x1c&abcq", CMD_FS_AMP},
+      {"\x1c(12p", CMD_FS_PAREN},
+      {"\x1c*s", CMD_FS_STAR},
+      {"\x1cJ", CMD_FS_J},
+      {"\x1cK", CMD_FS_K},
+      {"\x1c\x7f", CMD_IGNORE},
       {"\x1c"
        "12A",
-       766},
-      {"\x1bQ12!C", 448},
-      {"\x1bQ12 C", 766},
+       CMD_IGNORE},
+      {"\x1bQ12!C", CMD_Q_C_EX},
+      {"\x1bQ12 C", CMD_IGNORE},
       {"\x1bQ1\x7f"
        "2!C",
-       448},
-      {"\x1bQ1;5!a\x1b\n!a\xff", 456},
-      {"\x1bQ1;5:!a", 766},
-      {"\x1bQ!a", 456},
+       CMD_Q_C_EX},
+      {"\x1bQ1;5!a\x1b\n!a\xff", CMD_Q_AL_EX},
+      {"\x1bQ1;5:!a", CMD_IGNORE},
+      {"\x1bQ!a", CMD_Q_AL_EX},
       {"\x1bQ1;3!\x7f"
        "abc",
-       475},
-      {"\x1bQ1!p0123456789abcdef0123456789ABCDEF", 462},
-      {"\x1bQ1 p", 437},
+       CMD_Q_DEL_EX},
+      {"\x1bQ1!p0123456789abcdef0123456789ABCDEF", CMD_Q_PL_EX},
+      {"\x1bQ1 p", CMD_Q_PL_SP},
       {"\x1bQ1;4 n\x1b"
        "abc",
-       482},
-      {"\x1bQ2;4 nabcd", 483},
-      {"\x1bQ9;1 nz", 416},
-      {"\x1bQ1;2;3;4;5/~12345", 766},
-      {"\x1bQ1 ~", 474},
+       CMD_Q_NL_SP},
+      {"\x1bQ2;4 nabcd", CMD_Q_NL_SP2},
+      {"\x1bQ9;1 nz", CMD_Q_NL_SP9},
+      {"\x1bQ1;2;3;4;5/~12345", CMD_IGNORE},
+      {"\x1bQ1 ~", CMD_Q_TILDE_SP},
       {"\x1bQ6;6 o\x01"
        "abcde",
-       500},
-      {"\x1bQ3;0000000043/`", 520},
-      {"\x1bQ1#C", 766},
+       CMD_Q_OL_SP},
+      {"\x1bQ3;0000000043/`", CMD_Q_BQ_SL},
+      {"\x1bQ1#C", CMD_IGNORE},
   };
   return commands;
 }
@@ -124,9 +125,9 @@ TEST_F(Tokenizer, EveryFirstByteThatStartsNoSequenceIsACommand) {
     if (value == 0x1b || value == 0x1c) {
       continue;
     }
-    std::uint32_t code = value < 0x20 ? 256 : 767;
-    code = value == 0x0a ? 260 : value == 0x0c ? 262 : value == 0x0d ? 263 : code;
-    code = value == 0x7f ? 268 : code;
+    std::uint32_t code = value < 0x20 ? CMD_CTRL : CMD_TEXT_RAW;
+    code = value == 0x0a ? CMD_LF : value == 0x0c ? CMD_FF : value == 0x0d ? CMD_CR : code;
+    code = value == 0x7f ? CMD_DEL : code;
     expect_whole(one(value), code);
   }
 }
@@ -136,69 +137,70 @@ TEST_F(Tokenizer, EveryByteAfterEsc) {
     const std::string start = "\x1b" + one(value);
     switch (value) {
       case '$':
-        expect_whole(start + "@", 289);
+        expect_whole(start + "@", CMD_ESC_DOLLAR_AT);
         break;
       case '(':
-        expect_whole(start + "H", 292);
+        expect_whole(start + "H", CMD_ESC_PAREN_H);
         break;
       case 'Q':
-        expect_whole(start + "1!C", 448);
+        expect_whole(start + "1!C", CMD_Q_C_EX);
         break;
       case '[':
-        expect_whole(start + "1a", 386);
+        expect_whole(start + "1a", CMD_CSI_AL);
         break;
       case 'c':
-        expect_whole(start, 298);
+        expect_whole(start, CMD_ESC_C);
         break;
       case 0x7f:
-        expect_whole(start + "1234", 302);
+        expect_whole(start + "1234", CMD_ESC_DEL4);
         break;
       default:
-        expect_whole(value >= 0x40 && value <= 0x7e ? start : start + "12A", 766);
+        expect_whole(value >= 0x40 && value <= 0x7e ? start : start + "12A", CMD_IGNORE);
     }
   }
 }
 
 TEST_F(Tokenizer, EveryByteAfterEscDollarAndEscParen) {
   for (int value = 0; value < 256; ++value) {
-    expect_whole("\x1b$" + one(value), value == '@' ? 289 : 766);
-    expect_whole("\x1b(" + one(value), value == 'H' ? 292 : 766);
+    expect_whole("\x1b$" + one(value), value == '@' ? CMD_ESC_DOLLAR_AT : CMD_IGNORE);
+    expect_whole("\x1b(" + one(value), value == 'H' ? CMD_ESC_PAREN_H : CMD_IGNORE);
   }
 }
 
 TEST_F(Tokenizer, EscDelTakesFourBytesOfEveryValue) {
   for (int value = 0; value < 256; ++value) {
-    expect_whole("\x1b\x7f" + one(value) + one(255 - value) + one(value) + one(value), 302);
+    expect_whole("\x1b\x7f" + one(value) + one(255 - value) + one(value) + one(value),
+                 CMD_ESC_DEL4);
   }
 }
 
 TEST_F(Tokenizer, EveryByteEndsOrContinuesAnUnknownEscSequence) {
   for (int value = 0; value < 256; ++value) {
     const bool final = value >= 0x40 && value <= 0x7e;
-    expect_whole("\x1b%" + one(value) + (final ? "" : "A"), 766);
+    expect_whole("\x1b%" + one(value) + (final ? "" : "A"), CMD_IGNORE);
   }
 }
 
 TEST_F(Tokenizer, EveryCsiFinal) {
   for (int value = 0x40; value <= 0x7e; ++value) {
-    std::uint32_t code = 766;
-    code = value == '`' ? 385 : value == 'a' ? 386 : value == 'd' ? 387 : code;
-    code = value == 'e' ? 388 : code;
+    std::uint32_t code = CMD_IGNORE;
+    code = value == '`' ? CMD_CSI_BQ : value == 'a' ? CMD_CSI_AL : value == 'd' ? CMD_CSI_DL : code;
+    code = value == 'e' ? CMD_CSI_EL : code;
     expect_whole("\x1b[" + one(value), code);
     expect_whole("\x1b[12;3" + one(value), code);
-    expect_whole("\x1b[12 " + one(value), value == 'E' ? 396 : code);
-    expect_whole("\x1b[ " + one(value), value == 'E' ? 396 : code);
+    expect_whole("\x1b[12 " + one(value), value == 'E' ? CMD_CSI_SP_E : code);
+    expect_whole("\x1b[ " + one(value), value == 'E' ? CMD_CSI_SP_E : code);
   }
 }
 
 TEST_F(Tokenizer, EveryByteBeforeTheCsiFinalE) {
   for (int value = 0; value < 256; ++value) {
     if (value < 0x40 || value > 0x7e) {
-      expect_whole("\x1b[1" + one(value) + "E", value == ' ' ? 396 : 766);
-      expect_whole("\x1b[" + one(value) + "1a", 386);
+      expect_whole("\x1b[1" + one(value) + "E", value == ' ' ? CMD_CSI_SP_E : CMD_IGNORE);
+      expect_whole("\x1b[" + one(value) + "1a", CMD_CSI_AL);
     }
   }
-  expect_whole("\x1b[ 1E", 766);
+  expect_whole("\x1b[ 1E", CMD_IGNORE);
 }
 
 TEST_F(Tokenizer, EveryByteAfterFs) {
@@ -206,39 +208,39 @@ TEST_F(Tokenizer, EveryByteAfterFs) {
     const std::string start = "\x1c" + one(value);
     switch (value) {
       case '"':
-        expect_whole(start + "12p", 322);
+        expect_whole(start + "12p", CMD_FS_QUOTE);
         break;
       case '$':
-        expect_whole(start + "12p", 324);
+        expect_whole(start + "12p", CMD_FS_DOLLAR);
         break;
       case '%':
-        expect_whole(start + "12p", 325);
+        expect_whole(start + "12p", CMD_FS_PERCENT);
         break;
       case '&':
-        expect_whole(start + "12p", 326);
+        expect_whole(start + "12p", CMD_FS_AMP);
         break;
       case '(':
-        expect_whole(start + "12p", 328);
+        expect_whole(start + "12p", CMD_FS_PAREN);
         break;
       case '*':
-        expect_whole(start + "12p", 330);
+        expect_whole(start + "12p", CMD_FS_STAR);
         break;
       case 'J':
-        expect_whole(start, 347);
+        expect_whole(start, CMD_FS_J);
         break;
       case 'K':
-        expect_whole(start, 348);
+        expect_whole(start, CMD_FS_K);
         break;
       default:
-        expect_whole(value >= 0x40 && value <= 0x7f ? start : start + "12A", 766);
+        expect_whole(value >= 0x40 && value <= 0x7f ? start : start + "12A", CMD_IGNORE);
     }
   }
 }
 
 TEST_F(Tokenizer, EveryByteEndsOrContinuesAnFsSequence) {
-  for (const Command& command :
-       {Command{"\x1c\"", 322}, Command{"\x1c$", 324}, Command{"\x1c%", 325}, Command{"\x1c&", 326},
-        Command{"\x1c(", 328}, Command{"\x1c*", 330}}) {
+  for (const Command& command : {Command{"\x1c\"", CMD_FS_QUOTE}, Command{"\x1c$", CMD_FS_DOLLAR},
+                                 Command{"\x1c%", CMD_FS_PERCENT}, Command{"\x1c&", CMD_FS_AMP},
+                                 Command{"\x1c(", CMD_FS_PAREN}, Command{"\x1c*", CMD_FS_STAR}}) {
     for (int value = 0; value < 256; ++value) {
       const bool terminator = value >= 0x70 && value <= 0x79;
       expect_whole(command.bytes + one(value) + (terminator ? "" : "y"), command.code);
@@ -250,34 +252,34 @@ TEST_F(Tokenizer, EveryByteEndsOrContinuesAnUnknownFsSequence) {
   for (int value = 0; value < 256; ++value) {
     // A DEL ends the sequence only as its second byte.
     const bool final = value >= 0x40 && value <= 0x7e;
-    expect_whole("\x1c!" + one(value) + (final ? "" : "A"), 766);
+    expect_whole("\x1c!" + one(value) + (final ? "" : "A"), CMD_IGNORE);
   }
 }
 
 TEST_F(Tokenizer, UnknownEscSequencesEndAtAByteFrom40To7e) {
-  expect_whole("\x1bx", 766);
-  expect_whole("\x1b%12A", 766);
+  expect_whole("\x1bx", CMD_IGNORE);
+  expect_whole("\x1b%12A", CMD_IGNORE);
 }
 
 TEST_F(Tokenizer, FsParen12pIs328AndFsDelIsIgnored) {
-  expect_whole("\x1c(12p", 328);
-  expect_whole("\x1c\x7f", 766);
+  expect_whole("\x1c(12p", CMD_FS_PAREN);
+  expect_whole("\x1c\x7f", CMD_IGNORE);
 }
 
 TEST_F(Tokenizer, ADelSecondByteEndsAnUnknownSequenceAfterFsOnly) {
   expect_command(
       "\x1c\x7f"
       "1234A",
-      766, 2);
+      CMD_IGNORE, 2);
   expect_command(
       "\x1b\x7f"
       "1234A",
-      302, 6);
+      CMD_ESC_DEL4, 6);
 }
 
 TEST_F(Tokenizer, EndOfInputRightAfterEscQ1) {
   const StandardInput input("\x1bQ1");
-  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1bQ1", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, "\x1bQ1", 0}));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
 
@@ -305,7 +307,7 @@ TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
       SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
       restart(false);
       const StandardInput input(command.bytes.substr(0, cut));
-      EXPECT_EQ(next_token(), (Token{ST_OK, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, command.bytes.substr(0, cut), 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
       EXPECT_EQ(next_token(), kEndOfInput);
     }
@@ -314,13 +316,13 @@ TEST_F(Tokenizer, TheEndOfTheInputCutsEverySequenceAtEveryByte) {
 
 TEST_F(Tokenizer, TheEndStaysAfterACutSequenceEvenIfMoreBytesCome) {
   const StandardInput input("\x1b");
-  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, "\x1b", 0}));
   restart_raw_input();
   const StandardInput more("A");
   EXPECT_EQ(next_token(), kEndOfInput);
   EXPECT_EQ(next_token(), kEndOfInput);
   the_filter().tokenizer.sticky_eof = false;
-  EXPECT_EQ(next_token(), (Token{ST_OK, 767, "A", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_TEXT_RAW, "A", 0}));
 }
 
 TEST_F(Tokenizer, AReadErrorCutsEverySequenceAtEveryByte) {
@@ -330,7 +332,7 @@ TEST_F(Tokenizer, AReadErrorCutsEverySequenceAtEveryByte) {
       SCOPED_TRACE(encode_escaped_line(command.bytes.substr(0, cut)));
       restart(false);
       const FailingInput input(command.bytes.substr(0, cut));
-      EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(kQuiet), (Token{ST_IOERR, CMD_IGNORE, command.bytes.substr(0, cut), 0}));
     }
   }
   EXPECT_EQ(messages.text(), "");
@@ -352,7 +354,7 @@ TEST_F(Tokenizer, TheEndFrameCutsEverySequenceAtEveryByte) {
       const StandardInput input(end_frame(command.bytes.substr(0, cut)) +
                                 end_frame(command.bytes.substr(cut)));
       const CaptureDescriptor output(1);
-      EXPECT_EQ(next_token(), (Token{ST_CUT, 766, command.bytes.substr(0, cut), 0}));
+      EXPECT_EQ(next_token(), (Token{ST_CUT, CMD_IGNORE, command.bytes.substr(0, cut), 0}));
       EXPECT_EQ(next_token(), kEndOfInput);
       EXPECT_EQ(output.text(), "");
     }
@@ -392,7 +394,7 @@ TEST_F(Tokenizer, AnEmptyEndFrameInsideASequenceIsACut) {
   restart(true);
   const StandardInput input(cnt_frame("\x1b[1") + end_frame(""));
   const CaptureDescriptor output(1);
-  EXPECT_EQ(next_token(), (Token{ST_OK, 766, "\x1b[1", 0}));
+  EXPECT_EQ(next_token(), (Token{ST_OK, CMD_IGNORE, "\x1b[1", 0}));
   EXPECT_EQ(output.text(), end_frame(""));
   EXPECT_EQ(next_token(), kEndOfInput);
 }
@@ -452,17 +454,17 @@ struct LongSequence {
 
 TEST_F(Tokenizer, SequencesAroundTheRecordsCapacity) {
   for (const LongSequence& sequence : {
-           LongSequence{"\x1b[", "a", 386},
-           LongSequence{"\x1b[", "`", 385},
-           LongSequence{"\x1b[", " E", 396},
-           LongSequence{"\x1b%", "A", 766},
-           LongSequence{"\x1b%", "~", 766},
-           LongSequence{"\x1c%", "p", 325},
-           LongSequence{"\x1c(", "y", 328},
-           LongSequence{"\x1c!", "@", 766},
-           LongSequence{"\x1bQ", "!C", 448},
-           LongSequence{"\x1bQ", "/`", 520},
-           LongSequence{"\x1bQ", "!p", 462},
+           LongSequence{"\x1b[", "a", CMD_CSI_AL},
+           LongSequence{"\x1b[", "`", CMD_CSI_BQ},
+           LongSequence{"\x1b[", " E", CMD_CSI_SP_E},
+           LongSequence{"\x1b%", "A", CMD_IGNORE},
+           LongSequence{"\x1b%", "~", CMD_IGNORE},
+           LongSequence{"\x1c%", "p", CMD_FS_PERCENT},
+           LongSequence{"\x1c(", "y", CMD_FS_PAREN},
+           LongSequence{"\x1c!", "@", CMD_IGNORE},
+           LongSequence{"\x1bQ", "!C", CMD_Q_C_EX},
+           LongSequence{"\x1bQ", "/`", CMD_Q_BQ_SL},
+           LongSequence{"\x1bQ", "!p", CMD_Q_PL_EX},
        }) {
     for (const std::size_t total : {4000UL, 4094UL, 4095UL, 4096UL, 4097UL, 4098UL, 4099UL, 8190UL,
                                     8191UL, 8192UL, 8193UL, 8194UL, 20000UL}) {
@@ -474,11 +476,11 @@ TEST_F(Tokenizer, SequencesAroundTheRecordsCapacity) {
       if (sequence.code == CMD_Q_PL_EX && total <= 4096) {
         // The 32 bytes of data: they do not fit, or the input ends before they do.
         expected.pending = total + 32 > 4096 ? 32 : 0;
-        expected.code = total + 32 > 4096 ? 462 : 766;
+        expected.code = total + 32 > 4096 ? CMD_Q_PL_EX : CMD_IGNORE;
         expected.bytes += total + 32 > 4096 ? "" : "Z";
       }
       if (total > 4096) {
-        expected.code = 766;
+        expected.code = CMD_IGNORE;
         expected.bytes = bytes.substr((total - 1) / 4096 * 4096);
       }
       const Token token = next_token();
@@ -497,12 +499,12 @@ TEST_F(Tokenizer, AnOverlongSequenceThatIsCutIsIgnored) {
       restart(false);
       {
         const StandardInput input(bytes);
-        EXPECT_TRUE(next_token() == (Token{ST_OK, 766, kept, 0})) << total;
+        EXPECT_TRUE(next_token() == (Token{ST_OK, CMD_IGNORE, kept, 0})) << total;
         EXPECT_EQ(next_token(), kEndOfInput);
       }
       restart(true);
       const StandardInput input(end_frame(bytes));
-      EXPECT_TRUE(next_token() == (Token{ST_CUT, 766, kept, 0})) << total;
+      EXPECT_TRUE(next_token() == (Token{ST_CUT, CMD_IGNORE, kept, 0})) << total;
       EXPECT_EQ(next_token(), kEndOfInput);
     }
   }
@@ -516,8 +518,8 @@ TEST_F(Tokenizer, TheParsersAppendToTheRecordAndSetItsCode) {
     std::uint32_t code;
   };
   for (const Parser& parser :
-       {Parser{zqescseq, "\x1b", "c", 298}, Parser{zqfsseq, "\x1c", "J", 347},
-        Parser{zqcsiseq, "\x1b[", "1d", 387}}) {
+       {Parser{zqescseq, "\x1b", "c", CMD_ESC_C}, Parser{zqfsseq, "\x1c", "J", CMD_FS_J},
+        Parser{zqcsiseq, "\x1b[", "1d", CMD_CSI_DL}}) {
     restart(false);
     const StandardInput input(parser.input);
     CommandRecord& record = reused_record();

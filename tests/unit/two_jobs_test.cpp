@@ -13,11 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "driver/exit_status.h"
 #include "driver/filter.h"
 #include "driver/job_end.h"
 #include "driver/main_loop.h"
 #include "driver/start_up.h"
+#include "job/exit_status.h"
 #include "support/descriptors.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
@@ -53,13 +53,13 @@ std::string long_text() {
 
 std::string duplex_record() {
   ConditionColumns columns;
-  columns.form_name = "OVERLAY";
+  columns.form_overlay = "OVERLAY";
   columns.layout = "2";
-  columns.code_2 = "L ";
-  columns.code_3 = "A4 ";
-  columns.code_2b = "P2";
-  columns.flag_1 = "U";
-  columns.value_1 = "00500";
+  columns.orientation = "L ";
+  columns.paper_size = "A4 ";
+  columns.tray = "P2";
+  columns.binding_edge = "U";
+  columns.first_offset = "00500";
   return condition_sequence(columns);
 }
 
@@ -88,7 +88,7 @@ const std::vector<Job>& jobs() {
        cnt_frame("AB\n") + cnt_frame(std::string(5000, 'x')) + end_frame("C\x0c")},
       {"ConditionRecords",
        {},
-       "front\x0c" + duplex_record() + "back\x0c" + kBlankRecord + kFormNameRecord + "last"},
+       "front\x0c" + duplex_record() + "back\x0c" + kBlankCommand + kFormNameCommand + "last"},
       {"HeldSettings", {"-q"}, "A\x1bQ;!f\x1bQ1 y\x1bQ!I"},
       {"CutSequence", {}, "A\xe3\x81\x82\x1bQ1;5!ab"},
       {"PassedThrough", {}, kParameterBlock + "rest\x0c"},
@@ -96,7 +96,7 @@ const std::vector<Job>& jobs() {
       {"UnknownOption", {"-Bz", "-d"}, "A", 1},
       {"FormThatFails", {"-p", "forms", "-n", "NONE"}, "A", 1},
       {"FormByRecordThatFails", {"-p", "forms"}, "A\n" + form_record("NONE") + "B\n", 1},
-      {"FontsThatFail", {"-B", "-G", "D240"}, "A" + kBlankRecord + "B", 255},
+      {"FontsThatFail", {"-B", "-G", "D240"}, "A" + kBlankCommand + "B", 255},
   };
   return jobs;
 }

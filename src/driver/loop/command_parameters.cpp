@@ -10,8 +10,6 @@ namespace rlx {
 
 namespace {
 
-constexpr std::size_t kFirstParameter = 2;
-constexpr std::size_t kMaxDigits = 7;
 /// Values of command 479 from here on leave the line unit alone.
 constexpr int kFirstOtherLineUnit = 5;
 constexpr std::size_t kMaxFields492 = 5;
@@ -31,7 +29,7 @@ std::string_view without_leading_zeros(std::string_view text) {
 /// The value of up to seven digits; -1 for any other text. No digits are 0.
 int small_number(std::string_view text) {
   text = without_leading_zeros(text);
-  if (text.size() > kMaxDigits) {
+  if (text.size() > std::size_t{kMaxParameterDigits}) {
     return -1;
   }
   int value = 0;
@@ -132,15 +130,13 @@ bool parse_form_parameter(const CommandRecord& command, int capability_g,
 }
 
 FormName parse_form_name(const CommandRecord& record) {
-  std::size_t space = 4;
-  while (column_at(record, space) != ' ') {
-    ++space;
-  }
-  const std::size_t width = column_at(record, space + 4) == '0' ? 4 : 8;
+  const std::size_t layout = layout_position(record);
+  const bool short_name = column_at(record, layout) == kShortNameLayout;
+  const Column column = short_name ? command_columns::kShortName : command_columns::kName;
   FormName name;
   std::size_t kept = 0;
-  for (std::size_t i = 0; i < width; ++i) {
-    const std::uint8_t byte = column_at(record, space + 11 + i);
+  for (std::size_t i = 0; i < column.width; ++i) {
+    const std::uint8_t byte = column_at(record, layout + column.offset + i);
     name.as_given[i] = static_cast<char>(byte);
     if (is_letter_or_digit(byte)) {
       name.letters_and_digits[kept++] = static_cast<char>(byte);

@@ -45,9 +45,7 @@ struct FormName {
   std::array<char, 10> letters_and_digits{};
 };
 
-/// Command 483, form name command. With s the first space at or behind byte 4: byte s + 4 is "0"
-/// for a name of four bytes, anything else for one of eight; the name starts at s + 11. Columns
-/// behind the record's end are blanks.
+/// Command 483, form name command. Its columns are in support/condition_columns.h.
 FormName parse_form_name(const CommandRecord& record);
 
 }  // namespace rlx

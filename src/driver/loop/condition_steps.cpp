@@ -10,9 +10,9 @@ namespace rlx {
 namespace {
 
 /// Form data may end in a FF, and ends the page then.
-bool form_data_ends_page(const SettingsRecord& record) {
-  const auto length = static_cast<std::size_t>(record.form_data_length);
-  return length > 0 && record.form_data[length - 1] == kFormFeed;
+bool form_data_ends_page(const SettingsRecord& settings) {
+  const auto length = static_cast<std::size_t>(settings.form_data_length);
+  return length > 0 && settings.form_data[length - 1] == kFormFeed;
 }
 
 void send_conditions(LoopState& loop, std::uint32_t command) {
@@ -20,8 +20,7 @@ void send_conditions(LoopState& loop, std::uint32_t command) {
     gaiji_reset_size(loop.gaiji);
   }
   emit_print_conditions(loop.conditions_output, command, loop.command_line.capability_F,
-                        loop.job.line_unit, &loop.spacing_index, &loop.job.line_unit,
-                        &loop.conditions_written, loop.settings);
+                        loop.job.line_unit, nullptr, &loop.job.line_unit, nullptr, loop.settings);
 }
 
 Status reload_fonts(LoopState& loop) {
@@ -52,7 +51,7 @@ void await_conditions(LoopState& loop) {
   loop.conditions_pending = true;
 }
 
-/// A record belongs to the pages behind it: a page that has content ends first.
+/// A print-condition command governs the pages behind it, so a page that has content ends first.
 void end_page_with_content(LoopState& loop) {
   if (loop.content_since_conditions) {
     loop.content_since_conditions = false;
@@ -62,8 +61,8 @@ void end_page_with_content(LoopState& loop) {
 
 void parse_condition_command(LoopState& loop) {
   if (loop.record.code == CMD_Q_NL_SP) {
-    // A record without a data length has cleared the conditions and has been reported; the job ends
-    // with it only when its form name is looked for.
+    // A command without a data length has cleared the conditions and has been reported; the job
+    // ends with it only when its form name is looked for.
     static_cast<void>(parse_print_condition_command(loop.messages, loop.record, loop.conditions));
   } else {
     loop.form_name = parse_form_name(loop.record);

@@ -6,8 +6,8 @@ namespace rlx {
 
 // Steps of the main loop that keep the print conditions: what changes them, and when they are sent.
 
-/// Commands 482 and 483: ends the page that has content, parses the record, sends conditions that
-/// were still pending, chooses the fonts again; the new conditions are pending then.
+/// Commands 482 and 483: ends the page that has content, parses the command, sends conditions
+/// that were still pending, chooses the fonts again; the new conditions are pending then.
 Next take_condition_command(LoopState& loop);
 
 /// Command 479: decides from the parameter whether it resets the line unit, in emulation modes 6
@@ -28,7 +28,7 @@ Next take_resolution_switch(LoopState& loop);
 /// Sends pending print conditions before what they govern.
 Next send_due_conditions(LoopState& loop);
 
-/// Commands 482 and 483: drops the record's bytes, which never reach the output.
+/// Commands 482 and 483: drops the command's bytes, which never reach the output.
 Next drop_record_bytes(LoopState& loop);
 
 /// Command 492, on printers with capability F: takes its on/off state.

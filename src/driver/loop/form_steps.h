@@ -6,8 +6,7 @@ namespace rlx {
 
 // Steps of the main loop that move the paper: forms, and page-length emulation without one.
 
-/// Command 482: puts the form in force that the record names; without a name the form of -n, or
-/// none.
+/// Command 482: puts the form in force that it names; without a name the form of -n, or none.
 Next take_named_form(LoopState& loop);
 
 /// FF, commands 482 and 483: moves to the top of the form in force; the movements are held.

@@ -59,20 +59,17 @@ struct LoopState : LoopParts {
   bool content_since_conditions = false;
   /// The current print conditions still have to be sent.
   bool conditions_pending = true;
-  /// Code of the last record that changed print conditions; 0 before the first.
+  /// Code of the last command that changed print conditions; 0 before the first.
   std::uint32_t last_condition_code = CMD_NONE;
   /// Whether command 479 resets the line unit.
   bool spacing_reset = false;
-  /// Index of the character spacing that was sent last, and whether the print conditions have been
-  /// sent; read by nothing.
-  std::int32_t spacing_index = 0;
-  std::int32_t conditions_written = 0;
 
   /// On/off state of command 492, and its last result: 1 changed, 0 unchanged, -1 bad parameter.
   int command_492_state = 0;
   int command_492_result = 0;
 
-  /// What the last form name command gave; read by nothing.
+  /// What the last form name command gave. Nothing reads it, because what the name is for is not
+  /// known; it is kept for whoever learns it.
   FormName form_name;
 
   /// Forms: the one of -n, and the one a print-condition command names.

@@ -111,8 +111,9 @@ Next hold_command(LoopState& loop) {
   if (loop.command_line.printer_class != kPrinterClassF1) {
     return Next::step;
   }
-  loop.held_command.length = loop.record.length;
-  std::copy_n(loop.record.bytes.begin(), loop.record.length, loop.held_command.bytes.begin());
+  static_assert(kRecordCapacity <= kPageBufferBytes, "a command always fits");
+  loop.held_command.length = 0;
+  loop.held_command.append_fitting(loop.record.content());
   return Next::record;
 }
 

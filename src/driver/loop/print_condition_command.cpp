@@ -13,7 +13,7 @@ namespace {
 
 using namespace command_columns;
 
-/// A record and where its columns begin.
+/// A command and where its columns begin.
 struct Columns {
   const CommandRecord& record;
   std::size_t layout;
@@ -35,7 +35,7 @@ std::int32_t number(const Columns& columns, Column column) {
   return decimal_column(columns.record, columns.layout + column.offset, column.width);
 }
 
-/// The columns that every record has.
+/// The columns that every command has.
 void take_common(const Columns& columns, Column form_overlay, PrintConditions& conditions) {
   take_text(columns, form_overlay, conditions.form_overlay);
   conditions.overlay_count = number(columns, kOverlayCount);

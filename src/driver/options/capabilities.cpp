@@ -11,7 +11,6 @@ namespace rlx {
 namespace {
 
 constexpr const char* kTokenSeparator = "!";
-constexpr std::string_view kJapaneseLocaleToken = "Jja_JP";
 constexpr std::uint32_t kLowerGBit = 0x1000000;
 constexpr std::uint32_t kUpperFBit = 0x10000000;
 
@@ -67,11 +66,6 @@ void add_token(Capabilities& printer, std::string_view token) {
       return;
     case 'g':
       printer.sets[kHasLowerG] = kLowerGBit;
-      return;
-    case 'J':
-      if (token == kJapaneseLocaleToken) {
-        printer.japanese_locale = true;
-      }
       return;
     default:
       add_bit_token(printer, token);

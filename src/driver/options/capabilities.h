@@ -13,10 +13,10 @@ namespace rlx {
 //
 //   D<number>           a resolution in dots per inch; 24 are kept, in order, the rest is dropped
 //   F..., g...          first letter only
-//   Jja_JP              noted; nothing reads it
 //   sA3 sa3 m70 m75 isub Sfront Sboth L1 L2 L3 L4 f0 f1 f2 f10   whole token
 
-/// The sets that printer_has() looks at, named after their tokens.
+/// The sets that printer_has() looks at, named after their tokens. Nothing asks for the first five
+/// today: they are what spoolers tell besides, kept so that a rule that needs one finds it read.
 enum CapabilityKind : int {
   kHasA3 = 1,          ///< sA3 and sa3: 0x1
   kHasM = 2,           ///< m70: 0x10, m75: 0x20
@@ -39,8 +39,6 @@ struct Capabilities {
   /// Ended by a 0 entry.
   std::array<std::uint32_t, kMaxResolutions + 1> resolutions{};
   std::size_t resolution_count = 0;
-  /// Jja_JP was seen.
-  bool japanese_locale = false;
 };
 
 /// printer_resolution() of a resolution that the printer does not have.

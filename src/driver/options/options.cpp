@@ -41,7 +41,7 @@ struct ValueOption {
 // First pass.
 
 void mode_a(const OptionTargets& to, const char* /*argument*/) {
-  to.record.output_variant = kOutputA;
+  to.settings.output_variant = kOutputA;
 }
 
 void mode_b(const OptionTargets& to, const char* /*argument*/) {
@@ -63,7 +63,7 @@ void mode_d(const OptionTargets& to, const char* /*argument*/) {
 void mode_e(const OptionTargets& to, const char* /*argument*/) {
   to.command_line.emulation_mode = kFormLengthMode;
   to.command_line.stream_variant = kSentLengthStream;
-  to.record.output_variant = kOutputE;
+  to.settings.output_variant = kOutputE;
   to.command_line.font_variant = kFixedFont;
 }
 
@@ -83,7 +83,7 @@ void mode_q(const OptionTargets& to, const char* /*argument*/) {
 void mode_r(const OptionTargets& to, const char* /*argument*/) {
   to.command_line.emulation_mode = kMode7;
   to.command_line.stream_variant = kShortFormStream;
-  to.record.output_variant = kOutputR;
+  to.settings.output_variant = kOutputR;
 }
 
 void mode_s(const OptionTargets& to, const char* /*argument*/) {
@@ -91,7 +91,7 @@ void mode_s(const OptionTargets& to, const char* /*argument*/) {
 }
 
 void mode_f(const OptionTargets& to, const char* /*argument*/) {
-  to.record.output_variant = kOutputF;
+  to.settings.output_variant = kOutputF;
 }
 
 void add_capabilities(const OptionTargets& to, const char* argument) {
@@ -149,8 +149,7 @@ Status set_character_pitch(const OptionTargets& to, const char* argument) {
   if (characters_per_inch < 1) {
     return illegal_option(to.messages, 'c');
   }
-  to.record.char_pitch_source = kFromCommandLine;
-  to.record.char_pitch_text = argument;
+  to.settings.char_pitch_source = kFromCommandLine;
   to.command_line.character_pitch = kUnitsPerInch / characters_per_inch;
   return ST_OK;
 }
@@ -171,8 +170,8 @@ Status set_ignore_flag(const OptionTargets& to, const char* /*argument*/) {
 }
 
 Status set_line_pitch(const OptionTargets& to, const char* argument) {
-  to.record.line_pitch_source = kFromCommandLine;
-  to.record.line_pitch_text = argument;
+  to.settings.line_pitch_source = kFromCommandLine;
+  to.settings.line_pitch_text = argument;
   return ST_OK;
 }
 
@@ -216,8 +215,8 @@ Status set_undefined_gaiji_pattern(const OptionTargets& to, const char* argument
 }
 
 Status set_width(const OptionTargets& to, const char* argument) {
-  to.record.width_source = kFromCommandLine;
-  to.record.width_text = argument;
+  to.settings.width_source = kFromCommandLine;
+  to.settings.width_text = argument;
   return ST_OK;
 }
 

@@ -11,7 +11,7 @@ namespace rlx {
 struct OptionTargets {
   Messages& messages;
   CommandLine& command_line;
-  SettingsRecord& record;
+  SettingsRecord& settings;
   JobState& job;
   Capabilities& printer;
   ResourceDirectories& directories;
