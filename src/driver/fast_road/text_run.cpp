@@ -133,6 +133,7 @@ inline const std::uint8_t* TextRun::readable_block() {
   text.neutral |= bytes_of_all;
   text.double_byte &= ~bytes_of_all;
   text.invalid &= ~bytes_of_all;
+  text.prefix &= ~bytes_of_all;
   text.inside = (text.inside & ~bytes_of_all) | inside;
 }
 
