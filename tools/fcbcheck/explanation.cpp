@@ -97,7 +97,7 @@ std::string rest_text(const Layout& layout) {
     return "";
   }
   return rest > 0 ? inches(rest) + " in below the last line are unused"
-                  : "the last line ends " + inches(-rest) + " in behind the rounded length";
+                  : "the last line ends " + inches(-rest) + " in past the rounded length";
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ constexpr const char* kStyles =
     ".pitch { text-anchor: end; fill: #78909c; }\n"
     ".middle { text-anchor: middle; }\n"
     ".top { fill: #1b7f3b; font-weight: bold; }\n"
-    ".behind { fill: #b3261e; }\n"
+    ".past { fill: #b3261e; }\n"
     "</style>\n";
 
 /// The hatching of what is not printed on.
@@ -84,7 +84,7 @@ constexpr const char* kHatching =
 
 constexpr const char* kHatched = "fill=\"url(#hatch)\" stroke=\"#c3ced3\" stroke-width=\"0.5\"";
 constexpr const char* kTopLineStyle = "fill=\"#dff3e4\" stroke=\"#1b7f3b\" stroke-width=\"1.5\"";
-constexpr const char* kBehindStyle =
+constexpr const char* kPastEndStyle =
     "fill=\"#fdecea\" stroke=\"#b3261e\" stroke-width=\"0.75\" stroke-dasharray=\"4 2\"";
 constexpr const char* kRulerStyle = "stroke=\"#546e7a\" stroke-width=\"1\"";
 constexpr const char* kRunStyle = "stroke=\"#90a4ae\" stroke-width=\"1\"";
@@ -168,13 +168,13 @@ class Picture {
   }
 
   void add_line(const LineBox& line) {
-    const bool behind = line.bottom() > layout_.length;
+    const bool past = line.bottom() > layout_.length;
     const char* const paper = line.number % 2 == 0 ? "#f3f8f5" : "#ffffff";
     const std::string white =
         std::string("fill=\"") + paper + "\" stroke=\"#c9d6d0\" stroke-width=\"0.5\"";
     const bool above = line.number < layout_.top_line;
-    add_box(line, behind ? kBehindStyle : above ? kHatched : white);
-    add_numbers(line, behind ? "number behind" : "number");
+    add_box(line, past ? kPastEndStyle : above ? kHatched : white);
+    add_numbers(line, past ? "number past" : "number");
   }
 
   void add_box(const LineBox& line, const std::string& style) {
@@ -215,7 +215,7 @@ class Picture {
   }
 
   /// A bracket beside each run, and its text: beside the bracket's middle, or below the text
-  /// before.
+  /// before. One that would stand far below is left out: the lines say it, too.
   void add_runs() {
     int free_y = kPaperY;
     for (const LineRun& run : layout_.runs) {
@@ -225,9 +225,11 @@ class Picture {
       const int text_y = std::max(middle, free_y + kRunTextHeight / 2);
       body_ += "<path d=\"M" + std::to_string(kRunX) + " " + std::to_string(top) + " h5 V" +
                std::to_string(bottom) + " h-5\" fill=\"none\" " + kRunStyle + "/>\n";
-      body_ += segment(kRunX + 5, middle, kRunX + 15, text_y, kRunStyle);
-      body_ += label(kRunX + 20, text_y + 4, "class=\"run\"", run_text(run));
-      free_y = text_y + kRunTextHeight / 2 + 1;
+      if (text_y <= middle + 2 * kRunTextHeight) {
+        body_ += segment(kRunX + 5, middle, kRunX + 15, text_y, kRunStyle);
+        body_ += label(kRunX + 20, text_y + 4, "class=\"run\"", run_text(run));
+        free_y = text_y + kRunTextHeight / 2 + 1;
+      }
     }
     lowest_ = std::max(lowest_, free_y);
   }
@@ -242,7 +244,7 @@ class Picture {
     add_swatch(kPaperX, y, kTopLineStyle, "top line, where printing starts");
     add_swatch(kPaperX + 220, y, kHatched, "nothing is printed here");
     if (layout_.lines_bottom() > layout_.length) {
-      add_swatch(kPaperX + 396, y, kBehindStyle, "behind the end of the form");
+      add_swatch(kPaperX + 396, y, kPastEndStyle, "past the end of the form");
     }
   }
 

@@ -21,7 +21,7 @@ constexpr std::size_t kAreaColumns = 36;
 /// Between the sides of the frame: mark, number, blank, area, blank.
 constexpr std::size_t kInnerColumns = 1 + kNumberColumns + 1 + kAreaColumns + 1;
 constexpr std::size_t kPitchColumns = 4;
-/// What a shaded row of unused paper stands for.
+/// A shaded row of unused paper reaches to the next multiple of this.
 constexpr std::int32_t kUnusedRow = kUnitsPerHalfInch;
 
 struct Glyphs {
@@ -64,7 +64,7 @@ struct Row {
   bool whole_inch = false;  ///< the position is one
   bool marked = false;      ///< the top line
   bool shaded = false;      ///< nothing is printed here
-  bool behind_end = false;  ///< outside the form
+  bool past_end = false;    ///< outside the form
   std::int32_t number = 0;  ///< 0: no line
   std::uint32_t per_inch = 0;
   std::string note;
@@ -120,10 +120,10 @@ class Drawing {
             .whole_inch = line.top % kUnitsPerInch == 0 && line.top > 0,
             .marked = top,
             .shaded = line.number < layout_.top_line,
-            .behind_end = form_ended_,
+            .past_end = form_ended_,
             .number = line.number,
             .per_inch = line.lines_per_inch,
-            .note = form_ended_ ? "behind the end"
+            .note = form_ended_ ? "past the end"
                     : top       ? "top line"
                                 : ""};
     if (top && line.top > 0) {
@@ -135,11 +135,11 @@ class Drawing {
   /// The paper below the last line.
   void add_unused() {
     const std::int32_t from = layout_.lines_bottom();
-    for (std::int32_t at = from; at < layout_.length; at += kUnusedRow) {
+    for (std::int32_t at = from; at < layout_.length; at = (at / kUnusedRow + 1) * kUnusedRow) {
       const bool first = at == from;
       std::string position = position_in_new_inch(at);
       add_row({.position = first ? inches(at) : position,
-               .whole_inch = at % kUnitsPerInch == 0,
+               .whole_inch = at % kUnitsPerInch == 0 && at > 0,
                .shaded = true,
                .note = first ? inches(layout_.length - from) + " in unused" : ""});
     }
@@ -153,8 +153,8 @@ class Drawing {
   }
 
   void add_row(const Row& row) {
-    const char* const side = row.behind_end ? " " : glyphs_.vertical;
-    const char* const left = row.whole_inch && !row.behind_end ? glyphs_.tick : side;
+    const char* const side = row.past_end ? " " : glyphs_.vertical;
+    const char* const left = row.whole_inch && !row.past_end ? glyphs_.tick : side;
     text_ += coloured(kCyan, right_aligned(row.position, kPositionColumns)) + " " + left +
              inner(row) + side + end_of(row) + "\n";
   }
@@ -164,9 +164,9 @@ class Drawing {
         right_aligned(row.number == 0 ? "" : std::to_string(row.number), kNumberColumns);
     const std::string mark_and_number = (row.marked ? glyphs_.mark : " ") + number;
     const std::string area = repeated(row.shaded ? glyphs_.shade : " ", kAreaColumns);
-    return (row.marked       ? coloured(kBoldGreen, mark_and_number)
-            : row.behind_end ? coloured(kRed, mark_and_number)
-                             : mark_and_number) +
+    return (row.marked     ? coloured(kBoldGreen, mark_and_number)
+            : row.past_end ? coloured(kRed, mark_and_number)
+                           : mark_and_number) +
            " " + (row.shaded ? coloured(kDim, area) : area) + " ";
   }
 
@@ -174,9 +174,9 @@ class Drawing {
   std::string end_of(const Row& row) const {
     const std::string pitch = row.per_inch == 0 ? "" : std::to_string(row.per_inch);
     if (row.note.empty()) {
-      return right_aligned(pitch, kPitchColumns);
+      return pitch.empty() ? "" : right_aligned(pitch, kPitchColumns);
     }
-    const char* const colour = row.behind_end ? kRed : row.marked ? kBoldGreen : kDim;
+    const char* const colour = row.past_end ? kRed : row.marked ? kBoldGreen : kDim;
     return right_aligned(pitch, kPitchColumns) + "  " + coloured(colour, row.note);
   }
 

@@ -115,7 +115,8 @@ std::string inches(std::int32_t units) {
   constexpr std::int64_t kUnits = kUnitsPerInch;
   const std::int64_t hundredths = (units * std::int64_t{100} + kUnits / 2) / kUnits;
   const bool looks_even = hundredths % 50 == 0 && hundredths * kUnits != units * std::int64_t{100};
-  return with_decimals(units, looks_even ? 4 : 2);
+  const bool eighths = units % (kUnitsPerInch / 8) == 0;
+  return with_decimals(units, looks_even ? 4 : eighths ? 3 : 2);
 }
 
 std::string counted(std::int64_t count, const std::string& noun) {

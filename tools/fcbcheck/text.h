@@ -6,8 +6,8 @@
 
 namespace rlx::fcbcheck {
 
-/// A length of 1/7200 inch in inches: "11", "3.5", "0.17". Two decimals, but four where two would
-/// read as a whole number of half inches that it is not: "11.0001".
+/// A length of 1/7200 inch in inches: "11", "3.5", "0.17". Two decimals, but three for eighths of
+/// an inch, "0.125", and four where two would read as whole half inches that it is not, "11.0001".
 std::string inches(std::int32_t units);
 
 /// "1 line", "72 lines".
