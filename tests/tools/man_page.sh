@@ -31,6 +31,7 @@ check() {
   local command=$1 expected=$2 printed status=0
   examples=$((examples + 1))
   printed=$(PATH=$scratch/bin:$PATH LC_ALL=C bash -c "$command" 2>&1) || status=$?
+  # shellcheck disable=SC2001  # each line's end, not the text's
   printed=$(sed 's/ *$//' <<<"$printed")
   if [[ -n $expected && $printed != "$expected" ]]; then
     fail "example: $command" "printed:" "$printed" "the page says:" "$expected"

@@ -26,47 +26,57 @@ void complain(const std::string& line) {
   std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-/// What was asked for of a good form. @return false, with a message, when it cannot be written.
-bool show_form(const FormFile& form, const Arguments& arguments, const Reading& reading) {
-  const Layout layout = lay_out(form.name, form.table);
-  if (arguments.show) {
-    write_standard_output(terminal_drawing(layout, style_of_standard_output()));
+/// The checks of one run of the program.
+class Checks {
+ public:
+  Checks(const Arguments& arguments, const Reading& reading)
+      : arguments_(arguments), reading_(reading), style_(style_of_standard_output()) {}
+
+  /// @return whether all is well with all forms.
+  bool check_all() {
+    bool all_good = true;
+    for (const std::string& path : arguments_.files) {
+      all_good = check_form(path) && all_good;
+    }
+    return all_good;
   }
-  if (arguments.explain) {
-    write_standard_output(explanation(form, reading));
-  }
-  if (arguments.svg) {
-    const std::string error = write_picture(*arguments.svg, svg_picture(layout));
-    if (!error.empty()) {
-      complain("fcbcheck: " + shown_name(*arguments.svg) + ": " + error);
+
+ private:
+  bool check_form(const std::string& path) {
+    const FormFile form = read_form_file(path, reading_);
+    if (!form.is_good()) {
+      complain(fault_text(form));
       return false;
     }
-  }
-  return true;
-}
-
-/// Checks one form. @return whether all is well with it.
-bool check_file(const std::string& path, const Arguments& arguments, const Reading& reading) {
-  const FormFile form = read_form_file(path, reading);
-  if (!form.is_good()) {
-    complain(fault_text(form));
-    return false;
-  }
-  return show_form(form, arguments, reading);
-}
-
-bool check_files(const Arguments& arguments, const Reading& reading) {
-  bool all_good = true;
-  const char* separator = "";
-  for (const std::string& path : arguments.files) {
-    if (arguments.show) {
-      write_standard_output(separator);
-      separator = "\n";
+    const Layout layout = lay_out(form.name, form.table);
+    if (arguments_.show) {
+      show(layout);
     }
-    all_good = check_file(path, arguments, reading) && all_good;
+    if (arguments_.explain) {
+      write_standard_output(explanation(form, reading_));
+    }
+    return !arguments_.svg || write_svg(layout);
   }
-  return all_good;
-}
+
+  void show(const Layout& layout) {
+    write_standard_output(something_shown_ ? "\n" : "");
+    write_standard_output(terminal_drawing(layout, style_));
+    something_shown_ = true;
+  }
+
+  bool write_svg(const Layout& layout) const {
+    const std::string error = write_picture(*arguments_.svg, svg_picture(layout));
+    if (!error.empty()) {
+      complain("fcbcheck: " + shown_name(*arguments_.svg) + ": " + error);
+    }
+    return error.empty();
+  }
+
+  const Arguments& arguments_;
+  const Reading& reading_;
+  const DrawingStyle style_;
+  bool something_shown_ = false;
+};
 
 ExitStatus check(const Arguments& arguments) {
   Reading reading{.stream_variant = arguments.stream_variant};
@@ -76,7 +86,7 @@ ExitStatus check(const Arguments& arguments) {
     complain(shown_name(environment) + ":0: " + error);
     return kWrongInput;
   }
-  return check_files(arguments, reading) ? kGood : kWrongInput;
+  return Checks(arguments, reading).check_all() ? kGood : kWrongInput;
 }
 
 ExitStatus act(const Arguments& arguments) {

@@ -1,5 +1,6 @@
 #include "fcbcheck/form_file.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,7 +57,11 @@ std::string unreadable_text(const char* path) {
 /// A copy of standard input that the form reader takes for a regular file.
 class StandardInputCopy {
  public:
-  StandardInputCopy() : descriptor_(memfd_create("form", MFD_CLOEXEC)) {
+  StandardInputCopy() {
+    // A standard input that is closed must not become the copy of itself.
+    if (fcntl(STDIN_FILENO, F_GETFD) >= 0) {
+      descriptor_ = memfd_create("form", MFD_CLOEXEC);
+    }
     error_number_ = descriptor_ >= 0 && copy() ? 0 : errno;
   }
   ~StandardInputCopy() {
@@ -91,7 +96,7 @@ class StandardInputCopy {
     return true;
   }
 
-  int descriptor_;
+  int descriptor_ = -1;
   int error_number_ = 0;
 };
 
