@@ -180,7 +180,7 @@ void replace_number(Dice& dice, std::string& text) {
 }
 
 void stretch_line(Dice& dice, std::string& text) {
-  const std::size_t count = static_cast<std::size_t>(dice.between(480, 520));
+  const auto count = static_cast<std::size_t>(dice.between(480, 520));
   text.insert(dice.one_of(line_starts(text)), count, dice.chance(2) ? ' ' : '#');
 }
 

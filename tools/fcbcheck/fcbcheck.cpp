@@ -83,7 +83,7 @@ ExitStatus check(const Arguments& arguments) {
   const char* const environment = arguments.environment ? arguments.environment->c_str() : nullptr;
   const std::string error = read_environment(environment, reading);
   if (!error.empty()) {
-    complain(shown_name(environment) + ":0: " + error);
+    complain(shown_name(arguments.environment.value_or("")) + ":0: " + error);
     return kWrongInput;
   }
   return Checks(arguments, reading).check_all() ? kGood : kWrongInput;

@@ -126,7 +126,7 @@ void read_standard_input(const Reading& reading, FormFile& form) {
 
 std::string read_environment(const char* path, Reading& reading) {
   if (path != nullptr) {
-    const std::string text = unreadable_text(path);
+    std::string text = unreadable_text(path);
     if (!text.empty()) {
       return text;
     }

@@ -77,17 +77,19 @@ constexpr const char* kStyles =
 
 /// The hatching of what is not printed on.
 constexpr const char* kHatching =
-    "<defs><pattern id=\"hatch\" width=\"6\" height=\"6\" patternUnits=\"userSpaceOnUse\" "
-    "patternTransform=\"rotate(45)\">"
-    "<rect width=\"6\" height=\"6\" fill=\"#eceff1\"/>"
-    "<rect width=\"2\" height=\"6\" fill=\"#d5dce0\"/></pattern></defs>\n";
+    R"(<defs><pattern id="hatch" width="6" height="6" patternUnits="userSpaceOnUse")"
+    R"svg( patternTransform="rotate(45)"><rect width="6" height="6" fill="#eceff1"/>)svg"
+    R"(<rect width="2" height="6" fill="#d5dce0"/></pattern></defs>)"
+    "\n";
 
-constexpr const char* kHatched = "fill=\"url(#hatch)\" stroke=\"#c3ced3\" stroke-width=\"0.5\"";
-constexpr const char* kTopLineStyle = "fill=\"#dff3e4\" stroke=\"#1b7f3b\" stroke-width=\"1.5\"";
+constexpr const char* kHatched = R"svg(fill="url(#hatch)" stroke="#c3ced3" stroke-width="0.5")svg";
+constexpr const char* kOddLineStyle = R"(fill="#ffffff" stroke="#c9d6d0" stroke-width="0.5")";
+constexpr const char* kEvenLineStyle = R"(fill="#f3f8f5" stroke="#c9d6d0" stroke-width="0.5")";
+constexpr const char* kTopLineStyle = R"(fill="#dff3e4" stroke="#1b7f3b" stroke-width="1.5")";
 constexpr const char* kPastEndStyle =
-    "fill=\"#fdecea\" stroke=\"#b3261e\" stroke-width=\"0.75\" stroke-dasharray=\"4 2\"";
-constexpr const char* kRulerStyle = "stroke=\"#546e7a\" stroke-width=\"1\"";
-constexpr const char* kRunStyle = "stroke=\"#90a4ae\" stroke-width=\"1\"";
+    R"(fill="#fdecea" stroke="#b3261e" stroke-width="0.75" stroke-dasharray="4 2")";
+constexpr const char* kRulerStyle = R"(stroke="#546e7a" stroke-width="1")";
+constexpr const char* kRunStyle = R"(stroke="#90a4ae" stroke-width="1")";
 
 /// The size of the text in a line: smaller where lines are narrow. Tenths of a pixel.
 int text_tenths(const LineBox& line) {
@@ -143,7 +145,7 @@ class Picture {
     const int height = form_y_ - kPaperY;
     body_ += rectangle(kPaperX + 3, kPaperY + 3, kPaperWidth, height, "fill=\"#cfd8dc\"");
     body_ += rectangle(kPaperX, kPaperY, kPaperWidth, height,
-                       "fill=\"#fbfcfc\" stroke=\"#78909c\" stroke-width=\"1\"");
+                       R"(fill="#fbfcfc" stroke="#78909c" stroke-width="1")");
     for (const int x : {kPaperX + kStripWidth / 2, kPaperX + kPaperWidth - kStripWidth / 2}) {
       for (int y = kPaperY + 24; y < form_y_; y += 48) {
         body_ += "<circle" + attribute("cx", x) + attribute("cy", y) +
@@ -169,11 +171,9 @@ class Picture {
 
   void add_line(const LineBox& line) {
     const bool past = line.bottom() > layout_.length;
-    const char* const paper = line.number % 2 == 0 ? "#f3f8f5" : "#ffffff";
-    const std::string white =
-        std::string("fill=\"") + paper + "\" stroke=\"#c9d6d0\" stroke-width=\"0.5\"";
+    const char* const paper = line.number % 2 == 0 ? kEvenLineStyle : kOddLineStyle;
     const bool above = line.number < layout_.top_line;
-    add_box(line, past ? kPastEndStyle : above ? kHatched : white);
+    add_box(line, past ? kPastEndStyle : above ? kHatched : paper);
     add_numbers(line, past ? "number past" : "number");
   }
 
@@ -224,7 +224,7 @@ class Picture {
       const int middle = (top + bottom) / 2;
       const int text_y = std::max(middle, free_y + kRunTextHeight / 2);
       body_ += "<path d=\"M" + std::to_string(kRunX) + " " + std::to_string(top) + " h5 V" +
-               std::to_string(bottom) + " h-5\" fill=\"none\" " + kRunStyle + "/>\n";
+               std::to_string(bottom) + R"( h-5" fill="none" )" + kRunStyle + "/>\n";
       if (text_y <= middle + 2 * kRunTextHeight) {
         body_ += segment(kRunX + 5, middle, kRunX + 15, text_y, kRunStyle);
         body_ += label(kRunX + 20, text_y + 4, "class=\"run\"", run_text(run));

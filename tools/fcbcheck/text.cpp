@@ -93,7 +93,7 @@ std::string next_xml_character(std::string_view& text) {
     text.remove_prefix(1);
     return "?";
   }
-  const std::string character(text.substr(0, count));
+  std::string character(text.substr(0, count));
   text.remove_prefix(count);
   switch (code) {
     case '&':
