@@ -26,6 +26,25 @@ FcbTable load(const std::string& path, Status& status) {
   return form;
 }
 
+/// Reads the form again, for the report: a fault exactly when it is refused, on a line of the file.
+void check_report(const std::string& path, std::string_view text, Status expected,
+                  const FcbTable& loaded) {
+  FcbTable form;
+  FcbReport report;
+  const Status status = fcb_read(the_filter().forms, path.c_str(), form, report);
+  require(status == expected, "both readings of a form agree");
+  const FcbFault& fault = report.fault;
+  require((fault.wrong == FcbWrong::nothing) == (status == ST_OK), "a fault is a failure");
+  require(fault.wrong != FcbWrong::file, "a file in memory can be read");
+  const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) +
+                     (text.empty() || text.back() == '\n' ? 0U : 1U);
+  require(fault.line <= lines && (status == ST_OK) == (fault.line == 0), "the line of a fault");
+  require(report.print_line <= lines, "the line of the first line");
+  require(loaded.lpi == form.lpi && loaded.top_line == form.top_line &&
+              loaded.form_halfinch == form.form_halfinch,
+          "both readings give the same form");
+}
+
 std::size_t line_count(const FcbTable& form) {
   return static_cast<std::size_t>(std::find(form.lpi.begin(), form.lpi.end(), 0U) -
                                   form.lpi.begin());
@@ -97,9 +116,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   rlx::testing::the_filter().command_line.stream_variant = rlx::kPlainStream + switches % 3;
   rlx::testing::the_filter().job.page_started = (switches & 8) != 0 ? 1 : 0;
   rlx::testing::the_filter().environment = {1, (switches & 16) != 0 ? 1 : 0};
-  file.set(choices.rest());
+  const std::string_view text = choices.rest();
+  file.set(text);
   rlx::Status status = rlx::ST_OK;
   rlx::FcbTable form = load(path, status);
+  check_report(path, text, status, form);
   if (status == 0) {
     check_form(form);
     walk(form);

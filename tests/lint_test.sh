@@ -34,7 +34,7 @@ write_commands() {
 }
 
 write_project() {
-  mkdir -p src tests/unit build/tests
+  mkdir -p src tools tests/unit build/tests
   printf 'Checks: "-*,modernize-use-nullptr"\nWarningsAsErrors: "*"\nHeaderFilterRegex: "."\n' >.clang-tidy
   printf 'InheritParentConfig: true\n' >tests/.clang-tidy
   write_header nullptr

@@ -18,6 +18,7 @@ quick_test_needs=(/usr/include/gtest/gtest.h:libgtest-dev)
 test_needs=(
   "${quick_test_needs[@]}"
   clang++:clang
+  mandoc:mandoc
   /usr/include/benchmark/benchmark.h:libbenchmark-dev
 )
 

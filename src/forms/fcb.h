@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "job/settings.h"
@@ -29,6 +30,57 @@ struct FcbTable {
   std::int32_t form_halfinch = kDefaultFormHalfinch;
   /// Lines per inch of each line of the form: 3, 4, 6, 8 or 12. A 0 ends the form.
   std::array<std::uint32_t, kFcbEntries> lpi{};
+};
+
+/// Room for a line of a form file, its LF and a NUL included. Longer lines are read as several.
+inline constexpr std::size_t kFcbLineBytes = 512;
+/// A word of a form file, NUL-terminated.
+using FcbWord = std::array<char, kFcbLineBytes>;
+
+/// What is wrong with a form that was refused.
+enum class FcbWrong : std::uint8_t {
+  nothing,
+  file,                  ///< it cannot be opened or read: `error_number`, 0 for no regular file
+  keyword,               ///< `word` is no keyword
+  pitch_missing,         ///< an `lpi` line without words
+  pitch,                 ///< `word` is none of kLinePitches
+  count_missing,         ///< an `lpi` line with one word
+  count_no_number,       ///< `word` does not consist of digits
+  count_above,           ///< `word` is above `limit`
+  too_many_lines,        ///< `value` lines, with those of this `lpi` line, are more than `limit`
+  second_print,          ///< the first `print` line is line `value`
+  first_line_missing,    ///< a `print` line without words
+  first_line_no_number,  ///< `word` does not consist of digits
+  first_line_below,      ///< `word` is below `limit`
+  first_line_above,      ///< `word` is above `limit`
+  length_no_number,      ///< `word` does not consist of digits
+  lines_too_tall,        ///< they take `value`, the form has `limit`, both 1/7200 inch
+  too_few_lines,         ///< `value` lines; printing starts on line `limit`
+};
+
+/// Why a form was refused, and where.
+struct FcbFault {
+  FcbWrong wrong = FcbWrong::nothing;
+  /// The line of the file, from 1; its last one when the form as a whole is wrong (lines_too_tall,
+  /// too_few_lines); 0 for FcbWrong::file.
+  std::size_t line = 0;
+  /// The fault stands behind the first 511 bytes of that line, in what is read as another one.
+  bool in_rest_of_line = false;
+  FcbWord word{};
+  std::int64_t value = 0;
+  std::int64_t limit = 0;
+  int error_number = 0;
+};
+
+/// What was seen in a form file, for those who tell people about forms.
+struct FcbReport {
+  FcbFault fault;
+  /// The `print` line, from 1; 0 when there is none.
+  std::size_t print_line = 0;
+  /// The form length as it stands there; empty when there is none.
+  FcbWord given_length{};
+  /// The form length, 1/7200 inch: cut, raised, but not rounded.
+  std::int32_t length = 0;
 };
 
 /// What a form is read with.
@@ -75,5 +127,10 @@ struct FormReading {
 /// @return ST_OK; 1 on every failure, after "FCB data error" on standard error.
 Status fcb_load(const FormReading& reading, const char* name, FcbTable& table,
                 const ResourceDirectories& directories);
+
+/// Reads the form at a path as fcb_load does, without a message, and tells what was seen.
+/// @param report  set to what was found; its fault is FcbWrong::nothing exactly on success.
+/// @return ST_OK, or 1 on every failure.
+Status fcb_read(const FormReading& reading, const char* path, FcbTable& table, FcbReport& report);
 
 }  // namespace rlx

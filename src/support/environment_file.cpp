@@ -124,8 +124,12 @@ Status tqdxgetenv(EnvironmentFile& environment) {
   if (environment.loaded != 0) {
     return ST_OK;
   }
-  environment.loaded = 1;
-  TextFile file(fixed_paths::kEnvironmentFile);
+  return read_environment_file(fixed_paths::kEnvironmentFile, environment);
+}
+
+Status read_environment_file(const char* path, EnvironmentFile& environment) {
+  environment = {.loaded = 1};
+  TextFile file(path);
   if (!file.is_open()) {
     return kNoEnvironmentFile;
   }

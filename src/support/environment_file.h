@@ -36,4 +36,8 @@ struct EnvironmentFile {
 /// cannot be opened or is no regular file; -2 when it holds no *COMMON section.
 Status tqdxgetenv(EnvironmentFile& environment);
 
+/// The same for the file at a path, whatever was read before.
+/// @return as tqdxgetenv.
+Status read_environment_file(const char* path, EnvironmentFile& environment);
+
 }  // namespace rlx

@@ -62,9 +62,11 @@ TextFile::TextFile(const char* path) {
   // A device is not even opened; some act on it.
   if (!is_regular_file(path)) {
     missing_ = errno == ENOENT;
+    error_number_ = errno;
     return;
   }
   descriptor_ = open_for_reading(path);
+  error_number_ = descriptor_ < 0 ? errno : 0;
   if (descriptor_ >= 0 && !is_regular(descriptor_)) {
     close();
   }
@@ -88,6 +90,9 @@ bool TextFile::refill() {
     count = read(descriptor_, buffer_.data(), buffer_.size());
   } while (count < 0 && errno == EINTR);
   failed_ = count < 0;
+  if (failed_) {
+    error_number_ = errno;
+  }
   if (count <= 0) {
     return false;
   }
@@ -109,6 +114,8 @@ bool TextFile::read_line(std::span<char> line) {
     return false;
   }
   line[length] = '\0';
+  line_number_ += line_ended_ ? 1 : 0;
+  line_ended_ = line[length - 1] == '\n';
   return true;
 }
 

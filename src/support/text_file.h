@@ -33,6 +33,10 @@ class TextFile {
   /// True when there is nothing at the path.
   bool is_missing() const { return missing_; }
 
+  /// Why the file is not open or could not be read on: what errno said, or 0 when it is no regular
+  /// file.
+  int error_number() const { return error_number_; }
+
   /// Reads the next line, as fgets does: up to and with its LF, at most line.size() - 1 bytes, and
   /// a NUL behind them; the rest of a longer line comes with the next call. The last line may lack
   /// its LF.
@@ -40,6 +44,10 @@ class TextFile {
   /// @return false at the end of the file or when it cannot be read on (failed() tells which); the
   /// beginning of a line that cannot be read on is dropped.
   bool read_line(std::span<char> line);
+
+  /// The number, from 1, of the line that read_line gave last; 0 before the first one. Lines end
+  /// with their LF, so all pieces of a long line have the same number.
+  std::size_t line_number() const { return line_number_; }
 
   /// True when the file could not be read to its end.
   bool failed() const { return failed_; }
@@ -55,6 +63,9 @@ class TextFile {
   int descriptor_ = -1;
   bool missing_ = false;
   bool failed_ = false;
+  bool line_ended_ = true;
+  int error_number_ = 0;
+  std::size_t line_number_ = 0;
   Bytes unread_;
   std::array<std::uint8_t, kBufferBytes> buffer_;
 };

@@ -116,6 +116,16 @@ const AllowedArrows& allowed_arrows() {
   return arrows;
 }
 
+const AllowedArrows& allowed_arrows_of_tools() {
+  static const AllowedArrows arrows{
+      {"fcbcheck", {"forms", "support", "job"}},
+      {"forms", {"support", "job"}},
+      {"support", {"job"}},
+      {"job", {}},
+  };
+  return arrows;
+}
+
 std::set<std::string> quoted_includes(std::string_view source) {
   std::set<std::string> names;
   std::istringstream lines{std::string(source)};

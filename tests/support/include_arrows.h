@@ -17,6 +17,9 @@ using AllowedArrows = std::map<std::string, std::set<std::string>>;
 /// Who may include whom in src/.
 const AllowedArrows& allowed_arrows();
 
+/// Who may include whom in tools/, and what of src/ they may include.
+const AllowedArrows& allowed_arrows_of_tools();
+
 /// The names in the #include "..." lines of a source.
 std::set<std::string> quoted_includes(std::string_view source);
 

@@ -53,6 +53,16 @@ class EnvironmentFileTest : public ::testing::Test {
   testing::ScratchDirectory scratch_;
 };
 
+TEST_F(EnvironmentFileTest, AnyFileCanBeReadByItsPath) {
+  EnvironmentFile environment{.loaded = 1, .fcbprint_halfinch = 1};
+  EXPECT_EQ(read_environment_file("none", environment), kNoEnvironmentFile);
+  EXPECT_EQ(environment.loaded, 1);
+  EXPECT_EQ(environment.fcbprint_halfinch, 0);
+  write_file("mine", "*COMMON\nFCBPRINT:2\n");
+  EXPECT_EQ(read_environment_file("mine", environment), 0);
+  EXPECT_EQ(environment.fcbprint_halfinch, 1);
+}
+
 TEST_F(EnvironmentFileTest, NoFileGivesMinusOneAndZero) {
   EXPECT_EQ(tqdxgetenv(the_filter().environment), -1);
   EXPECT_EQ(the_filter().environment.fcbprint_halfinch, 0);

@@ -17,6 +17,19 @@ TEST(IncludeArrows, SourcesFollowTheRules) {
   }
 }
 
+TEST(IncludeArrows, ToolsTakeOfTheFilterWhatTheyMay) {
+  Includes includes = read_includes(RLX_TOOLS_DIRECTORY);
+  EXPECT_TRUE(includes.contains("fcbcheck/fcbcheck.cpp"));
+  for (const auto& [file, targets] : read_includes(RLX_SOURCE_DIRECTORY)) {
+    if (allowed_arrows_of_tools().contains(file.substr(0, file.rfind('/')))) {
+      includes.emplace(file, targets);
+    }
+  }
+  for (const std::string& fault : include_faults(includes, allowed_arrows_of_tools())) {
+    ADD_FAILURE() << fault;
+  }
+}
+
 // The checker itself, on made-up sources.
 
 TEST(IncludeArrowsChecker, ReadsQuotedIncludesOnly) {

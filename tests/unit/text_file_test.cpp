@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -67,6 +68,40 @@ TEST_F(TextFileTest, LinesMayCrossTheBufferAnywhere) {
     write_file("file", first + "\nsecond\nthird");
     EXPECT_EQ(lines_of("file", 9000), (Lines{first + "\n", "second\n", "third"})) << before;
   }
+}
+
+/// The numbers of all lines of a file, with room for `room` bytes each.
+std::vector<std::size_t> line_numbers_of(const std::string& path, std::size_t room) {
+  TextFile file(path.c_str());
+  EXPECT_EQ(file.line_number(), 0U);
+  std::vector<std::size_t> numbers;
+  std::vector<char> line(room);
+  while (file.read_line(line)) {
+    numbers.push_back(file.line_number());
+  }
+  EXPECT_EQ(file.line_number(), numbers.empty() ? 0 : numbers.back());
+  return numbers;
+}
+
+TEST_F(TextFileTest, LinesAreCountedByTheirEnds) {
+  using Numbers = std::vector<std::size_t>;
+  write_file("file", testing::bytes("ab\0d\n\n\nlast"));
+  EXPECT_EQ(line_numbers_of("file", 512), (Numbers{1, 2, 3, 4}));
+  EXPECT_EQ(line_numbers_of("file", 3), (Numbers{1, 1, 1, 2, 3, 4, 4}));
+  write_file("file", "");
+  EXPECT_EQ(line_numbers_of("file", 512), Numbers{});
+}
+
+TEST_F(TextFileTest, TellsWhyItIsNotOpenOrCannotBeReadOn) {
+  EXPECT_EQ(TextFile("none").error_number(), ENOENT);
+  EXPECT_EQ(TextFile("/dev/null").error_number(), 0);
+  write_file("file", "one\n");
+  EXPECT_EQ(TextFile("file/x").error_number(), ENOTDIR);
+  TextFile memory("/proc/self/mem");
+  std::array<char, 8> line{};
+  EXPECT_FALSE(memory.read_line(line));
+  EXPECT_TRUE(memory.failed());
+  EXPECT_EQ(memory.error_number(), EIO);
 }
 
 TEST_F(TextFileTest, ANulIsAByteOfTheLine) {
