@@ -14,7 +14,7 @@ constexpr std::size_t kEndingAt = 14;
 /// The ten digits and the two bytes of the ending, which a "/a" counts too.
 constexpr std::uint64_t kCountedHeader = 12;
 
-constexpr std::array<std::uint8_t, 6> kJobStart{kEsc, 0x7f, 0, 0, 1, 6};
+constexpr std::array<std::uint8_t, kJobStartBytes> kJobStart{kEsc, 0x7f, 0, 0, 1, 6};
 constexpr std::array<std::uint8_t, 8> kJobEnd{kEsc, 'c', kEsc, 0x7f, 0, 0, 1, 0};
 
 bool is_digit(std::uint8_t byte) {
@@ -42,6 +42,17 @@ std::optional<std::uint64_t> BlockHeader::payload() const {
     return count;
   }
   return count < kCountedHeader ? std::nullopt : std::optional(count - kCountedHeader);
+}
+
+std::uint64_t count_for(Ending ending, std::uint64_t payload) {
+  return ending == Ending::data ? payload + kCountedHeader : payload;
+}
+
+std::string header_bytes(const BlockHeader& header) {
+  std::string digits = std::to_string(header.count);
+  digits.insert(0, kEndingAt - kCountAt - digits.size(), '0');
+  return std::string("\x1bQ") + header.kind + ';' + digits +
+         (header.ending == Ending::data ? "/a" : "/`");
 }
 
 std::optional<BlockHeader> parse_header(Bytes bytes) {

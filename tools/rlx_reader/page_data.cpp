@@ -1,9 +1,11 @@
 #include "rlx_reader/page_data.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string_view>
 
 #include "rlx_reader/sequence.h"
+#include "rlx_reader/sequence_shape.h"
 
 namespace rlx::reader {
 
@@ -12,9 +14,13 @@ namespace {
 constexpr std::uint8_t kEsc = 0x1b;
 constexpr std::uint8_t kFs = 0x1c;
 constexpr std::uint8_t kDel = 0x7f;
-/// Longest sequence; one that goes on is none.
-constexpr std::size_t kMostSequence = 4096;
 constexpr std::size_t kFixedRows = 24;
+constexpr std::size_t kCodeBytes = 2;
+
+/// The fronts of the three forms of a download.
+constexpr std::string_view kFixed{"\x1c\x32\x30", 3};        // FS "20"
+constexpr std::string_view kNibbles{"\x1c\x32\x31", 3};      // FS "21"
+constexpr std::string_view kUnencoded{"\x1b\x51\x30 D", 5};  // ESC "Q0 D"
 
 bool is_single(std::uint8_t byte) {
   return byte >= 0x20 && byte < kDel;
@@ -48,28 +54,21 @@ bool begins_with(Bytes bytes, std::string_view front) {
          });
 }
 
-/// True when the bytes are the beginning of `front`, which is longer.
-bool may_become(Bytes bytes, std::string_view front) {
-  return bytes.size() < front.size() && begins_with(bytes, front.substr(0, bytes.size()));
-}
-
-/// A whole sequence that ends at the first byte for which `is_final` holds.
-template <typename IsFinal>
-std::size_t length_to(Bytes bytes, std::size_t from, IsFinal is_final) {
-  const std::size_t most = std::min(bytes.size(), kMostSequence);
-  for (std::size_t at = from; at < most; ++at) {
-    if (is_final(bytes[at], bytes[at - 1])) {
-      return at + 1;
-    }
-  }
-  return 0;
-}
-
 /// Counts bytes at the front for which a rule holds.
 template <typename Rule>
-std::size_t front(Bytes bytes, Rule rule) {
+std::size_t count_front(Bytes bytes, Rule rule) {
   return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), rule) -
                                   bytes.begin());
+}
+
+/// Bytes of the whole characters with lead bytes at the front.
+std::size_t double_text_length(Bytes bytes) {
+  std::size_t length = 0;
+  while (length < bytes.size() && character_length(bytes[length]) > 1 &&
+         bytes.size() - length >= character_length(bytes[length])) {
+    length += character_length(bytes[length]);
+  }
+  return length;
 }
 
 /// Dots of a pattern of half bytes, four dots in each character.
@@ -86,115 +85,72 @@ std::vector<std::uint8_t> dots_of_nibbles(Bytes pattern, std::size_t rows) {
   return dots;
 }
 
+/// A size of downloads that can be read, else 0.
+std::size_t readable_rows(std::uint64_t rows) {
+  return rows <= PageDataReader::kMostRows ? static_cast<std::size_t>(rows) : 0;
+}
+
 }  // namespace
 
-PageDataReader::Cut PageDataReader::cut_text(Bytes bytes) const {
-  if (is_single(bytes[0])) {
-    return {TokenKind::text, front(bytes, is_single)};
-  }
-  if (character_length(bytes[0]) == 1) {
-    return {TokenKind::invalid, front(bytes, [](std::uint8_t byte) {
-              return byte >= 0x80 && character_length(byte) == 1;
-            })};
-  }
-  std::size_t length = 0;
-  while (length < bytes.size() && character_length(bytes[length]) > 1 &&
-         bytes.size() - length >= character_length(bytes[length])) {
-    length += character_length(bytes[length]);
-  }
-  return {TokenKind::double_text, length};
-}
-
-/// A download of `header` bytes, a code of two and a pattern.
-PageDataReader::Cut PageDataReader::cut_download(Bytes bytes, std::size_t header,
-                                                 std::size_t pattern) const {
-  const std::size_t length = header + 2 + pattern;
-  return {TokenKind::glyph, bytes.size() < length ? 0 : length};
-}
-
 PageDataReader::Cut PageDataReader::cut_field(Bytes bytes) const {
-  constexpr std::string_view kDownloadFixed =
-      "\x1c"
-      "20";
-  constexpr std::string_view kDownload =
-      "\x1c"
-      "21";
-  if (bytes.size() < 2) {
+  if (begins_with(bytes, kFixed)) {
+    return {TokenKind::glyph, kFixed.size() + kCodeBytes + kFixedRows * kFixedRows / 4};
+  }
+  if (begins_with(bytes, kNibbles) && glyph_rows_ != 0) {
+    return {TokenKind::glyph, kNibbles.size() + kCodeBytes + glyph_rows_ * ((glyph_rows_ + 3) / 4)};
+  }
+  if (bytes.size() == 2 && begins_with(bytes, kFixed.substr(0, 2))) {
     return {};
   }
-  if (bytes[1] == 'J' || bytes[1] == 'K') {
-    return {TokenKind::sequence, 2};
-  }
-  if (may_become(bytes, kDownload)) {
-    return {};
-  }
-  if (begins_with(bytes, kDownloadFixed)) {
-    return cut_download(bytes, kDownloadFixed.size(), kFixedRows * kFixedRows / 4);
-  }
-  if (begins_with(bytes, kDownload)) {
-    return cut_download(bytes, kDownload.size(), glyph_rows_ * ((glyph_rows_ + 3) / 4));
-  }
-  if (std::string_view("\"$%&(*0").find(static_cast<char>(bytes[1])) == std::string_view::npos) {
-    return {TokenKind::unknown, 2};
-  }
-  const std::size_t length = length_to(
-      bytes, 2, [](std::uint8_t byte, std::uint8_t) { return byte >= 'p' && byte <= 'y'; });
-  return {TokenKind::sequence, length};
+  const std::size_t length = sequence_length(bytes);
+  const bool known = bytes.size() < 2 || length != 2 || bytes[1] == 'J' || bytes[1] == 'K';
+  return {known ? TokenKind::sequence : TokenKind::unknown, length};
 }
 
 PageDataReader::Cut PageDataReader::cut_escape(Bytes bytes) const {
-  constexpr std::string_view kUnencoded = "\x1bQ0 D";
-  if (bytes.size() < 2) {
-    return {};
-  }
-  switch (bytes[1]) {
-    case 'c':
-      return {TokenKind::sequence, 2};
-    case '$':
-    case '(':
-      return {TokenKind::sequence, bytes.size() < 3 ? std::size_t{0} : 3};
-    case kDel:
-      return {TokenKind::sequence, bytes.size() < 6 ? std::size_t{0} : 6};
-    case '[':
-      return {TokenKind::sequence, length_to(bytes, 2, [](std::uint8_t byte, std::uint8_t) {
-                return byte >= 0x40 && byte < kDel;
-              })};
-    case 'Q':
-      break;
-    default:
-      return {TokenKind::unknown, 2};
-  }
   if (begins_with(bytes, kUnencoded) && glyph_rows_ != 0) {
-    return cut_download(bytes, kUnencoded.size(), glyph_rows_ * ((glyph_rows_ + 7) / 8));
+    return {TokenKind::glyph,
+            kUnencoded.size() + kCodeBytes + glyph_rows_ * ((glyph_rows_ + 7) / 8)};
   }
-  return {TokenKind::sequence, length_to(bytes, 2, [](std::uint8_t byte, std::uint8_t before) {
-            return byte >= 0x40 && (byte < kDel || (byte == kDel && before == '!'));
-          })};
+  const std::size_t length = sequence_length(bytes);
+  const bool known = bytes.size() < 2 || length != 2 || bytes[1] == 'c';
+  return {known ? TokenKind::sequence : TokenKind::unknown, length};
 }
 
+/// The token that the bytes begin with. Only the length of a glyph may be more than there is.
 PageDataReader::Cut PageDataReader::cut_token(Bytes bytes) const {
   if (bytes[0] == kEsc || bytes[0] == kFs) {
     const Cut cut = bytes[0] == kEsc ? cut_escape(bytes) : cut_field(bytes);
     const bool too_long = cut.length == 0 && bytes.size() >= kMostSequence;
     return too_long ? Cut{TokenKind::unknown, 2} : cut;
   }
-  return is_control(bytes[0]) ? Cut{TokenKind::control, 1} : cut_text(bytes);
+  if (is_control(bytes[0])) {
+    return {TokenKind::control, 1};
+  }
+  if (is_single(bytes[0])) {
+    return {TokenKind::text, count_front(bytes, is_single)};
+  }
+  if (character_length(bytes[0]) > 1) {
+    return {TokenKind::double_text, double_text_length(bytes)};
+  }
+  return {TokenKind::invalid, count_front(bytes, [](std::uint8_t byte) {
+            return byte >= 0x80 && character_length(byte) == 1;
+          })};
 }
 
 void PageDataReader::note_sequence(Bytes bytes) {
   data_left_ = counted_data(bytes);
   if (bytes[0] == kFs && bytes[1] == '0') {
-    glyph_rows_ = static_cast<std::size_t>(numeric_form(bytes.subspan(2)).value_or(0));
+    glyph_rows_ = readable_rows(numeric_form(bytes.subspan(2)).value_or(0));
   }
 }
 
 void PageDataReader::emit_glyph(Bytes bytes, std::uint64_t offset) {
   const bool unencoded = bytes[0] == kEsc;
-  const std::size_t header = unencoded ? 5 : 3;
-  const bool fixed = !unencoded && bytes[2] == '0';
-  const Bytes pattern = bytes.subspan(header + 2);
-  glyph_.code = {bytes[header], bytes[header + 1]};
-  glyph_.rows = fixed ? kFixedRows : glyph_rows_;
+  const std::size_t code_at = unencoded ? kUnencoded.size() : kFixed.size();
+  const Bytes pattern = bytes.subspan(code_at + kCodeBytes);
+  glyph_.code = {bytes[code_at], bytes[code_at + 1]};
+  glyph_.rows = begins_with(bytes, kFixed) ? kFixedRows : glyph_rows_;
   if (unencoded) {
     glyph_.dots.assign(pattern.begin(), pattern.end());
   } else {
@@ -214,60 +170,96 @@ void PageDataReader::emit(TokenKind kind, Bytes bytes, std::uint64_t offset) {
   visitor_.token({kind, offset, bytes, nullptr});
 }
 
-/// @return the bytes that were whole tokens.
+/// Reads the token at the front. @return its bytes; 0 when it is not whole.
+std::size_t PageDataReader::read_one(Bytes bytes, std::uint64_t offset) {
+  Cut cut;
+  if (data_left_ != 0) {
+    cut = {TokenKind::data, std::min<std::uint64_t>(bytes.size(), data_left_)};
+    data_left_ -= cut.length;
+  } else {
+    cut = cut_token(bytes);
+  }
+  if (cut.length == 0 || cut.length > bytes.size()) {
+    return 0;
+  }
+  emit(cut.kind, bytes.first(cut.length), offset);
+  return cut.length;
+}
+
+/// Reads whole tokens. @return their bytes.
 std::size_t PageDataReader::read_some(Bytes bytes, std::uint64_t offset) {
   std::size_t at = 0;
   while (at < bytes.size()) {
-    Bytes rest = bytes.subspan(at);
-    if (data_left_ != 0) {
-      rest = rest.first(std::min<std::uint64_t>(rest.size(), data_left_));
-      data_left_ -= rest.size();
-      emit(TokenKind::data, rest, offset + at);
-      at += rest.size();
-      continue;
-    }
-    const Cut cut = cut_token(rest);
-    const std::size_t length = std::min(cut.length, rest.size());
-    if (cut.length == 0) {
+    const std::size_t length = read_one(bytes.subspan(at), offset + at);
+    if (length == 0) {
       break;
     }
-    emit(cut.kind, rest.first(length), offset + at);
     at += length;
   }
   return at;
 }
 
-void PageDataReader::feed(Bytes bytes, std::uint64_t offset) {
-  // A token that waits takes what it needs from the front, a few bytes at a time.
-  while (!waiting_.empty() && !bytes.empty()) {
-    const std::size_t before = waiting_.size();
-    const std::size_t more = std::min<std::size_t>(bytes.size(), 64);
-    waiting_.insert(waiting_.end(), bytes.begin(),
-                    bytes.begin() + static_cast<std::ptrdiff_t>(more));
-    const std::size_t taken = read_some(waiting_, waiting_offset_);
-    if (taken < before) {
-      bytes = bytes.subspan(more);
-      offset += more;
-      continue;
+void PageDataReader::wait(Bytes bytes, std::uint64_t offset) {
+  waiting_.insert(waiting_.end(), bytes.begin(), bytes.end());
+  waiting_offsets_.resize(waiting_.size());
+  std::iota(waiting_offsets_.end() - static_cast<std::ptrdiff_t>(bytes.size()),
+            waiting_offsets_.end(), offset);
+}
+
+void PageDataReader::forget_waiting(std::size_t count) {
+  const auto front = static_cast<std::ptrdiff_t>(count);
+  waiting_.erase(waiting_.begin(), waiting_.begin() + front);
+  waiting_offsets_.erase(waiting_offsets_.begin(), waiting_offsets_.begin() + front);
+}
+
+/// Reads the whole tokens of what waits: there are some when a sequence turned out to be none.
+void PageDataReader::read_waiting() {
+  std::size_t at = 0;
+  while (at < waiting_.size()) {
+    const std::size_t length = read_one(Bytes(waiting_).subspan(at), waiting_offsets_[at]);
+    if (length == 0) {
+      break;
     }
-    waiting_.clear();
-    bytes = bytes.subspan(taken - before);
-    offset += taken - before;
+    at += length;
   }
-  if (bytes.empty()) {
-    return;
+  forget_waiting(at);
+}
+
+/// Completes the token that waits. @return the bytes behind it; none when it still waits.
+Bytes PageDataReader::complete_waiting(Bytes bytes, std::uint64_t offset) {
+  const std::size_t before = waiting_.size();
+  wait(bytes, offset);
+  const std::size_t length = read_one(waiting_, waiting_offsets_[0]);
+  if (length > before) {
+    forget_waiting(waiting_.size());
+    return bytes.subspan(length - before);
+  }
+  forget_waiting(length);
+  if (length != 0) {
+    read_waiting();
+  }
+  return {};
+}
+
+void PageDataReader::feed(Bytes bytes, std::uint64_t offset) {
+  // More than any token needs, so that what waits is not read again and again.
+  constexpr std::size_t kPortion = 4 * kMostSequence;
+  while (!waiting_.empty() && !bytes.empty()) {
+    const std::size_t portion = std::min(bytes.size(), kPortion);
+    const std::size_t left = complete_waiting(bytes.first(portion), offset).size();
+    bytes = bytes.subspan(portion - left);
+    offset += portion - left;
   }
   const std::size_t taken = read_some(bytes, offset);
-  waiting_.assign(bytes.begin() + static_cast<std::ptrdiff_t>(taken), bytes.end());
-  waiting_offset_ = offset + taken;
+  wait(bytes.subspan(taken), offset + taken);
 }
 
 void PageDataReader::finish() {
   if (!waiting_.empty()) {
     const bool text = waiting_[0] != kEsc && waiting_[0] != kFs;
     visitor_.token(
-        {text ? TokenKind::invalid : TokenKind::unknown, waiting_offset_, waiting_, nullptr});
-    waiting_.clear();
+        {text ? TokenKind::invalid : TokenKind::unknown, waiting_offsets_[0], waiting_, nullptr});
+    forget_waiting(waiting_.size());
   }
   data_left_ = 0;
 }

@@ -44,18 +44,27 @@ class TokenVisitor {
 };
 
 /// Cuts page data, or the payload of carried settings and page headers, into tokens. Their shapes
-/// are those of docs/rlx.md, section 6 and 10. Characters are told by their lead bytes.
+/// are those of docs/rlx.md, "The page data" and "User-defined characters". Characters are told by
+/// their lead bytes. Every byte is in one token, and the tokens come in the order of the bytes.
 class PageDataReader {
  public:
   explicit PageDataReader(TokenVisitor& visitor) : visitor_(visitor) {}
 
-  /// Reads on. Bytes may be fed in portions of any size; a token that they cut waits for the next.
-  /// @param offset  where in the stream the first of them stands.
+  /// Reads on. Bytes may be fed in portions of any size; a token that they cut waits for the next
+  /// ones, but text and counted data come as far as they are there.
+  /// @param offset  where in the stream the first of them stands. Between portions it may leap, as
+  ///                it does from one block's payload to the next.
   void feed(Bytes bytes, std::uint64_t offset);
 
   /// No more bytes follow: what waits is told as it is (a cut character as `invalid`, a cut
-  /// sequence or download as `unknown`).
+  /// sequence or download as `unknown`). The next bytes begin a new token.
   void finish();
+
+  /// True when the bytes so far are whole tokens, and no counted data is missing.
+  bool is_whole() const { return waiting_.empty() && data_left_ == 0; }
+
+  /// Rows of the largest glyph that is read; a larger size counts as none.
+  static constexpr std::size_t kMostRows = 512;
 
  private:
   struct Cut {
@@ -64,19 +73,23 @@ class PageDataReader {
   };
 
   std::size_t read_some(Bytes bytes, std::uint64_t offset);
+  std::size_t read_one(Bytes bytes, std::uint64_t offset);
   Cut cut_token(Bytes bytes) const;
-  Cut cut_text(Bytes bytes) const;
   Cut cut_escape(Bytes bytes) const;
   Cut cut_field(Bytes bytes) const;
-  Cut cut_download(Bytes bytes, std::size_t header, std::size_t pattern) const;
   void emit(TokenKind kind, Bytes bytes, std::uint64_t offset);
   void note_sequence(Bytes bytes);
   void emit_glyph(Bytes bytes, std::uint64_t offset);
 
+  void wait(Bytes bytes, std::uint64_t offset);
+  void forget_waiting(std::size_t count);
+  void read_waiting();
+  Bytes complete_waiting(Bytes bytes, std::uint64_t offset);
+
   TokenVisitor& visitor_;
-  /// Bytes that are not whole tokens yet, and where they began.
+  /// Bytes that are no whole token yet, and where each of them stands.
   std::vector<std::uint8_t> waiting_;
-  std::uint64_t waiting_offset_ = 0;
+  std::vector<std::uint64_t> waiting_offsets_;
   /// Data bytes that still belong to the last sequence.
   std::uint64_t data_left_ = 0;
   /// Rows of the downloads that follow, as FS "0" said last; 0 before.

@@ -13,7 +13,10 @@ namespace rlx::reader {
 /// 70 + d. @return nothing when the bytes are not such a number.
 std::optional<std::uint64_t> numeric_form(Bytes bytes);
 
-/// Bytes of counted data that follow a sequence.
+/// A number in decimal digits, at most 18. @return nothing when the bytes are not such a number.
+std::optional<std::uint64_t> decimal_number(Bytes bytes);
+
+/// Bytes of counted data that follow a sequence: 0 to 9999999. A malformed count is 0.
 /// @param sequence  whole, up to its final byte.
 std::uint64_t counted_data(Bytes sequence);
 
@@ -23,7 +26,9 @@ std::vector<std::optional<std::uint64_t>> q_fields(Bytes sequence);
 /// A parameter of a sequence, as people read it.
 struct Parameter {
   std::string name;   ///< such as "pitch"
-  std::string value;  ///< such as "1200/7200 in (6 lines per inch)"
+  std::string value;  ///< such as "1200/7200 in = 12/72 in, 6 lines per inch"
+  /// The number in the sequence, such as 1200; nothing when there is none, or the value is a word.
+  std::optional<std::uint64_t> number = std::nullopt;
 };
 
 /// What a sequence is, as people read it.
