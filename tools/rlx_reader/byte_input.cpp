@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t kBufferBytes = std::size_t{1} << 20;
 
-[[noreturn]] void fail(const std::string& name) {
-  throw std::system_error(errno, std::generic_category(), name);
+[[noreturn]] void fail(int error, const std::string& name) {
+  throw std::system_error(error, std::generic_category(), name);
 }
 
 }  // namespace
@@ -24,7 +24,7 @@ FileInput::FileInput(const std::string& path)
       descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)),
       buffer_(kBufferBytes + kMostLookAhead) {
   if (descriptor_ < 0) {
-    fail(name_);
+    fail(errno, name_);
   }
 }
 
@@ -44,7 +44,8 @@ void FileInput::read_on() {
     got = read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
   } while (got < 0 && errno == EINTR);
   if (got < 0) {
-    fail(name_);
+    const int error = errno;
+    fail(error, name_ + ": byte " + std::to_string(offset_ + end_));
   }
   ended_ = got == 0;
   end_ += static_cast<std::size_t>(got);

@@ -68,16 +68,11 @@ std::string paper_name(Number series, Number size) {
   if (!series || !size) {
     return "?";
   }
-  switch (*series) {
-    case 0:
-      return "A" + std::to_string(*size);
-    case 1:
-      return "B" + std::to_string(*size);
-    case 3:
-      return "letter";
-    default:
-      return "?";
+  if (*series == 3) {
+    return "letter";
   }
+  std::string name(1, *series == 0 ? 'A' : 'B');
+  return *series > 1 ? "?" : name.append(std::to_string(*size));
 }
 
 std::string tray_name(Number tray) {
