@@ -6,3 +6,12 @@ set(RLX_FILTER_DIRECTORY "${CMAKE_INSTALL_LIBEXECDIR}" CACHE STRING
 
 install(TARGETS zqeuctorlx RUNTIME DESTINATION "${RLX_FILTER_DIRECTORY}")
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/zqeuctorlx.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")
+
+# The programs around the filter, which the users call.
+if(TARGET rlxproof)
+  # From the folder of the program to that of the filter.
+  target_compile_definitions(rlxproof_core PRIVATE RLX_FILTER_DIRECTORY="${RLX_FILTER_DIRECTORY}")
+  install(TARGETS rlxproof RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES ${PROJECT_SOURCE_DIR}/tools/rlxproof/rlxproof.1
+          DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+endif()
