@@ -85,14 +85,13 @@ std::string valid_utf8(const std::string& text) {
   return valid.get();
 }
 
+/// @param lack  what is not drawn, in few words; empty when there is nothing.
 void paint_heading(cairo_t* cairo, Fonts& fonts, double width, const std::string& heading,
-                   bool has_note) {
+                   const std::string& lack) {
   const LayoutPtr layout = make_layout(fonts, kHeadingSize, width - 2 * kSide);
-  const std::string note =
-      has_note ? std::string("   <span color='#b23829'>not all is drawn</span>") : std::string();
+  const std::string note = lack.empty() ? "" : "   " + escaped(valid_utf8(lack));
   const std::string markup =
-      "<span color='#b23829' weight='bold' letter_spacing='700'>PROOF</span>" + note + "   " +
-      escaped(valid_utf8(heading));
+      "<span color='#b23829'><b>PROOF</b>" + note + "</span>   " + escaped(valid_utf8(heading));
   pango_layout_set_markup(layout.get(), markup.data(), static_cast<int>(markup.size()));
   use_colour(cairo, kGrey);
   cairo_move_to(cairo, kSide, kHeadingTop);
@@ -165,22 +164,25 @@ std::string heading_of(const Sheet& sheet, const std::string& job) {
   add_named(text, "copies ", page.copies);
   add_named(text, "overlay ", overlay_of(page));
   add_named(text, "form code ", page.form_code);
+  if (sheet.spacing != 0) {
+    add(text, "character spacing " + std::to_string(sheet.spacing) + ", not drawn");
+  }
   return text;
 }
 
 void paint_margins(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const std::string& job,
                    const std::string& note) {
-  paint_heading(cairo, fonts, sheet.settings.width(), heading_of(sheet, job), !sheet.note.empty());
   use_colour(cairo, kGrey);
-  if (!note.empty() && !paint_note_below(cairo, fonts, sheet, note)) {
-    paint_note_beside(cairo, fonts, sheet, note);
-  }
+  const bool is_told = note.empty() || paint_note_below(cairo, fonts, sheet, note) ||
+                       paint_note_beside(cairo, fonts, sheet, note);
+  const std::string lack = note.empty() ? "" : is_told ? "not all is drawn" : "not drawn: " + note;
+  paint_heading(cairo, fonts, sheet.settings.width(), heading_of(sheet, job), lack);
 }
 
 void paint_message(cairo_t* cairo, Fonts& fonts, const std::string& job,
                    const std::string& message) {
   constexpr double kMessageSize = 11;
-  paint_heading(cairo, fonts, default_paper().width, job, false);
+  paint_heading(cairo, fonts, default_paper().width, job, {});
   const LayoutPtr layout = make_layout(fonts, kMessageSize, default_paper().width - 4 * kSide);
   pango_layout_set_text(layout.get(), message.data(), static_cast<int>(message.size()));
   use_colour(cairo, kGrey);

@@ -14,8 +14,7 @@ namespace rlx::proof {
 std::string heading_of(const Sheet& sheet, const std::string& job);
 
 /// Draws the heading above the first line, and the note of what is not drawn where no text is: at
-/// the lower edge, or at the right one. Where both are taken, only the heading tells that there
-/// is a note.
+/// the lower edge, or at the right one. Where both are taken it stands in the heading.
 /// @param note  as text; empty for none.
 void paint_margins(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const std::string& job,
                    const std::string& note);

@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "rlxproof/colours.h"
+
 namespace rlx::proof {
 
 namespace {
@@ -125,6 +127,7 @@ class PictureOutput : public Output {
     cairo_paint(cairo.get());
     cairo_scale(cairo.get(), kScale, kScale);
     painter.paint(cairo.get(), sheet);
+    paint_edge(cairo.get(), sheet);
     const std::string path = folder_ / name_of(sheet);
     require_success(cairo_status(cairo.get()), path);
     require_success(cairo_surface_write_to_png(surface.get(), path.c_str()), path);
@@ -133,6 +136,14 @@ class PictureOutput : public Output {
   void finish(ProofPainter& /*painter*/, const std::string& /*empty_reason*/) override {}
 
  private:
+  /// Where the paper ends cannot be seen on a white page otherwise.
+  static void paint_edge(cairo_t* cairo, const Sheet& sheet) {
+    use_colour(cairo, kFaint);
+    cairo_set_line_width(cairo, 2 * kPointsPerInch / kPictureDotsPerInch);
+    cairo_rectangle(cairo, 0, 0, sheet.settings.width(), sheet.settings.height());
+    cairo_stroke(cairo);
+  }
+
   static std::string name_of(const Sheet& sheet) {
     std::array<char, 64> name{};
     std::snprintf(name.data(), name.size(), "page-%03llu-%llu.png",

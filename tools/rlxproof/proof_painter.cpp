@@ -12,11 +12,7 @@ std::string note_of(const Sheet& sheet, std::uint64_t missing) {
   if (missing != 0) {
     note.add("character that no font here has", missing);
   }
-  std::string text = text_of(note);
-  if (sheet.spacing != 0) {
-    text += (text.empty() ? "" : ", ") + ("character spacing " + std::to_string(sheet.spacing));
-  }
-  return text;
+  return text_of(note);
 }
 
 }  // namespace

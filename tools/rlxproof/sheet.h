@@ -46,12 +46,12 @@ struct Sheet {
   std::uint64_t number = 1;  ///< within its page, from 1
   Side side = Side::only;
   PageSettings settings;
-  double left = 0;          ///< x of the first column
-  double top = 0;           ///< y of the first line
-  double column_width = 0;  ///< of the first character; of the character pitch when there is none
-  double down = 1;          ///< reduction down, where the sheet begins
-  std::uint64_t spacing = 0;
-  std::vector<Line> lines;  ///< those that begin on the paper, in the order of the job
+  double left = 0;            ///< x of the first column
+  double top = 0;             ///< y of the first line
+  double column_width = 0;    ///< of the first character; of the character pitch when there is none
+  double down = 1;            ///< reduction down, where the sheet begins
+  std::uint64_t spacing = 0;  ///< the last one that FS "&" set; 0 for none
+  std::vector<Line> lines;    ///< those that begin on the paper, in the order of the job
   std::vector<Cell> cells;
   double lowest = 0;  ///< the lowest edge of a cell's line
   Note note;

@@ -133,7 +133,7 @@ void SheetWriter::open() {
   sheet_.top = page_.top.value_or(kDefaultOffset);
   sheet_.column_width = 0;
   sheet_.down = text_.down;
-  sheet_.spacing = 0;
+  sheet_.spacing = text_.spacing;
   sheet_.lines.clear();
   sheet_.cells.clear();
   sheet_.lowest = 0;
@@ -151,7 +151,6 @@ void SheetWriter::feed_sheet() {
   if (sheet_.column_width == 0) {
     sheet_.column_width = text_.single_cell();
   }
-  sheet_.spacing = text_.spacing;
   visitor_.sheet(sheet_);
   is_open_ = false;
   if (sheets_are_pages_) {
@@ -385,6 +384,7 @@ void SheetWriter::sequence(Bytes bytes) {
   const double pitch = text_.line_pitch;
   const double down = text_.down;
   if (apply_text_sequence(bytes, text_)) {
+    sheet_.spacing = text_.spacing;
     const bool is_pitch = bytes[0] == kFs && bytes[1] == '%';
     if (is_pitch || pitch != text_.line_pitch || down != text_.down) {
       change_height();
