@@ -21,9 +21,9 @@ struct G1GaijiRange {
 };
 
 /// Reads the range. No file, or an empty one, declares no range.
-/// @return ST_OK when the range was read or none is declared; 1 after an error, which has been
-/// reported
-/// ("g1gaiji file error" or "g1gaiji code error"). `range.valid` is 1 only after a range was read.
+/// @return ST_OK when the range was read or none is declared; ST_FAILED after an error, which has
+/// been reported ("g1gaiji file error" or "g1gaiji code error"). `range.valid` is 1 only after a
+/// range was read.
 Status g1gaiji_load(const Messages& messages, G1GaijiRange& range);
 
 }  // namespace rlx

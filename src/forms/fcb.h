@@ -109,10 +109,11 @@ struct FormReading {
 ///   2400, 1800, 1200, 900 or 600; the count is 0 to 255. No `lpi` lines (or none that adds a line)
 ///   means 6 lines to the inch all over the form.
 /// - `print <first line> [<length>]`, at most once, anywhere. The first line is 1 to 255; without
-///   the whole line it is 4. The length is cut to 144000 (20 inches), or to 100800 (14 inches) for
-///   stream variant 4, and raised to 7200 (1 inch), or to 25200 (3.5 inches) for stream variant 4;
-///   without it the form is 11 inches long. One that is not a number of whole inches is rounded for
-///   the printer: up to the inch, or down to the half inch when the environment file says so.
+///   a `print` line it is 4. The length is cut to 144000 (20 inches), or for kShortFormStream to
+///   100800 (14 inches), and raised to 7200 (1 inch), or for kShortFormStream to 25200 (3.5
+///   inches); without it the form is 11 inches long. One that is not a number of whole inches is
+///   rounded for the printer: up to the inch, or down to the half inch when the environment file
+///   says so.
 /// - What stands behind the third word is ignored.
 /// - The lines may not be taller than the form (unrounded), and there must be at least as many
 ///   as the first line says.
@@ -124,7 +125,7 @@ struct FormReading {
 /// @param table        set to an empty form with the defaults above, then filled; partly filled
 ///                     after a failure. `cur_line` is left alone.
 /// @param directories  where names are looked up.
-/// @return ST_OK; 1 on every failure, after "FCB data error" on standard error.
+/// @return ST_OK; ST_FAILED on every failure, after "FCB data error" on standard error.
 Status fcb_load(const FormReading& reading, const char* name, FcbTable& table,
                 const ResourceDirectories& directories);
 

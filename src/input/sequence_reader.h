@@ -42,7 +42,7 @@ inline Status read_sequence_byte(ByteSource& source, int flags, CommandRecord& r
 
 /// zqrhandl: reads up to a final byte. Appends bytes of the input to the record, up to and
 /// including one in `low` to `high`.
-/// @return as read_sequence_byte. A null record is reported on standard error, with status 1.
+/// @return as read_sequence_byte. A null record is reported on standard error, with ST_FAILED.
 Status zqrhandl(ByteSource& source, int flags, CommandRecord* record, std::uint8_t low,
                 std::uint8_t high);
 

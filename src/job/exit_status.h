@@ -7,8 +7,9 @@ namespace rlx {
 /// What the process ends with: the low eight bits of a status, as the system takes them.
 ///
 ///     0    ST_OK             the job was converted
-///     1    ST_FAILED         options, a form or the G1 range file; a frame that cannot be written;
-///                            no memory
+///     1    ST_FAILED         options, a form or the G1 range file; a print-condition
+///                            command without a length, or with a form that cannot be used;
+///                            a frame that cannot be written; no memory
 ///     127  ST_FONT_ERROR     the font library failed
 ///     129  ST_IOERR          standard input cannot be read
 ///     255  ST_NO_FONT_CLASS  the fonts do not go with the resolution

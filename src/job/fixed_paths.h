@@ -2,7 +2,7 @@
 
 namespace rlx::fixed_paths {
 
-// Where the product looks for its files. The values are in fixed_paths.cpp and nowhere else: a
+// Where the filter looks for its files. The values are in fixed_paths.cpp and nowhere else: a
 // program for tests links another version of that one file, which looks under a sandbox.
 
 /// Searched for forms after the directories of -p ("/fcbe/" and the form name follow).

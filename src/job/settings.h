@@ -25,7 +25,7 @@ inline constexpr std::uint32_t kPrinterClassF0 = 0x100000;
 inline constexpr std::uint32_t kPrinterClassF1 = 0x200000;
 inline constexpr std::uint32_t kPrinterClassF2 = 0x400000;
 
-/// How the printer emulates a line printer. The numbers are the field's own; there is no mode 5.
+/// How the printer emulates a line printer. The numbers are given, not chosen; there is no mode 5.
 enum EmulationMode : int {
   kStandardMode = 1,
   kFineMode = 2,        ///< -B: 400 dots per inch
@@ -42,7 +42,7 @@ enum StreamVariant : int {
   kShortFormStream = 4,   ///< -R: they are sent, and lie between 3.5 and 14 inches
 };
 
-/// Which character spacing a print-condition command brings: from kOutputF on that of index 4.
+/// Decides the character spacing behind a print-condition command: from kOutputF on, index 4.
 enum OutputVariant : std::uint8_t {
   kPlainOutput = 0,
   kOutputA = 1,  ///< -A
@@ -154,13 +154,16 @@ struct JobState {
   /// Text or a line movement since the last FF or print-condition command. Set by the driver, read
   /// by the line spacing (which puts a FF before a new form only then).
   int page_started = 0;
-  /// The job start block has been written and the job end block has not.
+  /// The job start block has been written and the job end block has not. Set by the job header,
+  /// cleared by the page writer.
   int job_started = 0;
-  /// 1 when the fonts in use are the 400-dpi set: from the start with -B, then as commands say.
+  /// 1 when the fonts in use are the 400-dpi set. Set by option -B, then by the driver: behind
+  /// commands 478, 479, 482 and 483 by the resolution, behind 489 by its parameter.
   int high_resolution_fonts = 0;
+  /// Set at start-up.
   int font_library_loaded = 0;
   /// FFL: form length in tenths of an inch that the job header sends; 0 is none. Set by the line
-  /// spacing for stream variants 3 and 4.
+  /// spacing for kSentLengthStream and kShortFormStream.
   std::int32_t form_length_tenths = 0;
   /// Size index 1 to 4 and typeface 0 or 1 of user-defined characters. No command changes them
   /// today.

@@ -2,7 +2,7 @@
 
 namespace rlx {
 
-/// What every function returns that can fail or end something: 0 is success, any other value is
+/// What every function returns that can fail or end something: ST_OK is success, any other value is
 /// handed up unchanged. What ends the job becomes the exit status of the process
 /// (job/exit_status.h). A function that cannot fail returns nothing.
 enum class [[nodiscard]] Status : int{
@@ -24,8 +24,8 @@ enum class [[nodiscard]] Status : int{
     ST_CUT = 6,
     /// Read error on standard input.
     ST_IOERR = 129,
-    /// The font variant and the resolution of the fonts do not go together. (The number of the end
-    /// of the input, which never leaves the main loop.)
+    /// The font variant and the resolution of the fonts do not go together. Shares its number with
+    /// ST_EOF, which never leaves the main loop.
     ST_NO_FONT_CLASS = -1,
     /// The font library, or one of its entry points, is missing. Never ends a job.
     ST_NO_FONT_LIBRARY = -128,

@@ -15,10 +15,10 @@ namespace rlx {
 /// Longest sequence that a slot of the carried settings keeps.
 inline constexpr std::int32_t kSlotBytes = 19;
 
-// What a data block sets counts as forgotten behind it. So every sequence that sets a state is kept
-// as it was put on the page, and all of them are written again, in a block of their own, behind the
-// data block; what that block sets lasts. There is a slot for each kind of setting of which only
-// the last one counts, and a general buffer for those that add up.
+// The printer forgets, behind a data block, what was set in it. So every sequence that sets a state
+// is kept as it was put on the page, and all of them are written again, in a block of their own,
+// behind the data block; what that block sets lasts. There is a slot for each kind of setting of
+// which only the last one counts, and a general buffer for those that add up.
 
 /// What is carried.
 struct CarriedSettings {

@@ -18,7 +18,7 @@ struct JobHeader {
   JobHeader(ByteWriter& output, const CommandLine& options, JobState& state, PrintConditions& given)
       : writer(output), command_line(options), job(state), conditions(given) {}
 
-  // True for a compound value that must be sent: it is given, and not the one sent last. The
+  // True for a value that must be sent: it is given, and not the one sent last. The
   // orientation, the paper size, the form length and the tray are asked for twice: their copies are
   // only updated with the page format, after the parameter text.
 

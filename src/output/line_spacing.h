@@ -15,7 +15,9 @@ namespace rlx {
 
 // The stream moves the paper with LF and FF alone; the printer must be told the pitch of every
 // line: FS "%", the pitch, " p". Here the lines of a form become such sequences, and the sequences
-// of option -c are built. All number encodings of the printer's FS commands are in this module.
+// of option -c are built. The encodings of numbers in FS commands are in this module; commands
+// with fixed numbers stand where they are sent, in print_conditions_out.cpp and in
+// fonts/gaiji_pattern.cpp.
 
 /// A short command for the printer. Only the first `length` bytes mean anything.
 struct PitchCommand {
@@ -64,8 +66,8 @@ struct LineSpacing {
 
 /// Moves to the top of the form: appends to `pending` a FF (only when something was printed since
 /// the last one, JobState::page_started), a pitch and a LF for each line above the form's top
-/// line, and the pitch of the top line. The table's current line is then the top line. With stream
-/// variant 3 or 4 the form's length becomes JobState::form_length_tenths.
+/// line, and the pitch of the top line. The table's current line is then the top line. With
+/// kSentLengthStream or kShortFormStream the form's length becomes JobState::form_length_tenths.
 /// @param table  a loaded form: `top_line` 1 or more, and as many lines.
 void top_of_form(LineSpacing& spacing, FcbTable& table, OutputBuffer& pending);
 

@@ -38,7 +38,7 @@ void begin_page(PageWriter& page) {
   page.job.page_has_content = 0;
 }
 
-/// Writes the last block of a page, whose end the piece is.
+/// Writes the last block of a page; `piece` ends it.
 void end_page(PageWriter& page, Bytes piece) {
   out_data_block(page, piece);
   out_kept_settings(page.carried);

@@ -43,8 +43,10 @@ void free_page_buffers(PageWriter& page);
 /// buffer, and no page end, is divided; no command makes one.
 void out_page_data(PageWriter& page, Bytes piece);
 
-/// The end of the page data: what is gathered is written if the page has content (else it is
-/// dropped), then the final form feed block and the job end block.
+/// The end of the page data: what is gathered is written if the page has content, and dropped if
+/// not. Behind content comes the final form feed block, and the job end block if the job has been
+/// started. When only settings came since the last page, and no block of them has gone
+/// out, the parameter text of the job header comes last.
 void end_page_data(PageWriter& page);
 
 /// The page buffer, for runs of pieces. No piece of such a run may end in FF, and none may be

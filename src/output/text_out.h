@@ -37,7 +37,7 @@ inline constexpr SetSwitch kToDoubleByte{{kEsc, 'Q', '2', ' ', 'y', kEsc, '$', '
 /// @param record  CMD_TEXT_ASCII, CMD_TEXT_MB, CMD_TEXT_SS2 or CMD_TEXT_BAD; any other code becomes
 ///                one NUL byte.
 /// @param out     cleared, then filled: a switch if the character is of the other set, and the
-///                character as it arrived (without its 0x8e prefix). Holds every record.
+///                character as it arrived (without its 0x8e prefix). Has room for every record.
 /// @param state   the set that is selected; changed with a switch. The switch sequences are kept in
 ///                the carried settings at once, so before the record is written.
 void text_out(CarriedSettings& carried, const CommandRecord& record, OutputBuffer& out,

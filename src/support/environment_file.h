@@ -32,8 +32,9 @@ struct EnvironmentFile {
 /// - The file is text, read in pieces of up to 511 bytes. A NUL ends its piece: the bytes from it
 ///   to the piece's end are lost, a line end among them too (the next piece continues the line).
 ///
-/// @return ST_OK when the file held a *COMMON section, or when it had been read before; -1 when it
-/// cannot be opened or is no regular file; -2 when it holds no *COMMON section.
+/// @return ST_OK when the file held a *COMMON section, or when it had been read before;
+/// kNoEnvironmentFile when it cannot be opened or is no regular file; kNoCommonSection when it
+/// holds no *COMMON section.
 Status tqdxgetenv(EnvironmentFile& environment);
 
 /// The same for the file at a path, whatever was read before.

@@ -18,8 +18,8 @@ bool is_regular_file(const char* path);
 /// A text file of the site (a form, the environment file, the G1 range file), read line by line.
 ///
 /// Only a regular file is opened: a FIFO, a device or a socket in its place would block every job
-/// or never end. Opening makes no device act and does not block, but for a file
-/// server that holds a lease on the file.
+/// or never end. Opening makes no device act, and blocks only while a file server holds a lease on
+/// the file.
 class TextFile {
  public:
   /// Opens the file; is_open() tells whether that worked.

@@ -9,8 +9,7 @@
 
 namespace rlx {
 
-/// A set of command codes, known at compile time. What a code means for a step of the main loop is
-/// such a set.
+/// A set of command codes, known at compile time. Each step of the main loop is for such a set.
 class CodeSet {
  public:
   consteval CodeSet(std::initializer_list<std::uint32_t> codes) {

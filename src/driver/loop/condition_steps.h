@@ -10,12 +10,12 @@ namespace rlx {
 /// that were still pending, chooses the fonts again; the new conditions are pending then.
 Next take_condition_command(LoopState& loop);
 
-/// Command 479: decides from the parameter whether it resets the line unit, in emulation modes 6
-/// and 7; always in mode 1; other modes keep the last decision.
+/// Command 479: decides from the parameter whether it resets the line unit, in emulation modes
+/// kMode6 and kMode7; always in kStandardMode; other modes keep the last decision.
 Next judge_spacing_reset(LoopState& loop);
 
-/// Commands 478 (not in emulation modes 2, 3 and 4) and 479 (when it resets): back to the default
-/// line unit.
+/// Commands 478 (not in emulation modes kFineMode, kFormLengthMode and kExtendedMode) and 479 (when
+/// it resets): back to the default line unit.
 Next reset_line_unit(LoopState& loop);
 
 /// Command 500: its form data becomes part of the print conditions. Its bytes never reach the

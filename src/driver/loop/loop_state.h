@@ -79,8 +79,7 @@ struct LoopState : LoopParts {
   bool initial_fcb_exists = false;
   /// A form is in force.
   bool fcb_active = false;
-  /// Vertical movements that the form produced and that wait for the next text; their length is
-  /// `pending_vertical_bytes`.
+  /// Vertical movements that the form produced and that wait for the next text.
   OutputBuffer pending_vertical_bytes;
   /// LFs since the last page break, for page-length emulation. A negative -L is never reached, so
   /// the counter has room for the LFs of any job.

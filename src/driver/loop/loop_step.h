@@ -11,7 +11,7 @@ enum class Next {
   end,     ///< to the end of the job, with the loop's status
 };
 
-/// Ends the job when a status is not 0.
+/// Ends the job when a status is not ST_OK.
 inline Next go_on_if_ok(LoopState& loop, Status status) {
   loop.status = status;
   return status == ST_OK ? Next::step : Next::end;

@@ -98,9 +98,9 @@ Next note_page_left(LoopState& loop) {
   return Next::step;
 }
 
-/// The road of a command. The order is the printer's: conditions before what they govern, vertical
-/// movement before the text that it moves to, the command's own bytes last. Only the compiler reads
-/// it; the program has the tables below.
+/// The steps of a command, in order. The order is the printer's: conditions before what they
+/// govern, vertical movement before the text that it moves to, the command's own bytes last. Only
+/// the compiler reads it; the program has the tables below.
 constexpr auto kSteps = std::to_array<Step>({
     Step{note_content, kContent, Effect::content},
     Step{note_new_state, kNewState, Effect::new_state},

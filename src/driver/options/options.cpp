@@ -32,7 +32,7 @@ struct ModeOption {
   void (*apply)(const OptionTargets& to, const char* argument);
 };
 
-/// A letter of the second pass; `apply` returns 0, or 1 with the message printed.
+/// A letter of the second pass; `apply` returns ST_OK, or ST_FAILED with the message printed.
 struct ValueOption {
   char letter;
   Status (*apply)(const OptionTargets& to, const char* argument);
@@ -290,7 +290,7 @@ void start_walk() {
   opterr = 1;
 }
 
-/// The first pass. It goes on after an error. @return 1 when there was one.
+/// The first pass. It goes on after an error. @return ST_FAILED when there was one.
 Status take_modes(const OptionTargets& to, int argc, char** argv) {
   Status status = ST_OK;
   start_walk();
