@@ -57,31 +57,24 @@ namespace detail {
 
 inline constexpr std::size_t kSwitchBytes = kSizeSequenceBytes + kSetSequenceBytes;
 
-constexpr Insertion insertion(const SetSwitch* set_switch, std::size_t from, std::size_t skip) {
-  Insertion made{{}, 0, skip};
-  if (set_switch != nullptr) {
-    for (std::size_t i = from; i < kSwitchBytes; ++i) {
-      made.bytes[made.length++] = set_switch->bytes[i];
-    }
-  }
-  return made;
-}
-
 // The bits of an index into kInsertions.
 inline constexpr std::size_t kToDoubleBit = 1;
 inline constexpr std::size_t kBorderBit = 2;
 inline constexpr std::size_t kInvalidBit = 4;
 inline constexpr std::size_t kPrefixBit = 8;
 
-/// In front of an invalid character a switch leaves out the size sequence; a prefix is left out.
+/// What goes in front of a byte, by those bits. In front of an invalid character a switch leaves
+/// out the size sequence; a prefix is left out.
 inline constexpr auto kInsertions = [] {
   std::array<Insertion, 16> all{};
   for (std::size_t i = 0; i < all.size(); ++i) {
-    const SetSwitch* const set_switch = (i & kBorderBit) == 0     ? nullptr
-                                        : (i & kToDoubleBit) != 0 ? &kToDoubleByte
-                                                                  : &kToSingleByte;
-    all[i] = insertion(set_switch, (i & kInvalidBit) != 0 ? kSizeSequenceBytes : 0,
-                       (i & kPrefixBit) != 0 ? 1 : 0);
+    const SetSwitch& set_switch = (i & kToDoubleBit) != 0 ? kToDoubleByte : kToSingleByte;
+    const std::size_t from = (i & kInvalidBit) != 0 ? kSizeSequenceBytes : 0;
+    const std::size_t end = (i & kBorderBit) != 0 ? kSwitchBytes : from;
+    for (std::size_t at = from; at < end; ++at) {
+      all[i].bytes[all[i].length++] = set_switch.bytes[at];
+    }
+    all[i].skip = (i & kPrefixBit) != 0 ? 1 : 0;
   }
   return all;
 }();
