@@ -43,7 +43,7 @@ std::string shown_byte(char byte) {
 }
 
 bool is_control(char byte) {
-  return (byte >= '\0' && byte < ' ') || byte == '\x7f';
+  return static_cast<unsigned char>(byte) < ' ' || byte == '\x7f';
 }
 
 std::uint32_t byte_at(std::string_view text, std::size_t at) {
