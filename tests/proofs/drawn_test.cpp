@@ -114,8 +114,8 @@ TEST(Drawn, TwelveCharactersPerInch) {
 
 TEST(Drawn, Landscape) {
   ConditionColumns columns;
-  columns.code_2 = "L";
-  columns.code_3 = "A4";
+  columns.orientation = "L";
+  columns.paper_size = "A4";
   const auto pages = prove(condition_sequence(columns) + "ONE\n" + std::string(100, ' ') + "FAR\f");
   ASSERT_EQ(pages.size(), 1U);
   expect_paper(pages[0], 841.89, 595.28);
@@ -133,9 +133,9 @@ TEST(Drawn, PaperOfOtherSizes) {
        {Row{"A3", 841.89, 1190.55}, Row{"A5", 419.53, 595.28}, Row{"B4", 728.50, 1031.81},
         Row{"B5", 515.91, 728.50}, Row{"LTR", 612, 792}}) {
     ConditionColumns columns;
-    columns.code_2 = "P";
-    columns.code_3 = row.name;
-    columns.code_2b = "P2";
+    columns.orientation = "P";
+    columns.paper_size = row.name;
+    columns.tray = "P2";
     const auto pages = prove(condition_sequence(columns) + "ONE\n\n\nTWO\f");
     ASSERT_EQ(pages.size(), 1U) << row.name;
     expect_paper(pages[0], row.width, row.height);
@@ -146,11 +146,11 @@ TEST(Drawn, PaperOfOtherSizes) {
 
 TEST(Drawn, Duplex) {
   ConditionColumns columns;
-  columns.code_2 = "P";
-  columns.code_3 = "B5";
-  columns.flag_3 = "B";
-  columns.flag_1 = "U";
-  columns.value_3 = "  500";
+  columns.orientation = "P";
+  columns.paper_size = "B5";
+  columns.duplex = "B";
+  columns.binding_edge = "U";
+  columns.binding_margin = "  500";
   const auto pages = prove(condition_sequence(columns) + "ONE\fTWO\fTHREE\f");
   ASSERT_EQ(pages.size(), 3U);
   expect_paper(pages[1], 515.91, 728.50);
@@ -162,9 +162,9 @@ TEST(Drawn, Duplex) {
 
 TEST(Drawn, Offsets) {
   ConditionColumns columns;
-  columns.code_2 = "P";
-  columns.value_1 = " 3600";
-  columns.value_2 = " 7200";
+  columns.orientation = "P";
+  columns.first_offset = " 3600";
+  columns.second_offset = " 7200";
   const auto pages = prove(condition_sequence(columns) + "ONE\n TWO\f");
   ASSERT_EQ(pages.size(), 1U);
   expect_at(pages[0], "ONE", 36, 72 + 9.6);
@@ -173,7 +173,7 @@ TEST(Drawn, Offsets) {
 
 TEST(Drawn, Reduction) {
   ConditionColumns columns;
-  columns.code_2 = "LZ";
+  columns.orientation = "LZ";
   const auto pages = prove(condition_sequence(columns) + "ONE\n" + std::string(130, ' ') + "XY\f");
   ASSERT_EQ(pages.size(), 1U);
   expect_at(pages[0], "ONE", 14.4, 14.4 + 0.66 * 9.6);
