@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the filter, after installing what the build needs, and
-#   ./run.sh                          prints the sample jobs of examples/ into out/
+#   ./run.sh                          prints the sample jobs of examples/ into out/, and draws the
+#                                     sheets of one of them
 #   ./run.sh OPTIONS < job > output   runs the filter itself; without options: ./run.sh -- < job
 set -euo pipefail
 
@@ -49,6 +50,10 @@ print_samples() {
   cd "$root"
   print_sample report.txt report.rlx
   print_sample invoice.txt invoice.rlx -p examples/forms -n INVOICE
+  "$build/rlxproof" -o out/invoice.pdf --filter-options '-p examples/forms -n INVOICE' \
+    examples/invoice.txt
+  echo
+  echo "The sheets of the invoice: $root/out/invoice.pdf"
 }
 
 # A built tree needs no set-up, whatever is installed now.

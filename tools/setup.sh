@@ -6,14 +6,23 @@ say() {
   printf '%s\n' "$*" >&2
 }
 
-# Tools that a build needs, as TOOL:PACKAGE, the packages being Debian's and Ubuntu's.
-# shellcheck disable=SC2034  # used by run.sh and test.sh
-build_needs=(g++:g++ cmake:cmake ninja:ninja-build)
-
-# What the tests need besides: first for `./test.sh quick`, then for all of it. A header stands for
+# What a build needs, as TOOL:PACKAGE, the packages being Debian's and Ubuntu's. A header stands for
 # its library.
+# shellcheck disable=SC2034  # used by run.sh and test.sh
+build_needs=(
+  g++:g++ cmake:cmake ninja:ninja-build
+  pkg-config:pkg-config
+  /usr/include/cairo/cairo.h:libcairo2-dev
+  /usr/include/pango-1.0/pango/pango.h:libpango1.0-dev
+)
+
+# What the tests need besides: first for `./test.sh quick`, then for all of it.
 # shellcheck disable=SC2034  # used by test.sh
-quick_test_needs=(/usr/include/gtest/gtest.h:libgtest-dev)
+quick_test_needs=(
+  /usr/include/gtest/gtest.h:libgtest-dev
+  pdftotext:poppler-utils
+  /usr/share/fonts/opentype/ipafont-gothic/ipag.ttf:fonts-ipafont
+)
 # shellcheck disable=SC2034
 test_needs=(
   "${quick_test_needs[@]}"

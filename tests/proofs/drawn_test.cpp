@@ -15,7 +15,6 @@
 namespace rlx::proof {
 namespace {
 
-using testing::block;
 using testing::condition_sequence;
 using testing::ConditionColumns;
 

@@ -109,6 +109,7 @@ TEST(Heading, SaysWhatSheetItIs) {
 std::variant<Options, int> options_of(std::vector<std::string> words) {
   words.insert(words.begin(), "rlxproof");
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

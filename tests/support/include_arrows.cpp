@@ -119,6 +119,9 @@ const AllowedArrows& allowed_arrows() {
 const AllowedArrows& allowed_arrows_of_tools() {
   static const AllowedArrows arrows{
       {"fcbcheck", {"forms", "support", "job"}},
+      {"rlx_reader", {}},
+      {"rlxdump", {"rlx_reader"}},
+      {"rlxproof", {"rlx_reader"}},
       {"forms", {"support", "job"}},
       {"support", {"job"}},
       {"job", {}},

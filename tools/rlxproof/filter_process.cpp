@@ -92,6 +92,7 @@ pid_t start(const std::vector<std::string>& options, int input, int output) {
   std::vector<std::string> words{kFilter};
   words.insert(words.end(), options.begin(), options.end());
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

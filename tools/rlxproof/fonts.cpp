@@ -57,6 +57,7 @@ FontOptionsPtr Fonts::options() {
 Fonts::Fonts()
     : map_(pango_cairo_font_map_new()), context_(pango_font_map_create_context(map_.get())) {
   pango_cairo_context_set_font_options(context_.get(), options().get());
+  pango_context_set_round_glyph_positions(context_.get(), FALSE);
   single_ = load(kSingleFamilies, "en");
   double_ = load(kDoubleFamilies, "ja");
   if (single_.fonts == nullptr || double_.fonts == nullptr || single('0').face == nullptr) {

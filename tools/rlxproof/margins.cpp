@@ -98,6 +98,13 @@ void paint_heading(cairo_t* cairo, Fonts& fonts, double width, const std::string
   pango_cairo_show_layout(cairo, layout.get());
 }
 
+/// A note for the heading: it leaves room for what the heading says.
+std::string short_note(const std::string& note) {
+  constexpr std::size_t kMostCharacters = 80;
+  const bool fits = note.size() <= kMostCharacters;
+  return "not drawn: " + (fits ? note : note.substr(0, note.rfind(',', kMostCharacters)) + " ..");
+}
+
 double rightmost(const Sheet& sheet) {
   double edge = 0;
   for (const Cell& cell : sheet.cells) {
@@ -160,7 +167,8 @@ std::string heading_of(const Sheet& sheet, const std::string& job) {
   if (page.form_length != 0) {
     add(text, "form length " + inches(page.form_length));
   }
-  add_named(text, "tray ", page.tray);
+  add_named(text, "", page.tray == "any" ? "any tray" : "");
+  add_named(text, "tray ", page.tray == "any" ? "" : page.tray);
   add_named(text, "copies ", page.copies);
   add_named(text, "overlay ", overlay_of(page));
   add_named(text, "form code ", page.form_code);
@@ -175,7 +183,7 @@ void paint_margins(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const std::
   use_colour(cairo, kGrey);
   const bool is_told = note.empty() || paint_note_below(cairo, fonts, sheet, note) ||
                        paint_note_beside(cairo, fonts, sheet, note);
-  const std::string lack = note.empty() ? "" : is_told ? "not all is drawn" : "not drawn: " + note;
+  const std::string lack = note.empty() ? "" : is_told ? "not all is drawn" : short_note(note);
   paint_heading(cairo, fonts, sheet.settings.width(), heading_of(sheet, job), lack);
 }
 

@@ -1,5 +1,6 @@
 #include "rlxproof/rulers.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -54,6 +55,13 @@ std::string lines_per_inch(double height) {
   return text.data();
 }
 
+/// Labels are not higher than their line, and not wider than the room left of them.
+double label_size(Fonts& fonts, const Sheet& sheet, const Line& line, const std::string& text) {
+  const double room = sheet.left - kLabelDistance - 2 * kDistance;
+  const double advance = fonts.single('0').advance * static_cast<double>(text.size());
+  return std::min({kLabelSize, line.height, room / advance});
+}
+
 void paint_label(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const Line& line,
                  double before) {
   const bool changes = line.height != before;
@@ -63,7 +71,7 @@ void paint_label(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const Line& l
   const std::string text =
       changes ? lines_per_inch(line.height / sheet.down) : std::to_string(line.number);
   use_colour(cairo, changes ? kGrey : kFaint);
-  const double size = std::min(changes ? kLabelSize * 0.85 : kLabelSize, line.height);
+  const double size = label_size(fonts, sheet, line, text);
   show_label(cairo, fonts, text, size, sheet.left - kLabelDistance, line.top + size * 0.75 + 0.6,
              1);
   use_colour(cairo, kFaint);
@@ -77,8 +85,10 @@ void tick(cairo_t* cairo, const Sheet& sheet, double y, double length) {
 /// Below the last line the ruler goes on with its pitch.
 void paint_rest(cairo_t* cairo, const Sheet& sheet) {
   const Line& last = sheet.lines.back();
-  for (double y = last.top + last.height; y < sheet.settings.height(); y += last.height) {
+  double y = last.top + last.height;
+  while (y < sheet.settings.height()) {
     tick(cairo, sheet, y, kShortTick);
+    y += last.height;
   }
   cairo_stroke(cairo);
 }
