@@ -171,6 +171,7 @@ const std::vector<UnitCase> kUnits{
     {"SequenceWithFormFeedData", "\x1bQ1;3!aA\x0c\x42z"},
     {"SequenceForTheOtherRoad", kWideText + "\x1bQ5!I"},
 };
+
 struct Way {
   std::vector<std::string> options;
   Framing framing = Framing::none;

@@ -19,6 +19,7 @@
 #include "output/page_writer.h"
 #include "support/descriptors.h"
 #include "support/escaped_bytes.h"
+#include "support/guarded_bytes.h"
 #include "support/input_stream.h"
 #include "support/main_loop_fixture.h"
 #include "support/printer_blocks.h"
@@ -383,6 +384,42 @@ TEST_F(TextRunNotes, SequencesOfAnyLengthAtAnyPlaceOfTheBlock) {
   }
 }
 
+TEST_F(TextRunNotes, AnyTextAndSequencesAreTakenInOneRun) {
+  const std::string cut = "\xe3zz\xc3z";
+  for (const std::string sequence : {"\x1b[1a", "\x1c%1p", "\x1bQ100;100!H"}) {
+    for (std::size_t count = 1; count <= 40; ++count) {
+      std::string input;
+      for (std::size_t i = 0; i < count; ++i) {
+        input += cut;
+      }
+      input += sequence;
+      input += cut;
+      input += sequence;
+      input += kNothingNoted;
+      ASSERT_EQ(expect_same_notes({}, input), input.size()) << count;
+    }
+  }
+}
+
+TEST_F(TextRunNotes, NothingIsReadBehindTheInput) {
+  GuardedBytes guarded;
+  for (const std::string unit :
+       {"x", "\xe3\x81\x82z", "\xff", "\x8e\xb1\xe3\x81\x82", "\xc3z", "\x1b[1a", "\x1c%1p\n"}) {
+    std::string input;
+    while (input.size() < 300) {
+      input += unit;
+    }
+    for (std::size_t size = 1; size <= input.size(); ++size) {
+      start({});
+      const std::uint8_t* const bytes = guarded.at_end(input.substr(0, size));
+      ByteWindow& window = the_filter().source.raw.window;
+      window = {bytes, bytes + size};
+      write_text_run(the_filter().loop);
+      ASSERT_LT(window.size(), 4U) << size;
+    }
+  }
+}
+
 // Which switches and sequences are kept
 
 TEST_F(TextRunNotes, SwitchesAndSequencesOfOneSlot) {
@@ -391,6 +428,13 @@ TEST_F(TextRunNotes, SwitchesAndSequencesOfOneSlot) {
   for (const std::string& first : units) {
     for (const std::string& second : units) {
       for (const std::string& third : units) {
+        // In one block, and each in another one.
+        const std::string block(64, '\x01');
+        std::string apart = first + block;
+        apart += second + block;
+        apart += third + block;
+        expect_same_notes({}, apart);
+        expect_same_notes({true, 1, 1, true}, apart);
         for (const std::string& fourth : units) {
           std::string input = first;
           input += second;
@@ -444,6 +488,21 @@ TEST_F(TextRunNotes, LineFeedsThatAreCounted) {
         EXPECT_EQ(the_filter().loop.line_counter, wanted) << lines;
         EXPECT_EQ(count % unit.size(), unit.size() - 1);
       }
+    }
+  }
+}
+
+TEST_F(TextRunNotes, WhatStandsBehindALineFeedThatIsLeftNotesNothing) {
+  for (const std::string front : {"\r", "\t", "x", "\xff", "\x1b[5`"}) {
+    for (const std::string& behind : taken_sequences()) {
+      const std::string input = front + "\n" + behind + "x\xe3\x81\x82";
+      restart();
+      the_filter().command_line.lines_per_page = 1;
+      EXPECT_EQ(expect_same_notes({}, input), front.size()) << encode_escaped_line(input);
+      EXPECT_EQ(expect_same_notes({true, 0, 0, true}, input), front.size());
+      restart();
+      use_form({6}, 1);
+      EXPECT_EQ(expect_same_notes({}, input), front.size()) << encode_escaped_line(input);
     }
   }
 }
@@ -600,6 +659,18 @@ TEST(TextRunBlocks, ALineFeedAndItsPitchAreOnePiece) {
   }
 }
 
+TEST(TextRunBlocks, LineFeedsAreCountedWhenTheyArePutOut) {
+  const std::string line_feed = "\n" + kSixLines;
+  for (std::size_t fitting = 0; fitting <= 2; ++fitting) {
+    const std::string front = many(kPageBlock - fitting * line_feed.size(), "x");
+    expect_job(front + "\n\n\n\nz",
+               kFirstHeader + block('2', front + many(fitting, line_feed)) +
+                   block('0', many(4 - fitting, line_feed) + "\x0c") + kNextHeader +
+                   block('2', "z") + kFinalFormFeed + kJobEnd,
+               {"-L", "4", "-l", "6"});
+  }
+}
+
 TEST(TextRunBlocks, APrefixTakesNoRoom) {
   const std::string front = many(kPageBlock - 2, "x");
   expect_job(front + "\x8e\xb1\x8e\xb2", page_of_blocks(block('2', front + "\xb1\xb2")));
@@ -642,6 +713,12 @@ TEST(TextRunBlocks, TheSwitchThatMakesACutIsKeptOnce) {
                             block('0', kSelectDouble + kWide + kSelectSingle + "z" +
                                            many(kPageBlock - 20, "y")) +
                             kSingleKept + block('0', many(20, "y"))));
+  // Also where it stands at the front of a block of input.
+  expect_job(front + many(21, kWide) + "\x01" + many(kPageBlock, "z"),
+             page_of_blocks(block('2', front) + kDoubleKept +
+                            block('0', kSelectDouble + many(21, kWide) + "\x01" + kSelectSingle +
+                                           many(kPageBlock - 80, "z")) +
+                            kSingleKept + block('0', many(80, "z"))));
 }
 
 TEST(TextRunBlocks, ASwitchOfThreeBytesMakesACut) {
