@@ -12,7 +12,7 @@ void reset_filter() {
   renew_filter();
 }
 
-int run_job_here(const std::vector<std::string>& options, Road road) {
+int run_job_here(const std::vector<std::string>& options, Road road, bool* passed_through) {
   renew_filter();
   Filter& filter = the_filter();
   filter.loop.fast_road = road == Road::fast;
@@ -29,6 +29,9 @@ int run_job_here(const std::vector<std::string>& options, Road road) {
     const JobEnd end = run_main_loop(filter.loop);
     status = end_job(filter, end, filter.loop.status);
   }
+  if (passed_through != nullptr) {
+    *passed_through = filter.loop.passed_through;
+  }
   // The settings point into `words`.
   renew_filter();
   return exit_status_of(status);
@@ -43,7 +46,7 @@ JobResult run_job_from_current_input(const std::vector<std::string>& options, Ro
   const CaptureDescriptor output(1);
   const CaptureDescriptor messages(2);
   JobResult result;
-  result.status = run_job_here(options, road);
+  result.status = run_job_here(options, road, &result.passed_through);
   result.output = output.text();
   result.messages = messages.text();
   return result;

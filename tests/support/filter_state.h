@@ -24,14 +24,18 @@ struct JobResult {
   int status = 0;
   std::string output;
   std::string messages;
+  bool passed_through = false;  ///< the job turned out to be in the printer's language
 };
 
 /// How run_job converts: along both roads, or every command by itself.
 enum class Road { fast, record_by_record };
 
 /// Runs a whole job inside the test process with the descriptors as they are, from the options
-/// (without the program name, which is "filter") to the released buffers. @return its exit status.
-int run_job_here(const std::vector<std::string>& options, Road road = Road::fast);
+/// (without the program name, which is "filter") to the released buffers.
+/// @param passed_through  unless it is null: where to say whether the job was passed through.
+/// @return its exit status.
+int run_job_here(const std::vector<std::string>& options, Road road = Road::fast,
+                 bool* passed_through = nullptr);
 
 /// The same with what it writes caught. Not for jobs that end the process from inside.
 JobResult run_job_from_current_input(const std::vector<std::string>& options,

@@ -129,7 +129,7 @@ JobResult run(Runner runner, const Job& job) {
   const CaptureDescriptor messages(STDERR_FILENO);
   Arguments arguments(job);
   const int status = runner(arguments);
-  return {status, output.text(), messages.text()};
+  return {status, output.text(), messages.text(), false};
 }
 
 int run_as_process(Arguments& arguments) {

@@ -102,19 +102,23 @@ bool ends_well(Bytes behind, bool to_the_end) {
          (to_the_end && is_cut_header(behind));
 }
 
-/// True when the next header stands where a header says, or that is out of view.
-bool is_followed(View view) {
-  const auto header = parse_header(view.bytes);
-  const auto payload = header ? header->payload() : std::nullopt;
-  if (!payload) {
-    return false;
+/// True when blocks follow one another, each in its right place, as far as can be seen: what only
+/// looks like a header, in somebody's data, is seldom followed by others.
+bool are_blocks(View view) {
+  Bytes rest = view.bytes;
+  while (const auto header = parse_header(rest)) {
+    const Bytes behind = rest.subspan(kHeaderBytes);
+    const auto payload = header->payload();
+    if (!payload) {
+      return false;
+    }
+    if (*payload > behind.size()) {
+      return !view.to_the_end;
+    }
+    rest = behind.subspan(*payload);
   }
-  const Bytes behind = view.bytes.subspan(kHeaderBytes);
-  if (*payload > behind.size()) {
-    return !view.to_the_end;
-  }
-  return ends_well(behind.subspan(*payload), view.to_the_end) ||
-         (!view.to_the_end && behind.size() - *payload < kHeaderBytes);
+  const bool out_of_view = !view.to_the_end && rest.size() < kMostSequence;
+  return out_of_view || ends_well(rest, view.to_the_end);
 }
 
 BlockEnd wrong_count(const BlockHeader& header, std::uint64_t real) {
@@ -138,7 +142,7 @@ BlockEnd find_far_end(const BlockHeader& header, View view, std::uint64_t declar
     const bool wrong = is_next || is_constant(use_with(header, view.bytes));
     return wrong ? wrong_count(header, next) : truncated(declared, next);
   }
-  const bool wrong = is_next && is_followed({view.bytes.subspan(next), view.to_the_end});
+  const bool wrong = is_next && are_blocks({view.bytes.subspan(next), view.to_the_end});
   return wrong ? wrong_count(header, next) : BlockEnd{declared, true, false, ""};
 }
 

@@ -28,8 +28,8 @@ struct View {
 /// count says: then what follows belongs to no block. A data block is whole when it ends with FF,
 /// the job parameters behind their last line, the others when they are nothing but whole sequences.
 ///
-/// A payload that reaches out of the view is believed, unless there is a header in the view which
-/// the next one follows in its right place.
+/// A payload that reaches out of the view is believed, unless there is a header in the view from
+/// which on block follows block, each in its right place, as far as can be seen.
 BlockEnd find_block_end(const BlockHeader& header, View view);
 
 /// "truncated block: 5 of 20 bytes of payload"

@@ -46,6 +46,10 @@ void BlockReader::begin_block(const BlockHeader& header) {
   real.count = count_for(header.ending, end.payload);
   block_.use =
       use_of(real, view.bytes.first(std::min<std::uint64_t>(end.payload, view.bytes.size())));
+  if (end.cut && block_.use == BlockUse::further_data) {
+    // It may have been the front of a job end or of something else.
+    order_.lose_block();
+  }
   cut_ = end.cut;
   left_ = end.payload;
   last_byte_ = -1;

@@ -79,6 +79,10 @@ void JobOrder::check_place_in_header(const Block& block, int place) {
   if (place > header_place_ || (place == kJobParametersPlace && header_place_ == 1 && !started_)) {
     return;
   }
+  if (header_place_ == kPageSetupPlace && place != kPageSetupPlace) {
+    fault(block, "page header without a page in front of " + named(block));
+    return;
+  }
   fault(block, named(block) + (place == header_place_ ? " twice" : " out of order"));
 }
 

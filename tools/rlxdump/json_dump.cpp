@@ -167,7 +167,7 @@ void JsonDump::finish(std::uint64_t bytes) {
                 {"pages", pages_},
                 {"blocks", blocks_},
                 {"frames", frames_},
-                {"bytes", bytes},
+                {"length", bytes},
                 {"faults", faults_}});
 }
 

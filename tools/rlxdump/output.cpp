@@ -24,6 +24,10 @@ void Output::put(std::string_view text) {
 void Output::flush() {
   const std::string text = std::move(waiting_);
   waiting_.clear();
+  if (text_ != nullptr) {
+    *text_ += text;
+    return;
+  }
   for (std::string_view rest = text; !rest.empty();) {
     const ssize_t written = write(descriptor_, rest.data(), rest.size());
     if (written < 0 && errno == EINTR) {

@@ -6,11 +6,13 @@
 
 namespace rlx::dump {
 
-/// Text on its way to a file descriptor. Every write is checked.
+/// Text on its way to a file descriptor, or into a string. Every write is checked.
 class Output {
  public:
   /// @param descriptor  is written to, and not closed.
   explicit Output(int descriptor) : descriptor_(descriptor) {}
+  /// @param text  is written to its end, and must outlive this.
+  explicit Output(std::string& text) : text_(&text) {}
 
   /// @throws std::system_error when it cannot be written.
   void put(std::string_view text);
@@ -20,7 +22,8 @@ class Output {
   void flush();
 
  private:
-  int descriptor_;
+  int descriptor_ = -1;
+  std::string* text_ = nullptr;
   std::string waiting_;
 };
 
