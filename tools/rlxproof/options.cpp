@@ -142,7 +142,7 @@ class OptionReader {
       refuse("a PDF does not go to a terminal; name a file with -o");
       return false;
     }
-    options_.pdf = "-";
+    options_.pdf = std::string(1, '-');
     return true;
   }
 

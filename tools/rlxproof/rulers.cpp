@@ -106,7 +106,7 @@ void paint_lines(cairo_t* cairo, Fonts& fonts, const Sheet& sheet) {
     before = line.height;
     last_top = line.top;
   }
-  if (before != 0) {
+  if (sheet.lines.back().height >= kLeastStep) {
     paint_rest(cairo, sheet);
   }
 }
