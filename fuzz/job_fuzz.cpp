@@ -1,5 +1,6 @@
 // Whole jobs along both roads: as fast as it goes, and record by record. Output, messages and
-// status must be the same, and the output must consist of whole blocks or frames.
+// status must be the same, the output must consist of whole blocks or frames, and the reader of
+// jobs must find nothing wrong with it.
 //
 // Input: 8 bytes of choices, then the job:
 //   0     switches: framed, -q, -r ubar, -D, and the mode letter
@@ -17,6 +18,7 @@
 #include "driver/start_up.h"
 #include "fresh_filter.h"
 #include "printer_output.h"
+#include "reading.h"
 #include "support/the_filter.h"
 
 namespace rlx::fuzzing {
@@ -160,9 +162,12 @@ void check_output(const Job& job, const Result& result) {
   require(result.status == 0 || result.status == 1 || result.status == -1, "status of the job");
   require(result.status != 0 || result.messages.empty() || result.passed_through,
           "a message without a failure");
+  const Reading reading(result.output);
+  require_rebuilt(result.output);
   if (result.passed_through) {
     return;
   }
+  require(result.status != 0 || reading.faults == 0, "the reader finds a fault in the output");
   if (job.framed) {
     frames_of(result.output);
   } else {

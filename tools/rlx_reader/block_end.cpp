@@ -77,7 +77,8 @@ bool is_whole(const BlockHeader& header, Bytes payload, Bytes behind) {
     case BlockUse::job_start:
       return payload.size() == kJobStartBytes;
     case BlockUse::job_parameters:
-      return ends_with(payload, "MAK=UNIX\n");
+      return ends_with(payload, "MAK=UNIX\n") ||
+             (ends_with(payload, "\n") && !ends_with(behind, "\n"));
     case BlockUse::first_data:
     case BlockUse::further_data:
       return !payload.empty() && payload.back() == kFormFeed && behind.back() != kFormFeed;

@@ -26,7 +26,7 @@ struct View {
 /// of the input stands where it says, or the front of a header that is cut or has a wrong byte.
 /// Else the payload reaches to the next header; unless it is whole, by what it holds, where the
 /// count says: then what follows belongs to no block. A data block is whole when it ends with FF,
-/// the job parameters behind their last line, the others when they are nothing but whole sequences.
+/// the job parameters behind a line, the others when they are nothing but whole sequences.
 ///
 /// A payload that reaches out of the view is believed, unless there is a header in the view from
 /// which on block follows block, each in its right place, as far as can be seen.

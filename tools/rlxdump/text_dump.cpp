@@ -1,5 +1,7 @@
 #include "rlxdump/text_dump.h"
 
+#include <algorithm>
+
 #include "rlx_reader/job_parameters.h"
 #include "rlx_reader/sequence.h"
 #include "rlxdump/described_token.h"
@@ -17,6 +19,8 @@ constexpr std::size_t kSpelledWidth = 26;
 constexpr std::size_t kCountWidth = 10;
 constexpr std::size_t kSeparatorWidth = 78;
 constexpr std::size_t kMostShown = 32;
+/// Characters of a text in one line.
+constexpr std::size_t kMostText = 132;
 
 std::string counted(std::uint64_t number, const std::string& what) {
   return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
@@ -87,9 +91,16 @@ void TextDump::job_parameter(std::uint64_t offset, Bytes line) {
         ended ? parameter.meaning : "no line end");
 }
 
+/// A long text takes several lines.
 void TextDump::token(reader::Place /*place*/, const reader::Token& token) {
-  const DescribedToken described = describe_token(token);
-  piece(token.offset, described.name, described.spelled, described.meaning);
+  const bool text = token.kind == reader::TokenKind::text;
+  const std::size_t most = text ? kMostText : token.bytes.size();
+  for (std::size_t at = 0; at < token.bytes.size(); at += most) {
+    const Bytes part = token.bytes.subspan(at, std::min(most, token.bytes.size() - at));
+    const DescribedToken described =
+        describe_token({token.kind, token.offset + at, part, token.glyph});
+    piece(token.offset + at, at == 0 ? described.name : "", described.spelled, described.meaning);
+  }
 }
 
 void TextDump::fault(const reader::Fault& fault) {
