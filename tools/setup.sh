@@ -12,6 +12,7 @@ say() {
 build_needs=(
   g++:g++ cmake:cmake ninja:ninja-build
   pkg-config:pkg-config
+  /usr/include/nlohmann/json.hpp:nlohmann-json3-dev
   /usr/include/cairo/cairo.h:libcairo2-dev
   /usr/include/pango-1.0/pango/pango.h:libpango1.0-dev
 )
