@@ -50,19 +50,23 @@ constexpr std::size_t count_bits(ByteMask mask) {
 /// One byte, as a vector.
 struct ScalarBytes {
   static constexpr std::size_t kBytes = 1;
-  using Answer = bool;
+
+  struct Answer {
+    bool holds;
+    friend Answer operator|(Answer left, Answer right) { return {left.holds || right.holds}; }
+  };
 
   std::uint8_t byte;
 
   static ScalarBytes load(const std::uint8_t* bytes) { return {*bytes}; }
-  Answer equal(std::uint8_t wanted) const { return byte == wanted; }
-  Answer up_to(std::uint8_t last) const { return byte <= last; }
+  Answer equal(std::uint8_t wanted) const { return {byte == wanted}; }
+  Answer up_to(std::uint8_t last) const { return {byte <= last}; }
   Answer between(std::uint8_t first, std::uint8_t last) const {
-    return byte >= first && byte <= last;
+    return {byte >= first && byte <= last};
   }
-  Answer high() const { return byte >= 0x80; }
-  Answer continuation() const { return (byte & 0xc0) == 0x80; }
-  static ByteMask bits_of(Answer answer) { return answer ? 1 : 0; }
+  Answer high() const { return {byte >= 0x80}; }
+  Answer continuation() const { return {(byte & 0xc0) == 0x80}; }
+  static ByteMask bits_of(Answer answer) { return answer.holds ? 1 : 0; }
 };
 
 #if defined(__SSE2__)

@@ -39,6 +39,7 @@ struct NotedBefore {
   int page_has_content = 0;
   int page_started = 0;
   bool double_byte = false;
+  bool download = false;  ///< the double-byte set is the download set
 };
 
 /// All that a run may change.
@@ -112,6 +113,9 @@ class TextRunNotes : public MainLoopTest {
     loop.character_set.select_single_byte();
     if (before.double_byte) {
       loop.character_set.select_double_byte();
+    }
+    if (before.download) {
+      loop.character_set.select_download();
     }
   }
 
@@ -445,6 +449,16 @@ TEST_F(TextRunNotes, SwitchesAndSequencesOfOneSlot) {
         }
       }
     }
+  }
+}
+
+TEST_F(TextRunNotes, ASwitchEndsTheDownloadSet) {
+  for (const std::string input :
+       {"x", "\xff", "\xe3\x81\x82", "\n", "x\xe3\x81\x82", "\xe3\x81\x82x"}) {
+    EXPECT_EQ(expect_same_notes({false, 0, 0, true, true}, input), input.size());
+    const bool ends = input.find_first_of("x\xff") != std::string::npos;
+    EXPECT_EQ(noted_behind().designation, ends ? 0 : CharacterSetState::kDownloadDesignation)
+        << encode_escaped_line(input);
   }
 }
 

@@ -146,7 +146,7 @@ inline std::uint8_t* put_insertions(const std::uint8_t* block, ByteMask places,
 
 }  // namespace detail
 
-/// Puts out the bytes of a block that has insertions.
+/// Puts out the bytes of a block.
 /// @param block  kBlockBytes bytes, and as many readable behind them.
 /// @param to     room for the output and kPutSlack more.
 /// @return the end of the output.
@@ -154,6 +154,9 @@ inline std::uint8_t* put_block(const std::uint8_t* block, const BlockPlan& plan,
                                const LineFeeds& line_feeds, std::uint8_t* to) {
   std::memcpy(to, block, kBlockBytes);
   const ByteMask places = plan.insertions();
+  if (places == 0) {
+    return to + plan.length();
+  }
   const bool others =
       ((plan.line_feed | plan.text.prefix | (plan.border & plan.text.invalid)) & places) != 0;
   return (others ? detail::put_insertions(block, places, plan, line_feeds, to)

@@ -97,7 +97,7 @@ inline ByteMask describe_shifted(const ByteBlock& block, ByteMask shift, ByteMas
 
 /// Describes text as it should be: whole characters of two to four bytes, anything of one byte.
 /// Stops at a character whose continuation bytes are none, that the block's end cuts, or that has
-/// five or six bytes, and at 0x8e.
+/// five or six bytes, and at 0x8e in front of anything but a character of one byte.
 [[gnu::always_inline]] inline void masks_of_text(const ByteBlock& block, TextMasks& masks) {
   masks = {};
   masks.length = kBlockBytes;
