@@ -42,7 +42,7 @@ skip() {
 }
 
 project_sources() {
-  find src tests bench fuzz -name '*.cpp' -o -name '*.h' | sort
+  find src tools tests bench fuzz -name '*.cpp' -o -name '*.h' | sort
 }
 
 check_format() {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs clang-tidy over the sources below src/ and tests/ of the project in the current directory:
+# Runs clang-tidy over the sources below src/, tools/ and tests/ of the project in the current directory:
 #   tools/lint.sh TOOL BUILD [CACHE]
 # TOOL is the clang-tidy to use, BUILD a folder with the compile commands of a CMake build with
 # clang, and CACHE the folder that remembers what was clean. Without CACHE all is looked at.
@@ -52,7 +52,7 @@ units() {
   sed -n 's/^ *"file": "\(.*\)".*/\1/p' "$commands" | sort -u |
     awk -v root="$PWD/" -v build="$build/" '
       index($0, build "tests/") == 1 { print; next }
-      index($0, root "src/") == 1 || index($0, root "tests/") == 1 { other[++count] = $0 }
+      index($0, root "src/") == 1 || index($0, root "tools/") == 1 || index($0, root "tests/") == 1 { other[++count] = $0 }
       END { for (i = 1; i <= count; ++i) print other[i] }'
 }
 
@@ -155,7 +155,7 @@ require_all_sources() {
       printf '%s: in no compile command, so not looked at\n' "$source"
       missing=1
     fi
-  done < <(find src tests -name '*.cpp' | sort)
+  done < <(find src tools tests -name '*.cpp' 2>/dev/null | sort)
   return "$missing"
 }
 

@@ -6,12 +6,17 @@ say() {
   printf '%s\n' "$*" >&2
 }
 
-# Tools that a build needs, as TOOL:PACKAGE, the packages being Debian's and Ubuntu's.
-# shellcheck disable=SC2034  # used by run.sh and test.sh
-build_needs=(g++:g++ cmake:cmake ninja:ninja-build)
-
-# What the tests need besides: first for `./test.sh quick`, then for all of it. A header stands for
+# What a build needs, as TOOL:PACKAGE, the packages being Debian's and Ubuntu's. A header stands for
 # its library.
+# shellcheck disable=SC2034  # used by run.sh and test.sh
+build_needs=(
+  g++:g++
+  cmake:cmake
+  ninja:ninja-build
+  /usr/include/nlohmann/json.hpp:nlohmann-json3-dev
+)
+
+# What the tests need besides: first for `./test.sh quick`, then for all of it.
 # shellcheck disable=SC2034  # used by test.sh
 quick_test_needs=(/usr/include/gtest/gtest.h:libgtest-dev)
 # shellcheck disable=SC2034
