@@ -11,7 +11,7 @@ compile_tool() {
 }
 
 build_all() {
-  cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release &&
+  cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DRLX_TOOLS=OFF &&
     cmake --build "$build" --parallel --target zqeuctorlx || return 1
   mkdir -p "$tools"
   compile_tool copy_loop &&

@@ -14,9 +14,7 @@ if(RLX_TOOLS)
   target_compile_definitions(rlxproof_core PRIVATE RLX_FILTER_DIRECTORY="${RLX_FILTER_DIRECTORY}")
   foreach(tool IN ITEMS fcbcheck rlxdump rlxproof)
     install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-    if(EXISTS ${PROJECT_SOURCE_DIR}/tools/${tool}/${tool}.1)
-      install(FILES ${PROJECT_SOURCE_DIR}/tools/${tool}/${tool}.1
-              DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-    endif()
+    install(FILES ${PROJECT_SOURCE_DIR}/tools/${tool}/${tool}.1
+            DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
   endforeach()
 endif()

@@ -10,8 +10,8 @@ namespace rlx::reader {
 namespace {
 
 constexpr std::size_t kCountDigits = 4;
-constexpr std::string_view kContinued{"CNT_PRN_DAT", 12};
-constexpr std::string_view kEnd{"END_PRN_DAT", 12};
+constexpr std::string_view kContinued{"CNT_PRN_DAT\0", 12};
+constexpr std::string_view kEnd{"END_PRN_DAT\0", 12};
 
 std::string_view text_of(Bytes bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
