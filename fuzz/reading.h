@@ -101,7 +101,7 @@ inline std::string rebuilt_from_json(std::string_view dump) {
   std::string stream;
   while (!dump.empty()) {
     const std::string_view line = dump.substr(0, dump.find('\n'));
-    stream += bytes_behind(line, "\"header\":\"") + bytes_behind(line, "\"bytes\":\"");
+    stream += bytes_behind(line, R"("header":")") + bytes_behind(line, R"("bytes":")");
     dump.remove_prefix(std::min(dump.size(), line.size() + 1));
   }
   return stream;

@@ -33,7 +33,7 @@ struct GoldenJob {
 std::vector<GoldenJob> golden_jobs() {
   std::vector<GoldenJob> jobs;
   for (const fs::directory_entry& entry : fs::directory_iterator(RLX_CASES_DIRECTORY)) {
-    const fs::path folder = entry.path();
+    const fs::path& folder = entry.path();
     GoldenJob job{folder.filename(), "", 0};
     if (fs::exists(folder / "stdout.esc")) {
       job.output = decode_escaped(read_file(folder / "stdout.esc")).value();

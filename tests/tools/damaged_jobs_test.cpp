@@ -40,7 +40,7 @@ struct Blocks {
 
 /// Reads a damaged job: whatever is wrong, all its bytes are there.
 FoundJob read_damaged(const std::string& job) {
-  const FoundJob found = read_job(job);
+  FoundJob found = read_job(job);
   EXPECT_EQ(found.misdeed, "");
   EXPECT_TRUE(found.rebuilt == job);
   return found;

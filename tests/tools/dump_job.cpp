@@ -64,7 +64,7 @@ std::string rebuilt_from_json(std::string_view dump) {
   while (!dump.empty()) {
     const std::string_view line = dump.substr(0, dump.find('\n'));
     // Quotes in the texts of a job have a backslash in front, so only keys look so.
-    stream += bytes_behind(line, "\"header\":\"") + bytes_behind(line, "\"bytes\":\"");
+    stream += bytes_behind(line, R"("header":")") + bytes_behind(line, R"("bytes":")");
     dump.remove_prefix(std::min(line.size() + 1, dump.size()));
   }
   return stream;

@@ -9,7 +9,7 @@ namespace rlx::testing {
 namespace {
 
 FoundJob read_whole(const std::string& stream) {
-  const FoundJob found = read_job(stream);
+  FoundJob found = read_job(stream);
   EXPECT_EQ(found.misdeed, "");
   EXPECT_TRUE(found.rebuilt == stream);
   return found;
