@@ -65,9 +65,11 @@ check_preset() {
 # Three checks see only what stands in a piece itself and so nothing of the tests in it:
 # bugprone-suspicious-include (off there: it would see the piece), misc-unused-using-decls and
 # misc-unused-alias-decls. All three are only about tidiness, hold for src/ in every run, and for the
-# tests in `long`. Clang's warnings about unused names are like that too; g++'s are not.
+# tests in `long`. Clang's warnings about unused names are like that too; g++'s are not. What stands in
+# tools/, and its tests, is linted in `long` alone: it takes minutes.
 lint() {
-  cmake --preset clang >/dev/null && tools/lint.sh "$tidy_tool" build-clang .cache/lint
+  cmake --preset clang >/dev/null &&
+    RLX_LINT_TOOLS=0 tools/lint.sh "$tidy_tool" build-clang .cache/lint
 }
 
 # Each source by itself, with all checks, whatever was clean before. Besides what is said above this

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs clang-tidy over the sources below src/, tools/ and tests/ of the project in the current directory:
 #   tools/lint.sh TOOL BUILD [CACHE]
+# With RLX_LINT_TOOLS=0 in the environment it leaves out tools/ and the tests of what stands there.
 # TOOL is the clang-tidy to use, BUILD a folder with the compile commands of a CMake build with
 # clang, and CACHE the folder that remembers what was clean. Without CACHE all is looked at.
 #
@@ -19,6 +20,7 @@ set -euo pipefail
 }
 export tool=$1 build=$PWD/${2#"$PWD/"} cache=${3-}
 export commands=$build/compile_commands.json
+with_tools=${RLX_LINT_TOOLS-1}
 
 hash_of() {
   local sum
@@ -50,7 +52,12 @@ common_key() {
 # The units, the pieces first: they take longest. CMake writes one file to a line.
 units() {
   sed -n 's/^ *"file": "\(.*\)".*/\1/p' "$commands" | sort -u |
-    awk -v root="$PWD/" -v build="$build/" '
+    awk -v root="$PWD/" -v build="$build/" -v with_tools="$with_tools" '
+      function is_of_tools(folder) {
+        return index($0, folder "tests/tools/") == 1 || index($0, folder "tests/proofs/") == 1 ||
+          index($0, folder "tools/") == 1
+      }
+      with_tools == 0 && (is_of_tools(root) || is_of_tools(build)) { next }
       index($0, build "tests/") == 1 { print; next }
       index($0, root "src/") == 1 || index($0, root "tools/") == 1 ||
         index($0, root "tests/") == 1 { other[++count] = $0 }
@@ -144,6 +151,14 @@ lint_one() {
   fi
 }
 
+all_sources() {
+  if [[ $with_tools == 1 ]]; then
+    find src tools tests -name '*.cpp'
+  else
+    find src tests -name '*.cpp' -not -path 'tests/tools/*' -not -path 'tests/proofs/*'
+  fi
+}
+
 # Fails when a source is in no unit: it would never be looked at.
 require_all_sources() {
   local all=$1 source missing=0 covered
@@ -156,7 +171,7 @@ require_all_sources() {
       printf '%s: in no compile command, so not looked at\n' "$source"
       missing=1
     fi
-  done < <(find src tools tests -name '*.cpp' | sort)
+  done < <(all_sources | sort)
   return "$missing"
 }
 
