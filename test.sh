@@ -111,6 +111,7 @@ check_lint() {
 check_all() {
   install_missing "${build_needs[@]}" "${test_needs[@]}"
   check_style
+  # The programs around the filter are in the first two builds only: all four would take too long.
   step "release build and tests" check_preset release
   step "sanitizer build and tests" check_preset asan
   step "unsigned-char build and tests" check_preset unsigned-char

@@ -154,7 +154,7 @@ std::string cut_character() {
   if (number(0, 2) == 0) {
     text = two_bytes(0xd0, 0x80, 0xbf);
   } else if (number(0, 2) == 0) {
-    text.insert(0, "\xf0");
+    text.insert(text.begin(), '\xf0');
   }
   if (number(0, 1) == 0) {
     text.resize(number(1, text.size()));
