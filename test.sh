@@ -2,8 +2,9 @@
 # Checks everything, after installing what that needs:
 #   ./test.sh         format, all builds with their tests, lint, benchmarks' build
 #   ./test.sh quick   the release build with its tests, less the fault tests
-#   ./test.sh long    all, the lint of each file by itself and without what it remembers, and both
-#                     roads of the filter compared on 100,000 generated jobs
+#   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
+#                     of the filter compared on 100,000 generated jobs, and what it makes of as
+#                     many read back
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
 # lint's memory (.cache/lint/) are kept between runs; both may be removed at any time.
 set -euo pipefail
@@ -136,12 +137,18 @@ compare_roads() {
   RLX_GENERATED_JOBS=100000 build-release/tests/unit_tests --gtest_filter='Roads.*' --gtest_brief=1
 }
 
+read_jobs_back() {
+  RLX_CHECKED_JOBS=100000 build-release/tests/tools/tool_tests \
+    --gtest_filter='*GeneratedJobs.AreGood*' --gtest_brief=1
+}
+
 case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
   long)
     check_all lint_apart
     step "both roads on 100,000 jobs" compare_roads
+    step "100,000 jobs read back" read_jobs_back
     ;;
   *)
     say "usage: ./test.sh [quick|long]"

@@ -141,7 +141,7 @@ TEST_P(GeneratedJobs, AreRebuiltFromJson) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Parts, GeneratedJobs, ::testing::Range<std::uint64_t>(0, 8));
+INSTANTIATE_TEST_SUITE_P(Seeds, GeneratedJobs, ::testing::Range<std::uint64_t>(0, 8));
 
 /// Each line is an object with a type and an offset, and no offset of a block or of bytes goes
 /// back.

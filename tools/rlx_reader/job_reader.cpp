@@ -5,8 +5,8 @@
 
 namespace rlx::reader {
 
-struct JobReader::Parts {
-  Parts(ByteInput& bytes, JobVisitor& visitor)
+struct JobReader::Readers {
+  Readers(ByteInput& bytes, JobVisitor& visitor)
       : input(bytes), frames(bytes, visitor), blocks(bytes, visitor) {}
 
   ByteInput& input;
@@ -17,20 +17,20 @@ struct JobReader::Parts {
 };
 
 JobReader::JobReader(ByteInput& input, JobVisitor& visitor)
-    : parts_(std::make_unique<Parts>(input, visitor)) {}
+    : readers_(std::make_unique<Readers>(input, visitor)) {}
 
 JobReader::~JobReader() = default;
 
 bool JobReader::read_next() {
-  if (!parts_->begun) {
-    parts_->begun = true;
-    parts_->framed = is_framed(parts_->input.look(kFrameHeaderBytes));
+  if (!readers_->begun) {
+    readers_->begun = true;
+    readers_->framed = is_framed(readers_->input.look(kFrameHeaderBytes));
   }
   // A job that is passed through leaves the frames for good.
-  if (parts_->framed && parts_->frames.at_passed_through_job()) {
-    parts_->framed = false;
+  if (readers_->framed && readers_->frames.at_passed_through_job()) {
+    readers_->framed = false;
   }
-  return parts_->framed ? parts_->frames.read_next() : parts_->blocks.read_next();
+  return readers_->framed ? readers_->frames.read_next() : readers_->blocks.read_next();
 }
 
 void read_jobs(ByteInput& input, JobVisitor& visitor) {

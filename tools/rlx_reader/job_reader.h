@@ -32,8 +32,8 @@ class JobReader {
   bool read_next();
 
  private:
-  struct Parts;
-  std::unique_ptr<Parts> parts_;
+  struct Readers;
+  std::unique_ptr<Readers> readers_;
 };
 
 /// Reads a whole stream.
