@@ -7,4 +7,4 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cmake --preset release >/dev/null
 cmake --build --preset release --target tool_tests >&2
 rm -f tests/dumps/*.txt
-RLX_UPDATE_DUMPS=1 exec build-release/tests/tool_tests --gtest_filter='*DumpedAsKept' --gtest_brief=1
+RLX_UPDATE_DUMPS=1 exec build-release/tests/tools/tool_tests --gtest_filter='*DumpedAsKept' --gtest_brief=1
