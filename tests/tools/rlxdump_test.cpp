@@ -153,6 +153,34 @@ TEST(TextDumps, SayWhatIsWrongWhereItLies) {
   EXPECT_NE(dump.find("1 page, 7 blocks, 203 bytes, 1 fault\n"), std::string::npos) << dump;
 }
 
+TEST(TextDumps, ShowACutPieceInFrontOfTheFinalFormFeed) {
+  for (const std::string cut : {"\xe3\x81", "\x1bQ1"}) {
+    const std::string dump =
+        text_dump(first_header() + rlx_block('2', "A" + cut) + rlx_block('0', "\f") + job_end());
+    const std::size_t piece = dump.find("\n       174    ");
+    const std::size_t form_feed = dump.find("  form feed               kind 0");
+    ASSERT_NE(piece, std::string::npos) << dump;
+    ASSERT_NE(form_feed, std::string::npos) << dump;
+    EXPECT_LT(piece, form_feed) << dump;
+  }
+}
+
+/// The last line of a dump.
+std::string summary_of(const std::string& stream) {
+  const std::string dump = text_dump(stream);
+  return dump.substr(dump.rfind('\n', dump.size() - 2) + 1);
+}
+
+TEST(TextDumps, CountPagesThatHaveData) {
+  const std::string page = first_header() + rlx_block('2', "A\f");
+  EXPECT_EQ(summary_of(page + rlx_parameters(kFixedText)).substr(0, 18), "1 page, 7 blocks, ");
+  EXPECT_EQ(summary_of(rlx_frame("", true)), "0 pages, 1 frame, 16 bytes, no faults\n");
+  EXPECT_EQ(summary_of(rlx_frame("A\f", false) + rlx_frame("", true)),
+            "1 page, 2 frames, 34 bytes, no faults\n");
+  EXPECT_EQ(summary_of(rlx_frame("", false) + rlx_frame("A\f", false) + rlx_frame("B", true)),
+            "2 pages, 3 frames, 51 bytes, no faults\n");
+}
+
 TEST(TextDumps, ShowGlyphs) {
   const std::string download =
       "\x1c"
@@ -172,6 +200,8 @@ TEST(PageLists, HaveALineForEachPage) {
             "page      1         31 bytes      2 lines  FIRST MORE\n"
             "page      2          8 bytes      1 lines  SECOND\n");
   EXPECT_EQ(page_list(""), "");
+  EXPECT_EQ(page_list(rlx_frame("", true)), "");
+  EXPECT_EQ(page_list(first_header()), "");
   EXPECT_EQ(page_list(rlx_frame("A\n\f\nB", false) + rlx_frame("C\f\f", true)),
             "page      1          3 bytes      1 lines  A\n"
             "page      2          4 bytes      1 lines  BC\n"

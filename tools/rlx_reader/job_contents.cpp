@@ -14,6 +14,12 @@ bool is_page_data(BlockUse use) {
          use == BlockUse::final_form_feed;
 }
 
+/// Nothing in front of such a block goes on behind it: it is no data of a sequence that is still
+/// open.
+bool ends_page_data(BlockUse use) {
+  return use == BlockUse::job_start || use == BlockUse::final_form_feed || use == BlockUse::job_end;
+}
+
 /// A reader that ends data of its own behind each block.
 bool stands_alone(BlockUse use) {
   return !is_page_data(use) && use != BlockUse::job_parameters;
@@ -62,9 +68,10 @@ void JobContents::begin_page_section() {
 
 /// In a framed stream `page_has_data_` says that the page was fed.
 void JobContents::begin_frame_section() {
-  if (!has_section_ || page_has_data_) {
+  if (!has_section_ || section_.kind != Section::Kind::page || page_has_data_) {
     page_has_data_ = false;
     begin_section(Section::Kind::page, ++pages_);
+    visitor_.begin_page();
   }
 }
 
@@ -91,6 +98,7 @@ void JobContents::begin_section_of(const Block& block) {
       begin_page_section();
       page_has_data_ = true;
       ++pages_;
+      visitor_.begin_page();
       break;
     case BlockUse::density:
     case BlockUse::page_format:
@@ -109,7 +117,7 @@ void JobContents::begin_section_of(const Block& block) {
 }
 
 void JobContents::begin_block(const Block& block) {
-  if (block.use == BlockUse::job_end) {
+  if (ends_page_data(block.use)) {
     data_.finish();
   }
   framed_ = false;
@@ -125,10 +133,6 @@ void JobContents::payload(const Block& block, Bytes part) {
   visitor_.bytes(at_, part);
   if (block.use == BlockUse::job_parameters) {
     read_parameters(part);
-  } else if (block.use == BlockUse::final_form_feed) {
-    // It is no data of a sequence that is still open.
-    data_.finish();
-    data_.feed(part, at_);
   } else if (is_page_data(block.use)) {
     data_.feed(part, at_);
   } else {
@@ -165,7 +169,11 @@ void JobContents::end_block(const Block& block) {
 
 void JobContents::begin_frame(const Frame& frame) {
   framed_ = true;
-  begin_frame_section();
+  if (frame.count == 0) {
+    require_section();
+  } else {
+    begin_frame_section();
+  }
   at_ = frame.offset + kFrameHeaderBytes;
   visitor_.frame(frame);
 }

@@ -39,6 +39,8 @@ class ContentVisitor {
 
   /// What follows belongs to a new section.
   virtual void section(const Section& /*section*/) {}
+  /// The page that the section is has data. Without that it is a page header alone.
+  virtual void begin_page() {}
 
   virtual void begin_block(const Block& /*block*/) {}
   virtual void end_block(const Block& /*block*/) {}
@@ -56,7 +58,8 @@ class ContentVisitor {
   virtual void fault(const Fault& /*fault*/) {}
 };
 
-/// Takes apart what a JobReader finds. In a framed stream a form feed ends a page.
+/// Takes apart what a JobReader finds. In a framed stream a form feed ends a page, and the next
+/// frame with data begins one.
 class JobContents : public JobVisitor {
  public:
   static constexpr std::size_t kMostLine = 4096;

@@ -66,7 +66,6 @@ const char* name_of(reader::Place place) {
 
 void JsonDump::section(const reader::Section& section) {
   section_ = title_of(section);
-  pages_ += section.kind == reader::Section::Kind::page ? 1U : 0U;
 }
 
 void JsonDump::begin_block(const reader::Block& block) {

@@ -16,6 +16,7 @@ class JsonDump : public reader::ContentVisitor {
   explicit JsonDump(Output& output) : output_(output) {}
 
   void section(const reader::Section& section) override;
+  void begin_page() override { ++pages_; }
   void begin_block(const reader::Block& block) override;
   void frame(const reader::Frame& frame) override;
   void bytes(std::uint64_t offset, reader::Bytes part) override;

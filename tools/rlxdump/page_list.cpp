@@ -68,12 +68,13 @@ void PageList::add_text(reader::Bytes text) {
 }
 
 void PageList::out_page() {
-  if (page_ != 0) {
+  if (has_data_) {
     output_.put("page " + painter_.paint(Look::bold, right(std::to_string(page_), kNumberWidth)) +
                 "  " + right(std::to_string(bytes_), kBytesWidth) + " bytes  " +
                 right(std::to_string(lines_), kLinesWidth) + " lines  " +
                 (words_.empty() ? "(no text)" : first_words(words_)) + '\n');
   }
+  has_data_ = false;
   bytes_ = 0;
   lines_ = 0;
   line_has_text_ = false;
@@ -83,7 +84,6 @@ void PageList::out_page() {
 
 void PageList::finish() {
   out_page();
-  page_ = 0;
 }
 
 }  // namespace rlx::dump

@@ -15,6 +15,7 @@ class PageList : public reader::ContentVisitor {
   PageList(Output& output, const Painter& painter) : output_(output), painter_(painter) {}
 
   void section(const reader::Section& section) override;
+  void begin_page() override { has_data_ = true; }
   void token(reader::Place place, const reader::Token& token) override;
 
   /// Writes the last page.
@@ -26,7 +27,8 @@ class PageList : public reader::ContentVisitor {
 
   Output& output_;
   const Painter& painter_;
-  std::uint64_t page_ = 0;  ///< 0 without one
+  std::uint64_t page_ = 0;
+  bool has_data_ = false;
   std::uint64_t bytes_ = 0;
   std::uint64_t lines_ = 0;
   bool line_has_text_ = false;

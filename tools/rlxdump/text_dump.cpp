@@ -48,7 +48,6 @@ void TextDump::piece(std::uint64_t offset, std::string_view name, std::string_vi
 }
 
 void TextDump::section(const reader::Section& section) {
-  pages_ += section.kind == reader::Section::Kind::page ? 1 : 0;
   const std::string title = "== " + title_of(section) + " ";
   const std::string rule(kSeparatorWidth - std::min(kSeparatorWidth, title.size()), '=');
   output_.put(painter_.paint(Look::title, title + rule) + '\n');

@@ -16,6 +16,7 @@ class TextDump : public reader::ContentVisitor {
   TextDump(Output& output, const Painter& painter) : output_(output), painter_(painter) {}
 
   void section(const reader::Section& section) override;
+  void begin_page() override { ++pages_; }
   void begin_block(const reader::Block& block) override;
   void frame(const reader::Frame& frame) override;
   void pass_through(std::uint64_t offset, reader::Bytes sequence) override;
