@@ -113,7 +113,7 @@ TEST(JobDifferences, ShowWhatOnlyOneHas) {
   EXPECT_EQ(compared(front + job_end(), front + page + job_end()),
             "--- a\n+++ b\n== page 2\n"
             "+ piece      1  at        176  page setup\n"
-            "+ piece      2  at        192  unit  ESC \"Q1;7200!C\"  (parts of an inch 7200)\n"
+            "+ piece      2  at        192  unit  ESC \"Q1;7200!C\"  (length 1/7200 in)\n"
             "+ piece      3  at        202  first data\n"
             "+ piece      4  at        218  text  \"B\"\n"
             "+ piece      5  at        219  form feed  FF\n");

@@ -30,7 +30,10 @@ struct Meaning {
 TEST(Sequences, OfPageHeadersAreDecoded) {
   const Meaning meanings[] = {
       {R"(\eQ240!A)", "density: dots per inch 240"},
-      {R"(\eQ1;7200!C)", "unit: parts of an inch 7200"},
+      {R"(\eQ1;7200!C)", "unit: length 1/7200 in"},
+      {R"(\eQ2;300!C)", "unit: length 2/300 in"},
+      {R"(\eQ12!C)", "unit: length ?"},
+      {R"(\eQ1;0!C)", "unit: length ?"},
       {R"(\eQ0;4;1;1!@)", "paper: size A4, tray P2, orientation landscape"},
       {R"(\eQ0;3;0;0!@)", "paper: size A3, tray P1, orientation portrait"},
       {R"(\eQ1;5;3;0!@)", "paper: size B5, tray P3, orientation portrait"},
@@ -71,7 +74,7 @@ TEST(Sequences, OfPageDataAreDecoded) {
       {R"(\s%!!!q)", "line pitch: pitch 1111/7200 in = 11.11/72 in, 6.48 lines per inch"},
       {R"(\s%p)", "line pitch: pitch 0/7200 in = 0/72 in"},
       {R"(\s%!ap)", "line pitch"},
-      {R"(\s$!$$p)", "double pitch: pitch 1440/7200 in, 5 per inch"},
+      {R"(\s$!$$p)", "double-byte pitch: pitch 1440/7200 in, 5 per inch"},
       {R"(\s&! u)", "character spacing: spacing 105"},
       {R"(\s&!"p)", "character spacing: spacing 120"},
       {R"(\s(`q)", "standard state"},
@@ -82,11 +85,11 @@ TEST(Sequences, OfPageDataAreDecoded) {
       {R"(\sJ)", "passed on"},
       {R"(\sK)", "passed on"},
       {R"(\s0"r)", "glyph size: rows 22"},
-      {R"(\e[12`)", "to column position: units 12/7200 in"},
-      {R"(\e[12a)", "right by: units 12/7200 in"},
-      {R"(\e[12d)", "to line position: units 12/7200 in"},
-      {R"(\e[12e)", "down by: units 12/7200 in"},
-      {R"(\e[e)", "down by: units ?"},
+      {R"(\e[12`)", "to column position: position 12/7200 in"},
+      {R"(\e[12a)", "right by: distance 12/7200 in"},
+      {R"(\e[12d)", "to line position: position 12/7200 in"},
+      {R"(\e[12e)", "down by: distance 12/7200 in"},
+      {R"(\e[e)", "down by: distance ?"},
       {R"(\e[12 E)", "passed on"},
       {R"(\eQ1 y)", "character size: set single-byte"},
       {R"(\eQ2 y)", "character size: set double-byte"},
@@ -95,6 +98,7 @@ TEST(Sequences, OfPageDataAreDecoded) {
       {R"(\eQ1;!f)", "standard state"},
       {R"(\eQ2;!f)", "passed on"},
       {R"(\eQ1;5!a)", "content: data 5 bytes"},
+      {R"(\eQ1;1!a)", "content: data 1 byte"},
       {R"(\eQ1;2!x)", "content"},
       {R"(\eQ1;2!y)", "content"},
       {R"(\eQ1;2!z)", "content"},
@@ -224,13 +228,14 @@ TEST(JobParameters, AreExplained) {
   EXPECT_EQ(explained("DCH=240"), "DCH|240|dots per inch|");
   EXPECT_EQ(explained("DUP=1"), "DUP|1|duplex|yes");
   EXPECT_EQ(explained("DUP=0"), "DUP|0|duplex|no");
-  EXPECT_EQ(explained("ORT=4"), "ORT|4|orientation|LP");
+  EXPECT_EQ(explained("ORT=4"), "ORT|4|orientation|LP, portrait, reduced");
   EXPECT_EQ(explained("ORT=9"), "ORT|9|orientation|");
   EXPECT_EQ(explained("BIN=2"), "BIN|2|tray|P2");
   EXPECT_EQ(explained("BIN=A"), "BIN|A|tray|P, any");
   EXPECT_EQ(explained("PSZ=LT"), "PSZ|LT|paper size|letter");
   EXPECT_EQ(explained("PSZ=A4"), "PSZ|A4|paper size|");
-  EXPECT_EQ(explained("FFL=110"), "FFL|110|form length|11.0 in");
+  EXPECT_EQ(explained("FFL=110"), "FFL|110|form length|11 in");
+  EXPECT_EQ(explained("FFL=35"), "FFL|35|form length|3.5 in");
   EXPECT_EQ(explained("FFL=99999999999"), "FFL|99999999999|form length|");
   EXPECT_EQ(explained("CPS=-7"), "CPS|-7|copies|");
   EXPECT_EQ(explained("FOV=A=B"), "FOV|A=B|form overlay|");

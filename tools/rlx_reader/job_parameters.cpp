@@ -37,11 +37,11 @@ struct ValueRow {
 constexpr std::array<ValueRow, 14> kValues{{
     {"DUP", "0", "no"},
     {"DUP", "1", "yes"},
-    {"ORT", "0", "P"},
-    {"ORT", "1", "L"},
-    {"ORT", "2", "PZ"},
-    {"ORT", "3", "LZ"},
-    {"ORT", "4", "LP"},
+    {"ORT", "0", "P, portrait"},
+    {"ORT", "1", "L, landscape"},
+    {"ORT", "2", "PZ, portrait, reduced"},
+    {"ORT", "3", "LZ, landscape, reduced"},
+    {"ORT", "4", "LP, portrait, reduced"},
     {"BIN", "1", "P1"},
     {"BIN", "2", "P2"},
     {"BIN", "3", "P3"},
@@ -59,7 +59,8 @@ bool is_number(std::string_view text) {
 /// Tenths of an inch, as inches.
 std::string inches(std::string_view tenths) {
   const unsigned long number = std::stoul(std::string(tenths));
-  return std::to_string(number / 10) + "." + std::to_string(number % 10) + " in";
+  const std::string tenth = number % 10 == 0 ? "" : "." + std::to_string(number % 10);
+  return std::to_string(number / 10) + tenth + " in";
 }
 
 std::string meaning_of(std::string_view key, std::string_view value) {

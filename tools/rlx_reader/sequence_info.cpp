@@ -116,6 +116,16 @@ void describe_binding(const Fields& fields, SequenceInfo& info) {
   }
 }
 
+/// n / parts of an inch.
+void describe_unit(const Fields& fields, SequenceInfo& info) {
+  info.name = "unit";
+  const Number n = field(fields, 0);
+  const Number parts = field(fields, 1);
+  const bool known = n && parts && *n != 0 && *parts != 0;
+  info.parameters.push_back(
+      {"length", known ? std::to_string(*n) + "/" + std::to_string(*parts) + " in" : "?", {}});
+}
+
 void describe_offsets(const Fields& fields, SequenceInfo& info) {
   info.name = "offsets";
   for (const std::size_t i : {0U, 1U}) {
@@ -144,8 +154,7 @@ void describe_page_setting(char final, const Fields& fields, SequenceInfo& info)
       info.parameters.push_back(number_parameter("dots per inch", field(fields, 0)));
       break;
     case 'C':
-      info.name = "unit";
-      info.parameters.push_back(number_parameter("parts of an inch", field(fields, 1)));
+      describe_unit(fields, info);
       break;
     case '@':
       describe_paper(fields, true, info);
@@ -228,7 +237,8 @@ void describe_q(Bytes sequence, SequenceInfo& info) {
       break;
   }
   if (const std::uint64_t data = counted_data(sequence); data != 0) {
-    info.parameters.push_back({"data", std::to_string(data) + " bytes", data});
+    info.parameters.push_back(
+        {"data", std::to_string(data) + (data == 1 ? " byte" : " bytes"), data});
   }
 }
 
@@ -248,7 +258,7 @@ void describe_field(Bytes sequence, SequenceInfo& info) {
       parameter("pitch", line_pitch);
       break;
     case '$':
-      info.name = "double pitch";
+      info.name = "double-byte pitch";
       parameter("pitch", character_pitch);
       break;
     case '&':
@@ -274,7 +284,9 @@ void describe_position(Bytes sequence, SequenceInfo& info) {
   }
   info.name = kNames[which];
   const Number units = decimal_number(sequence.subspan(2, sequence.size() - 3));
-  info.parameters.push_back({"units", units ? in_units(*units) : "?", units});
+  const bool from_edge = which == 0 || which == 2;
+  info.parameters.push_back(
+      {from_edge ? "position" : "distance", units ? in_units(*units) : "?", units});
 }
 
 /// Sequences that are always the same.

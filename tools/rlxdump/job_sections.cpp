@@ -76,7 +76,7 @@ void JobSections::begin_block(const reader::Block& block) {
 void JobSections::frame(const reader::Frame& frame) {
   const std::string name = frame.last ? "END frame" : "CNT frame";
   add(frame.offset, name + std::to_string(frame.count), {},
-      name + " of " + std::to_string(frame.count) + " bytes");
+      name + " of " + std::to_string(frame.count) + (frame.count == 1 ? " byte" : " bytes"));
 }
 
 void JobSections::pass_through(std::uint64_t offset, Bytes sequence) {
