@@ -154,9 +154,9 @@ TEST(TextDumps, SayWhatIsWrongWhereItLies) {
 }
 
 TEST(TextDumps, ShowACutPieceInFrontOfTheFinalFormFeed) {
-  for (const std::string cut : {"\xe3\x81", "\x1bQ1"}) {
-    const std::string dump =
-        text_dump(first_header() + rlx_block('2', "A" + cut) + rlx_block('0', "\f") + job_end());
+  for (const std::string_view cut : {"\xe3\x81", "\x1bQ1"}) {
+    const std::string dump = text_dump(first_header() + rlx_block('2', "A" + std::string(cut)) +
+                                       rlx_block('0', "\f") + job_end());
     const std::size_t piece = dump.find("\n       174    ");
     const std::size_t form_feed = dump.find("  form feed               kind 0");
     ASSERT_NE(piece, std::string::npos) << dump;

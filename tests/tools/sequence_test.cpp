@@ -44,6 +44,7 @@ TEST(Sequences, OfPageHeadersAreDecoded) {
       {R"(\eQ10;;00035;!\\)", "form length: length 3.5 in"},
       {R"(\eQ100;100!I)", "full size: width 100 %, height 100 %"},
       {R"(\eQ66;80!I)", "reduction: width 66 %, height 80 %"},
+      {R"(\eQ66;120!I)", "scale: width 66 %, height 120 %"},
       {R"(\eQ2;2;00500;00000!W)", "duplex: binding edge upper, binding margin 500/7200 in"},
       {R"(\eQ2;0;00000;00000!W)", "duplex: binding edge left, binding margin 0/7200 in"},
       {R"(\eQ0;;;!W)", "simplex"},

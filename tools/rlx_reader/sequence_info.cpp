@@ -141,7 +141,8 @@ void describe_size(const Fields& fields, SequenceInfo& info) {
   if (!width || !height) {
     return;
   }
-  info.name = *width == 100 && *height == 100 ? "full size" : "reduction";
+  const bool larger = *width > 100 || *height > 100;
+  info.name = *width == 100 && *height == 100 ? "full size" : larger ? "scale" : "reduction";
   info.parameters.push_back({"width", std::to_string(*width) + " %", width});
   info.parameters.push_back({"height", std::to_string(*height) + " %", height});
 }
