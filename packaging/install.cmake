@@ -1,9 +1,5 @@
 # `cmake --install build` puts the filter where the spooler looks for its filters, the programs
-# around it beside the system's, and the manual pages beside the others. All folders are relative to
-# the prefix.
-include(GNUInstallDirs)
-set(RLX_FILTER_DIRECTORY "${CMAKE_INSTALL_LIBEXECDIR}" CACHE STRING
-    "Folder of the spooler's filters, relative to the prefix")
+# around it beside the system's, and the manual pages beside the others.
 
 install(TARGETS zqeuctorlx RUNTIME DESTINATION "${RLX_FILTER_DIRECTORY}")
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/zqeuctorlx.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8")

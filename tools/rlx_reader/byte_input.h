@@ -33,8 +33,35 @@ class ByteInput {
   static constexpr std::size_t kMostLookAhead = 65536;
 };
 
+/// Bytes that come from somewhere in portions, through a buffer.
+class BufferedInput : public ByteInput {
+ public:
+  BufferedInput();
+
+  Bytes look(std::size_t count) override;
+  void take(std::size_t count) override;
+  std::uint64_t offset() const override { return offset_; }
+
+ protected:
+  /// Where in the stream the next portion stands.
+  std::uint64_t read_offset() const { return offset_ + (end_ - next_); }
+
+ private:
+  /// Brings the next portion. @param room  never empty.
+  /// @return how many bytes it has; 0 at the end, after which nobody asks again.
+  virtual std::size_t read_some(std::span<std::uint8_t> room) = 0;
+
+  void read_on();
+
+  std::vector<std::uint8_t> buffer_;
+  std::size_t next_ = 0;
+  std::size_t end_ = 0;
+  std::uint64_t offset_ = 0;
+  bool ended_ = false;
+};
+
 /// A file, or standard input.
-class FileInput : public ByteInput {
+class FileInput : public BufferedInput {
  public:
   /// @param path  "-" is standard input.
   /// @throws std::system_error, with the path in its text, when it cannot be opened.
@@ -43,20 +70,11 @@ class FileInput : public ByteInput {
   FileInput(const FileInput&) = delete;
   FileInput& operator=(const FileInput&) = delete;
 
-  Bytes look(std::size_t count) override;
-  void take(std::size_t count) override;
-  std::uint64_t offset() const override { return offset_; }
-
  private:
-  void read_on();
+  std::size_t read_some(std::span<std::uint8_t> room) override;
 
   std::string name_;
   int descriptor_;
-  std::vector<std::uint8_t> buffer_;
-  std::size_t next_ = 0;
-  std::size_t end_ = 0;
-  std::uint64_t offset_ = 0;
-  bool ended_ = false;
 };
 
 /// Bytes in memory, which somebody else owns.

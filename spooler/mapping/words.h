@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace rlx::spooler {
+
+/// True when two words differ in nothing but the case of ASCII letters.
+bool same_word(std::string_view left, std::string_view right);
+
+/// Divides at a separator. Empty pieces are left out.
+std::vector<std::string> divide(std::string_view text, char separator);
+
+/// A text of nothing but decimal digits as a number. @return nothing for any other text, and for a
+/// number above `most`.
+std::optional<unsigned> whole_number(std::string_view text, unsigned most);
+
+}  // namespace rlx::spooler

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <atomic>
+
+#include "running/descriptor.h"
+
+namespace rlx::spooler {
+
+/// The wish to end something early. It is asked for from a signal handler or another thread, at any
+/// time, and stays.
+class Cancellation {
+ public:
+  /// @param whole  whoever cancels that cancels this, too; it must stay as long as this lives.
+  /// @throws std::system_error when there is no pipe.
+  explicit Cancellation(const Cancellation* whole = nullptr);
+
+  /// Safe in a signal handler.
+  void ask() noexcept;
+  bool is_asked() const noexcept;
+
+  /// Waits until a descriptor can be read or written (`events`, as for poll), has ended, or the
+  /// cancellation is asked for. @return false in the last case.
+  bool wait_for(int descriptor, short events) const;
+
+ private:
+  const Cancellation* whole_;
+  std::atomic<bool> asked_ = false;
+  Pipe pipe_;  ///< can be read when it is asked for
+};
+
+/// Asks for the cancellation when the process is told to end (SIGTERM, SIGINT, SIGHUP). A broken
+/// pipe becomes a failed write.
+/// @param cancellation  must stay until the process ends.
+void cancel_on_signals(Cancellation& cancellation);
+
+}  // namespace rlx::spooler

@@ -1,0 +1,47 @@
+#include "texttorlx/messages.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "running/descriptor.h"
+
+namespace rlx::texttorlx {
+
+namespace {
+
+/// One write a line: lines of two threads do not mix. Nothing can be said of a failure.
+void write_line(const std::string& prefix, std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  const std::string line = prefix + text + '\n';
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(line.data());
+  static_cast<void>(spooler::write_all(STDERR_FILENO, {bytes, line.size()}));
+}
+
+}  // namespace
+
+void error(const std::string& text) {
+  write_line("ERROR: ", text);
+}
+
+void info(const std::string& text) {
+  write_line("INFO: ", text);
+}
+
+void debug(const std::string& text) {
+  write_line("DEBUG: ", text);
+}
+
+void page(std::uint64_t number, unsigned copies) {
+  write_line("PAGE: ", std::to_string(number) + ' ' + std::to_string(copies));
+}
+
+void add_state(const std::string& reason) {
+  write_line("STATE: +", reason);
+}
+
+void remove_state(const std::string& reason) {
+  write_line("STATE: -", reason);
+}
+
+}  // namespace rlx::texttorlx
