@@ -83,6 +83,16 @@ TEST(GlyphSize, FillsItsCell) {
   EXPECT_DOUBLE_EQ(glyph_size(cell, 0.6).across, 24);
 }
 
+TEST(GlyphSize, DoesNotStretchNarrowCharactersOfDoubleByteCells) {
+  // Accented letters and kana of half the width have the size of the square ones beside them.
+  const Cell cell{0, 0, 14.4, 12, 0xfc, true, nullptr};
+  const GlyphSize square = glyph_size(cell, 1);
+  EXPECT_DOUBLE_EQ(square.down, 12);
+  EXPECT_DOUBLE_EQ(square.across, 14.4 - 0.08 * 12);
+  EXPECT_DOUBLE_EQ(glyph_size(cell, 0.5).across, square.across);
+  EXPECT_DOUBLE_EQ(glyph_size(cell, 0.5).down, square.down);
+}
+
 TEST(Heading, SaysWhatSheetItIs) {
   Sheet sheet;
   sheet.page = 3;
@@ -101,7 +111,7 @@ TEST(Heading, SaysWhatSheetItIs) {
   const std::string heading = heading_of(sheet, "job");
   for (const char* part :
        {"back", "A4 landscape", "tray 2", "copies 3", "overlay OVER x 4", "form code F1",
-        "form length 11 in", "binding left 0.07 in", "character spacing 105, not drawn"}) {
+        "form length 11 in", "bound at the left, 0.07 in", "character spacing 105, not drawn"}) {
     EXPECT_NE(heading.find(part), std::string::npos) << part;
   }
 }

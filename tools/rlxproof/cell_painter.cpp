@@ -69,6 +69,9 @@ void show_glyph(cairo_t* cairo, const Cell& cell) {
 }  // namespace
 
 GlyphSize glyph_size(const Cell& cell, double advance) {
+  if (cell.is_double) {
+    advance = std::max(advance, 1.0);
+  }
   const double fitting = cell.width / advance;
   const double down = std::min(fitting, cell.height);
   const double closed = (cell.width - kNoGap * down) / advance;

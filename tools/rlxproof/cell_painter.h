@@ -18,7 +18,8 @@ struct GlyphSize {
 };
 
 /// The size in which a character fills a cell: not higher than its line, and so wide that what is
-/// left between two cells is no gap between words.
+/// left between two cells is no gap between words. In a double-byte cell a character that its font
+/// makes narrower than high stays as it is beside those that are square.
 /// @param advance  of the character in its font, in parts of the size.
 GlyphSize glyph_size(const Cell& cell, double advance);
 

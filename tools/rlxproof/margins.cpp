@@ -54,7 +54,7 @@ void add_side(std::string& text, const Sheet& sheet) {
     add(text, sheet.side == Side::front ? "front" : "back");
   }
   if (page.binding_margin != 0) {
-    add(text, std::string("binding ") + (page.binding_is_upper ? "above " : "left ") +
+    add(text, std::string("bound at the ") + (page.binding_is_upper ? "top, " : "left, ") +
                   inches(page.binding_margin));
   }
 }
