@@ -91,6 +91,8 @@ TEST(Program, TheFiltersFailureIsTold) {
   EXPECT_NE(ending.messages.find("FCB data error"), std::string::npos) << ending.messages;
   EXPECT_TRUE(ending.messages.ends_with("rlxproof: job: the filter ended with status 1\n"))
       << ending.messages;
+  EXPECT_TRUE(folder.pages("job.pdf").at(0).has("convert"));
+  EXPECT_FALSE(folder.pages("job.pdf").at(0).has("prints"));
 }
 
 TEST(Program, OptionsForTheFilterAreNotUsedForRlx) {
@@ -109,7 +111,9 @@ TEST(Program, FilesThatCannotBeUsed) {
   EXPECT_EQ(folder.run("-o job job").status, 1);
   EXPECT_EQ(folder.read("job"), one_page("TEXT\f"));
   EXPECT_EQ(folder.run("-o /dev/full job").status, 1);
-  EXPECT_EQ(folder.run("--png job job").status, 1);
+  const Ending no_folder = folder.run("--png job job");
+  EXPECT_EQ(no_folder.status, 1);
+  EXPECT_EQ(no_folder.messages, "rlxproof: job: Not a directory\n");
 }
 
 TEST(Program, FramedAndPassedThroughJobs) {

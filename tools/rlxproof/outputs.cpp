@@ -114,7 +114,11 @@ class PdfOutput : public Output {
 class PictureOutput : public Output {
  public:
   explicit PictureOutput(std::filesystem::path folder) : folder_(std::move(folder)) {
-    std::filesystem::create_directories(folder_);
+    std::error_code error;
+    std::filesystem::create_directories(folder_, error);
+    if (error) {
+      throw std::system_error(error, folder_);
+    }
   }
 
   void add(const Sheet& sheet, ProofPainter& painter) override {

@@ -75,11 +75,14 @@ class SheetDrawer : public SheetVisitor {
     say(name_of(options_.job) + ":" + std::to_string(fault.offset) + ": " + fault.what);
   }
 
+  void filter_failed(const std::string& ending) {
+    filter_has_failed_ = true;
+    say(name_of(options_.job) + ": " + ending);
+  }
+
   /// @return false when the job had faults, or none of the pages that were asked for.
   bool finish() {
-    const std::string reason = last_page_ == 0 ? "The job prints nothing."
-                                               : "The job has " + std::to_string(last_page_) +
-                                                     " pages, none of those asked for.";
+    const std::string reason = why_nothing();
     for (const auto& output : outputs_) {
       output->finish(painter_, reason);
     }
@@ -87,10 +90,19 @@ class SheetDrawer : public SheetVisitor {
     if (misses) {
       say(name_of(options_.job) + ": " + reason);
     }
-    return !is_faulty_ && !misses;
+    return !is_faulty_ && !misses && !filter_has_failed_;
   }
 
  private:
+  /// For a proof without sheets.
+  std::string why_nothing() const {
+    if (last_page_ != 0) {
+      return "The job has " + std::to_string(last_page_) +
+             (last_page_ == 1 ? " page, not one" : " pages, none") + " of those asked for.";
+    }
+    return filter_has_failed_ ? "The filter could not convert the job." : "The job prints nothing.";
+  }
+
   const Options& options_;
   ProofPainter painter_;
   std::vector<std::unique_ptr<Output>> outputs_;
@@ -98,6 +110,7 @@ class SheetDrawer : public SheetVisitor {
   std::uint64_t last_page_ = 0;
   std::uint64_t drawn_ = 0;
   bool is_faulty_ = false;
+  bool filter_has_failed_ = false;
 };
 
 void draw_rlx(reader::ByteInput& job, SheetDrawer& drawer) {
@@ -113,8 +126,7 @@ void draw_rlx_file(reader::ByteInput& job, std::uint64_t size, SheetDrawer& draw
   drawer.show(nullptr);
 }
 
-/// @return false when the filter failed.
-bool draw_line_printer_job(reader::ByteInput& job, const Options& options, SheetDrawer& drawer) {
+void draw_line_printer_job(reader::ByteInput& job, const Options& options, SheetDrawer& drawer) {
   FilterProcess filter(options.filter_options, job);
   {
     reader::FileInput converted(filter.output_path());
@@ -125,9 +137,8 @@ bool draw_line_printer_job(reader::ByteInput& job, const Options& options, Sheet
   }
   const std::string ending = filter.wait();
   if (!ending.empty()) {
-    say(name_of(options.job) + ": " + ending);
+    drawer.filter_failed(ending);
   }
-  return ending.empty();
 }
 
 /// A PDF that overwrites its job would leave neither.
@@ -144,16 +155,15 @@ bool draw(const Options& options) {
   reader::FileInput job(options.job);
   const bool rlx = job.look(1).empty() || is_rlx(job);
   SheetDrawer drawer(options);
-  bool good = true;
   if (rlx) {
     if (!options.filter_options.empty()) {
       say(name_of(options.job) + ": the job is RLX already; the filter's options are not used");
     }
     draw_rlx_file(job, size_of(options.job), drawer);
   } else {
-    good = draw_line_printer_job(job, options, drawer);
+    draw_line_printer_job(job, options, drawer);
   }
-  return drawer.finish() && good;
+  return drawer.finish();
 }
 
 }  // namespace
