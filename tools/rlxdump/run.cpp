@@ -108,9 +108,14 @@ int diff(const Options& options, Output& output, const Painter& painter) {
   return same ? kGood : kWrongInput;
 }
 
-int show_file(const Options& options, Output& output, const Painter& painter) {
-  const std::string& file = options.files.front();
-  FileInput input(file);
+/// False for what cannot be a job in RLX; most of all a job that has not been converted.
+bool begins_as_rlx(FileInput& input) {
+  const reader::Bytes front = input.look(reader::kHeaderBytes);
+  return front.empty() || reader::is_framed(front) || reader::parse_header(front).has_value();
+}
+
+int show_input(const Options& options, const std::string& file, FileInput& input, Output& output,
+               const Painter& painter) {
   switch (options.mode) {
     case Options::Mode::pages:
       return list_pages(file, input, output, painter);
@@ -125,6 +130,19 @@ int show_file(const Options& options, Output& output, const Painter& painter) {
       return finish_dump(input, dump);
     }
   }
+}
+
+int show_file(const Options& options, Output& output, const Painter& painter) {
+  const std::string& file = options.files.front();
+  FileInput input(file);
+  const bool looks_right = begins_as_rlx(input);
+  const int status = show_input(options, file, input, output, painter);
+  output.flush();
+  if (!looks_right) {
+    complain(shown_name(file) +
+             ": begins with no block; a line-printer job has to go through zqeuctorlx first");
+  }
+  return status;
 }
 
 int do_what_is_asked(const Options& options, Output& output) {
@@ -158,7 +176,10 @@ int run(const std::vector<std::string>& words) {
     output.flush();
     return status;
   } catch (const std::system_error& error) {
-    complain(error.what());
+    // When nobody reads on, nobody wants to be told.
+    if (error.code() != std::errc::broken_pipe) {
+      complain(error.what());
+    }
   }
   // What was shown so far is of use; that it cannot be written was told already.
   try {
