@@ -63,8 +63,15 @@ TEST_F(FcbcheckFaultText, WholeForm) {
   EXPECT_EQ(fault_of("lpi 1200 67\n"),
             "1: lpi: lines of 80400 are taller than the form, 79200 (1/7200 inch; without a length "
             "in the print line it has 11 inches)");
-  EXPECT_EQ(fault_of("print 1 144000\nlpi 1200 85\n", {.stream_variant = kShortFormStream}),
-            "2: lpi: lines of 102000 are taller than the form, 100800 (1/7200 inch)");
+  EXPECT_EQ(
+      fault_of("print 1 144000\nlpi 1200 85\n", {.stream_variant = kShortFormStream}),
+      "2: lpi: lines of 102000 are taller than the form, 100800 (1/7200 inch; the length in the "
+      "print line counts as that)");
+  EXPECT_EQ(fault_of("print 1 7000\nlpi 1200 7\n"),
+            "2: lpi: lines of 8400 are taller than the form, 7200 (1/7200 inch; the length in the "
+            "print line counts as that)");
+  EXPECT_EQ(fault_of("print 1 0007200\nlpi 1200 7\n"),
+            "2: lpi: lines of 8400 are taller than the form, 7200 (1/7200 inch)");
   EXPECT_EQ(fault_of("print 70\n\n"), "2: print: first line 70 is above 66, the number of lines");
   EXPECT_EQ(fault_of("lpi 1200 3\n"),
             "1: print: first line 4 is above 3, the number of lines (without a print line it is "

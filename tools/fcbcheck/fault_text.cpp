@@ -77,12 +77,22 @@ std::string second_print_text(const FormFile& form) {
   return "print: second print line, the first is line " + std::to_string(form.report.fault.value);
 }
 
+/// How the length that a form has differs from what its print line says.
+std::string length_text(const FormFile& form) {
+  std::string_view given = form.report.given_length.data();
+  if (given.empty()) {
+    return "; without a length in the print line it has 11 inches";
+  }
+  given.remove_prefix(std::min(given.find_first_not_of('0'), given.size()));
+  return given == std::to_string(form.report.fault.limit)
+             ? ""
+             : "; the length in the print line counts as that";
+}
+
 std::string tall_text(const FormFile& form) {
   const FcbFault& fault = form.report.fault;
-  const bool length_given = form.report.given_length.front() != '\0';
   return "lpi: lines of " + std::to_string(fault.value) + " are taller than the form, " +
-         std::to_string(fault.limit) + " (1/7200 inch" +
-         (length_given ? ")" : "; without a length in the print line it has 11 inches)");
+         std::to_string(fault.limit) + " (1/7200 inch" + length_text(form) + ")";
 }
 
 std::string too_few_text(const FormFile& form) {
