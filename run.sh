@@ -59,6 +59,7 @@ print_samples() {
 # A built tree needs no set-up, whatever is installed now.
 if [[ ! -x $program ]] || [[ -n $(missing_needs "${build_needs[@]}") ]]; then
   install_missing "${build_needs[@]}"
+  install_japanese_font
 fi
 build_filter
 if (($# > 0)); then

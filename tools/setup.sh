@@ -101,3 +101,15 @@ install_missing() {
     return 1
   fi
 }
+
+# Proof sheets show Japanese when a font has it, any font; without one they can still be drawn.
+install_japanese_font() {
+  if have fc-list && [[ -n $(fc-list :lang=ja family) ]]; then
+    return 0
+  fi
+  if have apt-get; then
+    install_missing /usr/share/fonts/opentype/ipafont-gothic/ipag.ttf:fonts-ipafont-gothic &&
+      return 0
+  fi
+  say "No font here has Japanese: boxes stand for it on proof sheets."
+}
