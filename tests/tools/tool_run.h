@@ -27,7 +27,11 @@ struct ToolRun {
 ToolOutcome run_tool(const char* program, const ToolRun& run);
 
 /// The same with a terminal as its standard output; the outcome's line ends are the terminal's.
+/// Only where has_terminals().
 ToolOutcome run_tool_on_terminal(const char* program, const ToolRun& run);
+
+/// False where the system has no pseudo terminals, as in a bare chroot.
+bool has_terminals();
 
 /// For ToolRun::prepare: the file permissions hold, for root too.
 void obey_file_permissions();
