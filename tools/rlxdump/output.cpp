@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace rlx::dump {
 
@@ -22,8 +23,10 @@ void Output::put(std::string_view text) {
 }
 
 void Output::flush() {
-  const std::string text = std::move(waiting_);
+  // What cannot be written does not wait any more. Both keep their room.
+  std::swap(waiting_, written_);
   waiting_.clear();
+  const std::string& text = written_;
   if (text_ != nullptr) {
     *text_ += text;
     return;

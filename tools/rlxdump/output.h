@@ -25,6 +25,7 @@ class Output {
   int descriptor_ = -1;
   std::string* text_ = nullptr;
   std::string waiting_;
+  std::string written_;
 };
 
 /// How a stretch of text looks on a terminal.

@@ -42,9 +42,23 @@ void append_hexadecimal(std::string& text, std::uint8_t byte) {
   text += kDigits[byte & 0xfU];
 }
 
+/// True for characters that stand for themselves wherever they are.
+bool is_plain(std::uint8_t byte) {
+  return byte >= 0x20 && byte < 0x7f && byte != '"' && byte != '\\';
+}
+
 std::string visible(Bytes text, bool escaped) {
   std::string all;
+  all.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
+    const std::size_t front = at;
+    while (at < text.size() && is_plain(text[at])) {
+      ++at;
+    }
+    all.append(reinterpret_cast<const char*>(text.data()) + front, at - front);
+    if (at == text.size()) {
+      break;
+    }
     const std::size_t length = visible_length(text.subspan(at));
     if (length == 0) {
       all += "\\x";

@@ -33,18 +33,29 @@ std::string_view text_of(Bytes bytes) {
 }  // namespace
 
 void TextDump::line(std::uint64_t offset, std::string_view text) {
-  const std::string digits = right(std::to_string(offset), kOffsetWidth);
-  std::string whole = painter_.paint(Look::faint, digits) + "  " + std::string(text);
+  std::string whole = painter_.paint(Look::faint, right(std::to_string(offset), kOffsetWidth));
+  whole.reserve(whole.size() + text.size() + 3);
+  whole += "  ";
+  whole += text;
   whole.erase(whole.find_last_not_of(' ') + 1);
-  output_.put(whole + '\n');
+  whole += '\n';
+  output_.put(whole);
 }
 
 void TextDump::piece(std::uint64_t offset, std::string_view name, std::string_view spelled,
                      std::string_view meaning) {
   const std::size_t width = meaning.empty() ? 0 : kSpelledWidth;
-  line(offset, "  " + painter_.paint(Look::faint, left(name, kNameWidth)) + "  " +
-                   left(spelled, width) + (meaning.empty() ? "" : "  ") +
-                   painter_.paint(Look::good, meaning));
+  std::string text = "  ";
+  text.reserve(2 * kSpelledWidth + kNameWidth + spelled.size() + meaning.size());
+  text += painter_.paint(Look::faint, left(name, kNameWidth));
+  text += "  ";
+  text += spelled;
+  text.append(width - std::min(width, spelled.size()), ' ');
+  if (!meaning.empty()) {
+    text += "  ";
+    text += painter_.paint(Look::good, meaning);
+  }
+  line(offset, text);
 }
 
 void TextDump::section(const reader::Section& section) {
