@@ -200,6 +200,14 @@ TEST(TextDumps, CountPagesThatHaveData) {
             "2 pages, 3 frames, 51 bytes, no faults\n");
 }
 
+TEST(TextDumps, DataThatAJobLeavesOpenEndsWithItsFollower) {
+  // The first job has no end, and 97 bytes are missing behind its last sequence.
+  const std::string open = first_header() + rlx_block('2', "\x1bQ1;100!aABC");
+  const std::string dump = text_dump(open + first_header() + rlx_block('2', "TEXT\f") + job_end());
+  EXPECT_NE(dump.find("data                  41 42 43\n"), std::string::npos) << dump;
+  EXPECT_NE(dump.find("text                  \"TEXT\"\n"), std::string::npos) << dump;
+}
+
 TEST(TextDumps, ShowGlyphs) {
   const std::string download =
       "\x1c"

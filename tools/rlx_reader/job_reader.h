@@ -12,9 +12,8 @@ namespace rlx::reader {
 /// What is wrong is a fault, and reading goes on at the next block that can be recognised:
 /// - a count that is not the payload's (block_end.h says how that is told), and an empty payload;
 /// - a block, frame or header that the end of the input cuts;
-/// - bytes between blocks. (Behind a data block in mid-page nothing tells them from data; there
-/// they
-///   count as a wrong count.)
+/// - bytes between blocks. (Behind a data block in mid-page nothing tells them from data; they
+///   count as a wrong count there.)
 /// - blocks where they do not belong (job_order.h);
 /// - frames: a malformed header, an end without an END frame.
 /// A stream without a byte is an empty job, and good.
