@@ -202,6 +202,29 @@ TEST(Drawn, AbsolutePositions) {
   expect_at(pages[0], "SIX", 14.4 + 36, 14.4 + 228 + 9.6);
 }
 
+TEST(Drawn, AFullSheetStillTellsTrayAndCopies) {
+  // Text stands up to both edges, so that the note stands in the heading, too.
+  ConditionColumns columns;
+  columns.orientation = "P";
+  columns.paper_size = "A5";
+  columns.tray = "P2";
+  columns.duplex = "B";
+  columns.binding_edge = "L";
+  columns.binding_margin = "  500";
+  columns.copies = "003";
+  columns.form_overlay = "OVERLAY1";
+  columns.form_code = "F001";
+  std::string job = condition_sequence(columns) + "\x1bQ5!z\x1bQ6!y\x1bQ7!x\x07";
+  for (int i = 0; i < 60; ++i) {
+    job += std::string(60, 'x') + "\n";
+  }
+  const auto pages = prove(job + "\f");
+  ASSERT_EQ(pages.size(), 1U);
+  for (const char* word : {"PROOF", "front", "A5", "tray", "copies", "beyond"}) {
+    EXPECT_TRUE(pages[0].has(word)) << word;
+  }
+}
+
 TEST(Drawn, GlyphDownload) {
   // A glyph has no text; what stands behind it tells its width.
   const std::string glyph =

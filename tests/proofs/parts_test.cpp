@@ -65,6 +65,22 @@ TEST(Note, CountsByKindAndKeepsSoMany) {
   EXPECT_EQ(note.entries().back().count, Note::kMostKinds);
 }
 
+TEST(Note, CharactersStandInFrontAndAreAlwaysCounted) {
+  Note note;
+  for (std::size_t i = 0; i < 2 * Note::kMostKinds; ++i) {
+    note.add("kind " + std::to_string(i));
+  }
+  note.add_character("cut");
+  note.add_character("boxed", 2);
+  note.add_character("cut");
+  note.add("kind 0");
+  note.add("one more");
+  ASSERT_EQ(note.entries().size(), Note::kMostKinds + 3);
+  EXPECT_TRUE(text_of(note).starts_with("2 x cut, 2 x boxed, 2 x kind 0, 1 x kind 1, "));
+  EXPECT_EQ(note.entries().back().what, "something else");
+  EXPECT_EQ(note.entries().back().count, Note::kMostKinds + 1);
+}
+
 TEST(GlyphSize, FillsItsCell) {
   // 10 per inch at 6 lines per inch: as wide as the cell.
   Cell cell{0, 0, 7.2, 12, 'A', false, nullptr};
@@ -114,6 +130,21 @@ TEST(Heading, SaysWhatSheetItIs) {
         "form length 11 in", "bound at the left, 0.07 in", "character spacing 105, not drawn"}) {
     EXPECT_NE(heading.find(part), std::string::npos) << part;
   }
+}
+
+TEST(Heading, ALongNameLosesItsMiddle) {
+  const std::string most(40, 'n');
+  EXPECT_TRUE(heading_of(Sheet(), most).starts_with(most + "   "));
+  const std::string front(18, 'a');
+  const std::string back = std::string(11, 'c') + "end.rlx";
+  EXPECT_TRUE(heading_of(Sheet(), front + "middle" + back).starts_with(front + " .. " + back));
+  // Characters are not cut.
+  std::string japanese;
+  for (int i = 0; i < 41; ++i) {
+    japanese += "\xe8\xa1\xa8";
+  }
+  EXPECT_TRUE(heading_of(Sheet(), japanese)
+                  .starts_with(japanese.substr(0, 54) + " .. " + japanese.substr(0, 54) + "   "));
 }
 
 std::variant<Options, int> options_of(std::vector<std::string> words) {

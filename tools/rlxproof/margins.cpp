@@ -16,7 +16,8 @@ namespace {
 // All in points.
 constexpr double kSide = 14.4;
 constexpr double kHeadingTop = 1.6;
-constexpr double kHeadingSize = 5.4;
+/// The first of these in which a heading fits; in the last one its end is left out.
+constexpr std::array<double, 4> kHeadingSizes{5.4, 4.8, 4.2, 3.6};
 constexpr double kNoteSize = 5.4;
 constexpr double kNoteDistance = 4;
 constexpr double kFromEdge = 7;
@@ -85,14 +86,35 @@ std::string valid_utf8(const std::string& text) {
   return valid.get();
 }
 
+/// A long name without its middle, so that it leaves room for what is told about the sheet.
+std::string short_name(const std::string& name) {
+  constexpr glong kMostCharacters = 40;
+  constexpr glong kKept = 18;  // of the front, and of the end
+  std::string valid = valid_utf8(name);
+  const glong length = g_utf8_strlen(valid.data(), -1);
+  if (length <= kMostCharacters) {
+    return valid;
+  }
+  const char* const all = valid.data();
+  const char* const front_end = g_utf8_offset_to_pointer(all, kKept);
+  const char* const back = g_utf8_offset_to_pointer(all, length - kKept);
+  return std::string(all, front_end) + " .. " + back;
+}
+
 /// @param lack  what is not drawn, in few words; empty when there is nothing.
 void paint_heading(cairo_t* cairo, Fonts& fonts, double width, const std::string& heading,
                    const std::string& lack) {
-  const LayoutPtr layout = make_layout(fonts, kHeadingSize, width - 2 * kSide);
   const std::string note = lack.empty() ? "" : "   " + escaped(valid_utf8(lack));
   const std::string markup =
       "<span color='#b23829'><b>PROOF</b>" + note + "</span>   " + escaped(valid_utf8(heading));
-  pango_layout_set_markup(layout.get(), markup.data(), static_cast<int>(markup.size()));
+  LayoutPtr layout;
+  for (const double size : kHeadingSizes) {
+    layout = make_layout(fonts, size, width - 2 * kSide);
+    pango_layout_set_markup(layout.get(), markup.data(), static_cast<int>(markup.size()));
+    if (pango_layout_is_ellipsized(layout.get()) == 0) {
+      break;
+    }
+  }
   use_colour(cairo, kGrey);
   cairo_move_to(cairo, kSide, kHeadingTop);
   pango_cairo_show_layout(cairo, layout.get());
@@ -160,7 +182,7 @@ bool paint_note_beside(cairo_t* cairo, Fonts& fonts, const Sheet& sheet, const s
 
 std::string heading_of(const Sheet& sheet, const std::string& job) {
   const PageSettings& page = sheet.settings;
-  std::string text = job;
+  std::string text = short_name(job);
   add(text, "page " + std::to_string(sheet.page) + ", sheet " + std::to_string(sheet.number));
   add_side(text, sheet);
   add(text, std::string(page.paper->name) + (page.landscape ? " landscape" : " upright"));

@@ -9,8 +9,8 @@
 
 namespace rlx::proof {
 
-/// What stands above the sheet, behind the word PROOF: the job's name, page and sheet, side, paper,
-/// and what page headers say.
+/// What stands above the sheet, behind the word PROOF: the job's name, which loses its middle when
+/// it is long, page and sheet, side, paper, and what page headers say.
 std::string heading_of(const Sheet& sheet, const std::string& job);
 
 /// Draws the heading above the first line, and the note of what is not drawn where no text is: at

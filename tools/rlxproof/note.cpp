@@ -30,17 +30,33 @@ std::string shape_of_q(reader::Bytes sequence) {
 
 }  // namespace
 
-void Note::add(const std::string& what, std::uint64_t count) {
+/// @return false when the kind is new.
+bool Note::count_known(const std::string& what, std::uint64_t count) {
   const auto known = std::find_if(entries_.begin(), entries_.end(),
                                   [&what](const Entry& entry) { return entry.what == what; });
   if (known != entries_.end()) {
     known->count += count;
-  } else if (entries_.size() < kMostKinds) {
-    entries_.push_back({what, count});
-  } else if (entries_.size() == kMostKinds) {
-    entries_.push_back({"something else", count});
-  } else {
+  }
+  return known != entries_.end();
+}
+
+void Note::add(const std::string& what, std::uint64_t count) {
+  if (count_known(what, count)) {
+    return;
+  }
+  const std::size_t kinds = entries_.size() - character_kinds_;
+  if (kinds > kMostKinds) {
     entries_.back().count += count;
+  } else {
+    entries_.push_back({kinds == kMostKinds ? "something else" : what, count});
+  }
+}
+
+void Note::add_character(const std::string& what, std::uint64_t count) {
+  if (!count_known(what, count)) {
+    entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(character_kinds_),
+                    {what, count});
+    ++character_kinds_;
   }
 }
 

@@ -10,7 +10,7 @@ namespace {
 std::string note_of(const Sheet& sheet, std::uint64_t missing) {
   Note note = sheet.note;
   if (missing != 0) {
-    note.add("character that no font here has", missing);
+    note.add_character("character that no font here has", missing);
   }
   return text_of(note);
 }

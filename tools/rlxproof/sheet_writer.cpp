@@ -191,9 +191,9 @@ void SheetWriter::change_height() {
   }
 }
 
-void SheetWriter::note(const std::string& what, std::uint64_t count) {
+void SheetWriter::note(const std::string& what) {
   open();
-  sheet_.note.add(what, count);
+  sheet_.note.add(what);
 }
 
 // ---- Tokens -------------------------------------------------------------------------------------
@@ -235,7 +235,7 @@ void SheetWriter::set_lasting(Bytes sequence) {
 
 void SheetWriter::put(Cell cell) {
   if (!is_inside(cell, sheet_.settings)) {
-    sheet_.note.add("character beyond the paper");
+    sheet_.note.add_character("character beyond the paper");
   }
   if (is_visible(cell, sheet_.settings)) {
     sheet_.lowest = std::max(sheet_.lowest, cell.top + cell.height);
@@ -280,7 +280,7 @@ void SheetWriter::write_code(std::uint8_t first, std::uint8_t second) {
     return;
   }
   place(kNoCharacter, true);
-  note("code without a glyph");
+  sheet_.note.add_character("code without a glyph");
 }
 
 void SheetWriter::write_double(Bytes bytes) {
@@ -289,7 +289,7 @@ void SheetWriter::write_double(Bytes bytes) {
     const char32_t character = decode(bytes.first(length));
     place(character, true);
     if (character == kNoCharacter) {
-      note("character that is not UTF-8");
+      sheet_.note.add_character("character that is not UTF-8");
     }
     bytes = bytes.subspan(length);
   }
@@ -299,7 +299,7 @@ void SheetWriter::write_invalid(Bytes bytes) {
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     place(kNoCharacter, false);
   }
-  note("byte that is no character", bytes.size());
+  sheet_.note.add_character("byte that is no character", bytes.size());
 }
 
 // ---- Movements ----------------------------------------------------------------------------------

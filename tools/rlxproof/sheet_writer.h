@@ -42,7 +42,7 @@ class SheetWriter : public reader::TokenVisitor {
   void forget() { text_ = lasting_; }
 
   /// Counts something that the sheet does not show.
-  void note(const std::string& what, std::uint64_t count = 1);
+  void note(const std::string& what);
 
  private:
   void open();
