@@ -250,6 +250,18 @@ TEST(LayoutSheet, DuplexSidesTakeTurns) {
   EXPECT_NEAR(lay_out(job).sheets.at(0).settings.binding_margin, 5, kHair);
 }
 
+TEST(LayoutSheet, WhatIsNoSheetIsNoSide) {
+  // Behind the form feed nothing is put on another sheet.
+  const std::string duplex = "\x1bQ2;0;00500;00000!W";
+  const std::string job = testing::kFirstParameters + testing::kJobStart +
+                          block('9', testing::kUnit + duplex) + block('2', "A\f" + kPitch6) +
+                          kNextHeader + block('2', "B\f") + kJobEnd;
+  const KeptSheets kept = lay_out(job);
+  ASSERT_EQ(kept.sheets.size(), 2U);
+  EXPECT_EQ(kept.sheets[0].side, Side::front);
+  EXPECT_EQ(kept.sheets[1].side, Side::back);
+}
+
 // ---- Pages and sheets ---------------------------------------------------------------------------
 
 /// Page and sheet of each sheet, with its text.
@@ -275,6 +287,17 @@ TEST(LayoutPages, AnEmptyPageIsASheet) {
 TEST(LayoutPages, TheFinalFormFeedFeeds) {
   const std::string job = kFirstHeader + block('2', "A\n") + kFinalFormFeed + kJobEnd;
   EXPECT_EQ(sheets_of(lay_out(job)), "1.1:A ");
+}
+
+TEST(LayoutPages, NoTwoSheetsHaveTheSameNumbers) {
+  // Pictures are named by them. The data in front of the page and behind the job end is none of it.
+  const std::string stray = block('0', "A\f");
+  const std::string job = stray + kFirstHeader + block('2', "B\f") + kJobEnd + stray + stray +
+                          kFirstHeader + block('2', "C\f") + kJobEnd;
+  EXPECT_EQ(sheets_of(lay_out(job)), "1.1:A 1.2:B 1.3:A 1.4:A 2.1:C ");
+  // What is on no sheet has no number.
+  EXPECT_EQ(sheets_of(lay_out(block('0', "\x07") + kFirstHeader + block('2', "B\f") + kJobEnd)),
+            "1.1:B ");
 }
 
 TEST(LayoutPages, WhatWasNotFedIsDrawnAsFarAsItGoes) {

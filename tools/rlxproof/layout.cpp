@@ -20,10 +20,11 @@ Layout::Layout(SheetVisitor& visitor)
   begin_job();
 }
 
-/// All is as at the start of a job.
+/// All is as at the start of a job, but the numbers of pages.
 void Layout::begin_job() {
+  const auto numbers = writer_ ? writer_->numbers() : SheetWriter::Numbers();
   page_ = PageSettings();
-  writer_.emplace(page_, visitor_);
+  writer_.emplace(page_, visitor_, numbers);
   data_.emplace(*writer_);
   has_started_ = false;
 }
@@ -32,7 +33,7 @@ void Layout::end_job() {
   data_->finish();
   writer_->end_sheet();
   if (is_framed_) {
-    framed_pages_ = writer_->page_number() - 1;
+    framed_pages_ = writer_->numbers().page - 1;
     is_framed_ = false;
   }
   begin_job();

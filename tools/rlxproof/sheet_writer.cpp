@@ -100,9 +100,9 @@ bool is_visible(const Cell& cell, const PageSettings& page) {
 
 void SheetWriter::begin_page(std::uint64_t number) {
   end_sheet();
-  is_open_ = false;
-  page_number_ = number;
-  sheets_of_page_ = 0;
+  if (number != numbers_.page) {
+    numbers_ = {number, 0};
+  }
 }
 
 Side SheetWriter::next_side() {
@@ -125,8 +125,8 @@ void SheetWriter::open() {
   constexpr double kDefaultOffset = 14.4;
   is_open_ = true;
   has_content_ = false;
-  sheet_.page = page_number_;
-  sheet_.number = ++sheets_of_page_;
+  sheet_.page = numbers_.page;
+  sheet_.number = ++numbers_.sheets;
   sheet_.side = next_side();
   sheet_.settings = page_;
   sheet_.left = page_.left.value_or(kDefaultOffset);
@@ -154,14 +154,18 @@ void SheetWriter::feed_sheet() {
   visitor_.sheet(sheet_);
   is_open_ = false;
   if (sheets_are_pages_) {
-    ++page_number_;
-    sheets_of_page_ = 0;
+    numbers_ = {numbers_.page + 1, 0};
   }
 }
 
 void SheetWriter::end_sheet() {
   if (is_open_ && has_content_) {
     feed_sheet();
+  } else if (is_open_) {
+    // It never was one: the next sheet takes its number and its side.
+    is_open_ = false;
+    --numbers_.sheets;
+    next_is_back_ = sheet_.side == Side::back;
   }
 }
 

@@ -15,21 +15,30 @@ namespace rlx::proof {
 /// and hands on each sheet when it is complete. Keeps one sheet.
 class SheetWriter : public reader::TokenVisitor {
  public:
-  /// @param page  what the page headers have said; looked at whenever a sheet begins.
-  SheetWriter(const PageSettings& page, SheetVisitor& visitor) : page_(page), visitor_(visitor) {}
+  /// What the last sheet was, and what the next one follows.
+  struct Numbers {
+    std::uint64_t page = 1;
+    std::uint64_t sheets = 0;  ///< of that page
+  };
 
-  /// A page begins, on a new sheet. What is on the sheet before is handed on.
+  /// @param page  what the page headers have said; looked at whenever a sheet begins.
+  /// @param numbers  those of the sheets before, so that no two sheets have the same.
+  SheetWriter(const PageSettings& page, SheetVisitor& visitor, const Numbers& numbers)
+      : page_(page), visitor_(visitor), numbers_(numbers) {}
+
+  /// A page begins, on a new sheet. What is on the sheet before is handed on. In a broken job
+  /// sheets of the page may stand in front of it.
   void begin_page(std::uint64_t number);
 
   /// From here on every form feed ends a page, too.
   void take_sheets_as_pages() { sheets_are_pages_ = true; }
 
-  std::uint64_t page_number() const { return page_number_; }
+  const Numbers& numbers() const { return numbers_; }
 
   /// A form feed: hands on the sheet, an empty one too.
   void feed_sheet();
 
-  /// Nothing follows on this sheet: it is handed on if there is something on it.
+  /// Nothing follows on this sheet: it is handed on if there is something on it, else dropped.
   void end_sheet();
 
   /// A token of the page data.
@@ -71,8 +80,7 @@ class SheetWriter : public reader::TokenVisitor {
   Sheet sheet_;
   bool is_open_ = false;
   bool has_content_ = false;
-  std::uint64_t page_number_ = 1;
-  std::uint64_t sheets_of_page_ = 0;
+  Numbers numbers_;
   bool sheets_are_pages_ = false;
   std::uint64_t duplex_switches_ = 0;
   bool next_is_back_ = false;
