@@ -122,14 +122,60 @@ TEST(Program, FramedAndPassedThroughJobs) {
                testing::bytes("0005CNT_PRN_DAT\0TEXT\f") + testing::bytes("0000END_PRN_DAT\0"));
   EXPECT_EQ(folder.run("framed").status, 0);
   EXPECT_TRUE(folder.pages("framed.pdf").at(0).has("TEXT"));
-  // Pages of the job stand before one that is passed through.
-  folder.write("mixed", "FIRST\fLOST" + one_page("SECOND\f"));
-  // The first job has no end, and that is a fault.
-  EXPECT_EQ(folder.run("mixed").status, 1);
-  const auto pages = folder.pages("mixed.pdf");
-  ASSERT_EQ(pages.size(), 2U);
-  EXPECT_TRUE(pages[0].has("FIRST"));
-  EXPECT_TRUE(pages[1].has("SECOND"));
+}
+
+TEST(Program, FramesOfALinePrinterJobAreConverted) {
+  const ProofFolder folder;
+  folder.write("framed", testing::bytes("0005END_PRN_DAT\0TEXT\f"));
+  const Ending missing = folder.run("--filter-options '-d -n MISSING -p forms' framed");
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_NE(missing.messages.find("FCB data error"), std::string::npos) << missing.messages;
+  const Ending good = folder.run("--filter-options -d framed");
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.messages, "");
+  EXPECT_TRUE(folder.pages("framed.pdf").at(0).has("TEXT"));
+}
+
+/// A job's own pages, and what may stand between them and the job that is passed through behind
+/// them.
+struct PassedThrough {
+  const char* between;
+  int status;
+};
+
+// With a sequence of its own in front nothing is wrong. The header of a job can be that sequence,
+// too, and then the second job starts in one that has no end.
+constexpr PassedThrough kPassedThrough[] = {{"\x1bQ520/`", 0}, {"", 1}};
+
+TEST(Program, JobsThatArePassedThroughAreJudgedAsByTheDump) {
+  for (const PassedThrough& row : kPassedThrough) {
+    const ProofFolder folder;
+    folder.write("job.rlx", testing::kFirstHeader + testing::block('2', "FIRST\f") + row.between +
+                                one_page("SECOND\f"));
+    const Ending check = folder.check("job.rlx");
+    const Ending proof = folder.run("job.rlx");
+    EXPECT_EQ(check.status, row.status);
+    EXPECT_EQ(proof.status, row.status);
+    const std::string fault = check.output.empty() ? "" : "rlxproof: job.rlx:" + check.output;
+    EXPECT_EQ(proof.messages, fault);
+    EXPECT_EQ(check.output.find("job started twice") != std::string::npos, row.status == 1);
+  }
+}
+
+TEST(Program, JobsThatArePassedThroughBehindPagesAreDrawn) {
+  for (const PassedThrough& row : kPassedThrough) {
+    const ProofFolder folder;
+    folder.write("mixed", std::string("FIRST\fLOST") + row.between + one_page("SECOND\f"));
+    const Ending proof = folder.run("mixed");
+    EXPECT_EQ(proof.status, row.status);
+    // The place is one in what the filter wrote, not in the file.
+    EXPECT_EQ(proof.messages.starts_with("rlxproof: mixed, converted:"), row.status == 1)
+        << proof.messages;
+    const auto pages = folder.pages("mixed.pdf");
+    ASSERT_EQ(pages.size(), 2U);
+    EXPECT_TRUE(pages[0].has("FIRST"));
+    EXPECT_TRUE(pages[1].has("SECOND"));
+  }
 }
 
 }  // namespace

@@ -79,6 +79,10 @@ Ending ProofFolder::run(const std::string& arguments) const {
   return shell(RLX_PROOF_PROGRAM " " + arguments);
 }
 
+Ending ProofFolder::check(const std::string& file) const {
+  return shell(RLX_DUMP_PROGRAM " --check '" + file + "'");
+}
+
 std::vector<FoundPage> ProofFolder::pages(const std::string& pdf) const {
   std::vector<FoundPage> pages = page_sizes(shell("pdfinfo -f 1 -l 9999 '" + pdf + "'").output);
   const std::string boxes = shell("pdftotext -bbox '" + pdf + "' -").output;

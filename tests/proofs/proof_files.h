@@ -47,6 +47,9 @@ class ProofFolder {
   /// Runs the program in the folder. @param arguments  as a shell takes them.
   Ending run(const std::string& arguments) const;
 
+  /// Runs rlxdump --check on a file there.
+  Ending check(const std::string& file) const;
+
   /// The pages of a PDF there, by pdftotext and pdfinfo.
   std::vector<FoundPage> pages(const std::string& pdf) const;
 

@@ -28,10 +28,13 @@ std::string name_of(const std::string& job) {
   return job == "-" ? "standard input" : std::filesystem::path(job).filename().string();
 }
 
-/// True when a job begins as the reader takes it; any other one is a line-printer job.
-bool is_rlx(reader::ByteInput& job) {
+/// True when a job begins as the reader takes it; any other one is a line-printer job. So is a job
+/// in frames when there are options for the filter: nothing else tells those of either language
+/// apart.
+bool is_rlx(reader::ByteInput& job, const Options& options) {
   const reader::Bytes front = job.look(reader::kHeaderBytes);
-  return reader::is_framed(front) || reader::parse_header(front).has_value();
+  return front.empty() || reader::parse_header(front).has_value() ||
+         (reader::is_framed(front) && options.filter_options.empty());
 }
 
 /// Bytes of a regular file; 0 for others.
@@ -56,6 +59,9 @@ class SheetDrawer : public SheetVisitor {
 
   void show(Progress* progress) { progress_ = progress; }
 
+  /// Offsets are not those of the job from here on, but of what the filter made of it.
+  void take_converted() { converted_ = ", converted"; }
+
   void sheet(const Sheet& sheet) override {
     last_page_ = std::max(last_page_, sheet.page);
     if (progress_ != nullptr) {
@@ -72,7 +78,8 @@ class SheetDrawer : public SheetVisitor {
 
   void fault(const reader::Fault& fault) override {
     is_faulty_ = true;
-    say(name_of(options_.job) + ":" + std::to_string(fault.offset) + ": " + fault.what);
+    say(name_of(options_.job) + converted_ + ":" + std::to_string(fault.offset) + ": " +
+        fault.what);
   }
 
   void filter_failed(const std::string& ending) {
@@ -107,6 +114,7 @@ class SheetDrawer : public SheetVisitor {
   ProofPainter painter_;
   std::vector<std::unique_ptr<Output>> outputs_;
   Progress* progress_ = nullptr;
+  std::string converted_;
   std::uint64_t last_page_ = 0;
   std::uint64_t drawn_ = 0;
   bool is_faulty_ = false;
@@ -132,6 +140,7 @@ void draw_line_printer_job(reader::ByteInput& job, const Options& options, Sheet
     reader::FileInput converted(filter.output_path());
     Progress progress(size_of(options.job), [&filter] { return filter.bytes_fed(); });
     drawer.show(&progress);
+    drawer.take_converted();
     draw_rlx(converted, drawer);
     drawer.show(nullptr);
   }
@@ -153,7 +162,7 @@ void refuse_to_overwrite(const Options& options) {
 bool draw(const Options& options) {
   refuse_to_overwrite(options);
   reader::FileInput job(options.job);
-  const bool rlx = job.look(1).empty() || is_rlx(job);
+  const bool rlx = is_rlx(job, options);
   SheetDrawer drawer(options);
   if (rlx) {
     if (!options.filter_options.empty()) {
