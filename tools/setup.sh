@@ -17,6 +17,22 @@ build_needs=(
   /usr/include/pango-1.0/pango/pango.h:libpango1.0-dev
 )
 
+# What the parts for spoolers need besides.
+# shellcheck disable=SC2034  # used by build-all.sh and make-packages.sh
+spooler_needs=(
+  /usr/include/cups/cups.h:libcups2-dev
+  ppdc:cups-ppdc
+)
+
+# What Debian packages are made with.
+# shellcheck disable=SC2034  # used by make-packages.sh
+package_needs=(
+  dpkg-shlibdeps:dpkg-dev
+  file:file
+  strip:binutils
+  gzip:gzip
+)
+
 # What the tests need besides: first for `./test.sh quick`, then for all of it.
 # shellcheck disable=SC2034  # used by test.sh
 quick_test_needs=(
@@ -29,7 +45,16 @@ test_needs=(
   "${quick_test_needs[@]}"
   clang++:clang
   mandoc:mandoc
+  man:man-db
+  groff:groff
   /usr/include/benchmark/benchmark.h:libbenchmark-dev
+)
+
+# What the tests of the packages need besides.
+# shellcheck disable=SC2034  # used by tests/packages/run
+package_test_needs=(
+  /usr/sbin/debootstrap:debootstrap
+  lintian:lintian
 )
 
 # Format and lint are tied to one version of their tools: another one asks for other changes.

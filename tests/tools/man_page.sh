@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs the examples of a manual page as they stand in it, and looks whether the page is well-formed:
+# Runs the examples of a manual page as they stand in it (tests/packages/man_pages.sh looks whether
+# pages are well-formed):
 #   tests/tools/man_page.sh PAGE PROGRAM
 # In a display of the page "$ " begins a command, and what stands below it is what it prints; of a
 # command with nothing below it only the exit status is looked at. The files that the commands name
@@ -54,22 +55,7 @@ run_examples() {
   done < <(sed -n '/^\.Bd/,/^\.Ed/{/^\.Bd/d;p}' "$page")
 }
 
-# lint TOOL COMMAND...: what a tool has to say about the page; nothing, if all is well. The filter's
-# page need not be installed here.
-lint() {
-  local tool=$1 report
-  shift
-  if ! command -v "$tool" >/dev/null; then
-    echo "not looked at: there is no $tool"
-    return
-  fi
-  report=$(LC_ALL=C.UTF-8 "$@" 2>&1 | grep -v 'manual not found: Xr zqeuctorlx 8') || true
-  [[ -z $report ]] || fail "$tool:" "$report"
-}
-
 run_examples
 ((examples > 0)) || fail "no examples found"
-lint mandoc mandoc -T lint "$page"
-lint groff groff -t -mandoc -Tutf8 -ww -z "$page"
 
 ((failures == 0)) && echo "$examples examples run: $page"

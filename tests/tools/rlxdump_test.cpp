@@ -140,7 +140,7 @@ TEST_F(RlxDump, HelpsAndHasAVersion) {
   const ProgramRun help = run("rlxdump --help");
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(help.output.substr(0, 30), "usage: rlxdump [OPTION] [FILE]");
-  EXPECT_EQ(run("rlxdump --version").output, "rlxdump 0.1\n");
+  EXPECT_EQ(run("rlxdump --version").output, "rlxdump " RLX_VERSION "\n");
 }
 
 TEST_F(RlxDump, PaintsOnATerminalOnly) {
