@@ -5,6 +5,8 @@
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
 #                     many read back
+#   ./test.sh packages   the Debian packages: made, looked at, installed, upgraded, removed and
+#                     purged in a Debian of its own; needs root's rights
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
 # lint's memory (.cache/lint/) are kept between runs; both may be removed at any time.
 set -euo pipefail
@@ -150,8 +152,9 @@ case "${1-}" in
     step "both roads on 100,000 jobs" compare_roads
     step "100,000 jobs read back" read_jobs_back
     ;;
+  packages) step "packages" tests/packages/run ;;
   *)
-    say "usage: ./test.sh [quick|long]"
+    say "usage: ./test.sh [quick|long|packages]"
     exit 2
     ;;
 esac
