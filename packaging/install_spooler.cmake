@@ -16,7 +16,8 @@ if(EXISTS ${spooler}/rlx-queue/rlx-queue)
   install_manual(rlx-cups ${spooler}/rlx-queue/rlx-queue.8)
 endif()
 
-foreach(data IN ITEMS drv/rlx.drv mime/rlx.types mime/rlx.convs)
+# The driver file names its catalogue of translations, which has to stand beside it.
+foreach(data IN ITEMS drv/rlx.drv drv/rlx-ja.po mime/rlx.types mime/rlx.convs)
   get_filename_component(name ${data} NAME)
   get_filename_component(folder ${data} DIRECTORY)
   if(EXISTS ${spooler}/cups/${name})
@@ -35,10 +36,10 @@ if(EXISTS ${spooler}/cups/rlx.drv)
     string(TOLOWER "${name}" name) # as ppdc does
     list(APPEND ppds ${PROJECT_BINARY_DIR}/ppd/${name})
   endforeach()
-  file(GLOB catalogues CONFIGURE_DEPENDS ${spooler}/cups/*.po ${spooler}/cups/*.defs)
+  file(GLOB catalogues CONFIGURE_DEPENDS ${spooler}/cups/*.po)
   add_custom_command(
     OUTPUT ${ppds}
-    COMMAND ${RLX_PPDC} -d ${PROJECT_BINARY_DIR}/ppd -I ${spooler}/cups ${spooler}/cups/rlx.drv
+    COMMAND ${RLX_PPDC} -d ${PROJECT_BINARY_DIR}/ppd rlx.drv
     DEPENDS ${spooler}/cups/rlx.drv ${catalogues}
     WORKING_DIRECTORY ${spooler}/cups
     COMMENT "Compiling the PPDs"
@@ -51,7 +52,9 @@ endif()
 if(TARGET rlx-lpd)
   list(APPEND rlx_installed_components rlx-lprng)
   install(TARGETS rlx-lpd RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT rlx-lprng)
-  install_manual(rlx-lprng ${spooler}/rlx-lpd/rlx-lpd.8)
+  if(EXISTS ${spooler}/rlx-lpd/rlx-lpd.8)
+    install_manual(rlx-lprng ${spooler}/rlx-lpd/rlx-lpd.8)
+  endif()
   install(FILES ${spooler}/rlx-lpd/printcap.example
           DESTINATION ${rlx_document_directory}/rlx-lprng/examples COMPONENT rlx-lprng)
 endif()
