@@ -30,10 +30,11 @@ lint() {
   [[ -z $report ]] || fail "$tool, $page:" "$report"
 }
 
-# mandoc tells of references to pages that are not installed here; which ones there are is looked
-# at below. It writes to standard output.
+# mandoc tells of references to pages that are not installed here, or not in its index; which ones
+# there are is looked at below.
 mandoc_report() {
-  mandoc -T lint "$1" | grep -v ': referenced manual not found: Xr ' >&2
+  mandoc -T lint "$1" 2>&1 | grep -v -e ': referenced manual not found: Xr ' \
+    -e ': outdated mandoc.db lacks ' >&2
 }
 
 # The pages that a page refers to, as NAME(SECTION), one a line: those of mdoc, and of man.
