@@ -27,6 +27,7 @@ using spooler::Problem;
 
 constexpr const char* kFormMissing = "rlx-form-missing-warning";
 constexpr const char* kPrinterLanguage = "application/vnd.rlx";
+constexpr const char* kUnrecognised = "application/octet-stream";
 
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
@@ -77,6 +78,16 @@ void read_settings(const CupsJob& job, spooler::PrintJob& print) {
   }
 }
 
+/// cupsd looks through gzip when it finds out what a job is, and takes compressed text for text,
+/// but hands it on as it is.
+void require_not_compressed(const spooler::Descriptor& job) {
+  std::array<std::uint8_t, 2> front{};
+  constexpr std::array<std::uint8_t, 2> kGzip{0x1f, 0x8b};
+  if (pread(job.number(), front.data(), front.size(), 0) == std::ssize(front) && front == kGzip) {
+    throw std::runtime_error("the job is compressed with gzip; submit what is in it");
+  }
+}
+
 spooler::Descriptor open_job(const std::string& file) {
   if (file.empty()) {
     return spooler::Descriptor(dup(STDIN_FILENO));
@@ -85,6 +96,7 @@ spooler::Descriptor open_job(const std::string& file) {
   if (!descriptor.is_open()) {
     throw std::runtime_error("the job's file " + file + ": " + std::strerror(errno));
   }
+  require_not_compressed(descriptor);
   return descriptor;
 }
 
@@ -118,8 +130,18 @@ int tell(const spooler::PrintResult& result) {
   return 1;
 }
 
+/// cupsd gives this filter what it does not recognise, too, lest it print that as it is.
+void require_known_type(const CupsJob& job) {
+  if (job.content_type == kUnrecognised) {
+    throw std::runtime_error(
+        "the job is neither text nor a job with control sequences that is recognised; if it is for "
+        "a line printer, submit it with -o document-format=application/vnd.rlx-lines");
+  }
+}
+
 int print_to_standard_output(const CupsJob& job, const spooler::Cancellation& cancellation) {
   const auto begin = std::chrono::steady_clock::now();
+  require_known_type(job);
   spooler::PrintJob print;
   read_settings(job, print);
   const spooler::Descriptor input = open_job(job.file);

@@ -1,0 +1,130 @@
+// Jobs that do not print: each stays, with a reason, and prints when it is mended; the queue goes
+// on.
+#include <gtest/gtest.h>
+
+#include "spooler/spooler_test.h"
+
+namespace rlx::testing {
+namespace {
+
+class CupsFailure : public CupsTest {
+ protected:
+  /// Expects that a job is stopped with a reason that holds some words.
+  void expect_stopped(int id, const std::vector<std::string>& words) {
+    const CupsJob job = server.wait_for("q", id);
+    EXPECT_EQ(job.state, "processing-stopped") << server.log_of(id);
+    for (const std::string& word : words) {
+      EXPECT_NE(job.message.find(word), std::string::npos) << word << " in: " << job.message;
+    }
+  }
+
+  void expect_queue_goes_on() {
+    const std::string text = numbered_pages("next", 1);
+    expect_same_job(filtered({}, text), print(text));
+  }
+
+  /// Prints a job again that was stopped.
+  PrinterJob restart(int id) {
+    const std::size_t before = printer.jobs().size();
+    EXPECT_EQ(server.run({"lp", "-i", std::to_string(id), "-H", "restart"}).status, 0);
+    EXPECT_TRUE(server.wait_for_state("q", id, "completed"));
+    const auto& jobs = printer.wait_for_jobs(before + 1);
+    return jobs.size() > before ? jobs[before] : PrinterJob();
+  }
+};
+
+TEST_F(CupsFailure, FormThatIsMissing) {
+  const std::string text = numbered_pages("missing", 2);
+  const int id = server.submit("q", text, {"form=NOSUCH"});
+  expect_stopped(id, {"NOSUCH", forms() + "/fcbe/NOSUCH"});
+  expect_queue_goes_on();
+  put_form("NOSUCH", "print 3 72000\n");
+  expect_same_job(filtered({"-n", "NOSUCH", "-p", forms()}, text), restart(id));
+}
+
+TEST_F(CupsFailure, FormThatIsWrong) {
+  put_form("WRONG", "print 300\n");
+  const std::string text = numbered_pages("wrong", 2);
+  const int id = server.submit("q", text, {"form=WRONG"});
+  expect_stopped(id, {"WRONG", "first line 300 is above 255"});
+  expect_queue_goes_on();
+  put_form("WRONG", "print 3\n");
+  expect_same_job(filtered({"-n", "WRONG", "-p", forms()}, text), restart(id));
+}
+
+TEST_F(CupsFailure, NameOfAFormThatIsAPath) {
+  for (const char* const name : {"../INVOICE", "/etc/passwd", "INVOICE.txt", "A B"}) {
+    expect_stopped(server.submit("q", "A\f", {std::string("form='") + name + "'"}), {"form"});
+  }
+  EXPECT_TRUE(printer.jobs().empty());
+}
+
+TEST_F(CupsFailure, ValuesThatAreWrong) {
+  for (const char* const option :
+       {"lpi=5", "cpi=0x", "cpi=101", "lines-per-page=-1", "lines-per-page=ten",
+        "rlx-undefined=star", "rlx-extended=perhaps", "rlx-charset=KLINGON", "media=A9",
+        "media-source=tray-5", "orientation-requested=7", "page-offset-x=1439",
+        "page-offset-y=100000"}) {
+    SCOPED_TRACE(option);
+    expect_stopped(server.submit("q", "A\f", {option}), {option, "wanted is"});
+  }
+  EXPECT_TRUE(printer.jobs().empty());
+  expect_queue_goes_on();
+}
+
+TEST_F(CupsFailure, TextThatIsNotOfItsEncoding) {
+  const int id = server.submit("q", "ABC\306\374\377X\n\f", {"rlx-charset=EUC-JP"});
+  expect_stopped(id, {"byte 5", "EUC-JP"});
+  EXPECT_TRUE(printer.jobs().empty());
+  expect_queue_goes_on();
+}
+
+TEST_F(CupsFailure, FormOfTheJobItself) {
+  // A print-condition command, layout 2, that names a form which is not there.
+  const std::string job =
+      "A\f\033Q1;100 n  2" + std::string(14, ' ') + "ZZ9" + std::string(80, ' ') + "B\f";
+  const int id = server.submit("q", job);
+  expect_stopped(id, {"FCB"});
+  expect_queue_goes_on();
+}
+
+TEST_F(CupsFailure, QueueThatIsSetUpWrongly) {
+  const std::string path = server.directory() + "/settings/ppd/q.ppd";
+  std::string ppd = read_file(path);
+  const std::string mode = "*rlxEmulationMode: \"1\"";
+  ppd.replace(ppd.find(mode), mode.size(), "*rlxEmulationMode: \"5\"");
+  write_file(path, ppd);
+  expect_stopped(server.submit("q", "A\f"), {"rlxEmulationMode", "5"});
+  EXPECT_TRUE(printer.jobs().empty());
+}
+
+TEST_F(CupsFailure, FormThatIsRemovedWhileJobsWait) {
+  server.run({"cupsdisable", "q"});
+  const std::string text = numbered_pages("waiting", 2);
+  const std::string plain = numbered_pages("plain", 1);
+  std::vector<int> with_form;
+  std::vector<int> without;
+  for (int i = 0; i < 3; ++i) {
+    with_form.push_back(server.submit("q", text, {"form=LABEL"}));
+    without.push_back(server.submit("q", plain));
+  }
+  remove_form("LABEL");
+  server.run({"cupsenable", "q"});
+  for (const int id : with_form) {
+    expect_stopped(id, {"LABEL"});
+  }
+  for (const int id : without) {
+    EXPECT_EQ(server.wait_for("q", id).state, "completed");
+  }
+  ASSERT_EQ(printer.wait_for_jobs(3).size(), 3U);
+  for (const PrinterJob& job : printer.jobs()) {
+    expect_same_job(filtered({}, plain), job);
+  }
+  put_form("LABEL", "print 4 36000\n");
+  for (const int id : with_form) {
+    expect_same_job(filtered({"-n", "LABEL", "-p", forms()}, text), restart(id));
+  }
+}
+
+}  // namespace
+}  // namespace rlx::testing
