@@ -104,18 +104,17 @@ std::uint64_t PrinterPort::allowance() const {
   return std::min<std::uint64_t>(most > got ? most - got : 0, kMostBytesAtOnce);
 }
 
-int PrinterPort::descriptor() const {
+PrinterPort::Wait PrinterPort::next() const {
   if (peer_ < 0) {
-    return listener_;
+    return {listener_, {}};
   }
-  return allowance() > 0 ? peer_ : -1;
-}
-
-std::optional<std::chrono::milliseconds> PrinterPort::wait() const {
-  if (peer_ < 0 || is_stalled() || allowance() > 0) {
-    return std::nullopt;
+  if (allowance() > 0) {
+    return {peer_, {}};
   }
-  return std::chrono::milliseconds(std::max<std::uint64_t>(1000 / manner_.bytes_a_second, 1));
+  if (is_stalled()) {
+    return {};
+  }
+  return {-1, std::chrono::milliseconds(std::max<std::uint64_t>(1000 / manner_.bytes_a_second, 1))};
 }
 
 void PrinterPort::accept() {

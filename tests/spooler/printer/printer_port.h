@@ -49,9 +49,12 @@ class PrinterPort {
   /// Listens again, on the same port.
   void come_back();
 
-  /// What to wait for: the descriptor that has to become readable, -1 for none, and for how long.
-  int descriptor() const;
-  std::optional<std::chrono::milliseconds> wait() const;
+  /// What has to come before there is something to do.
+  struct Wait {
+    int descriptor = -1;                              ///< becomes readable; -1 for none
+    std::optional<std::chrono::milliseconds> most{};  ///< or so much time is over
+  };
+  Wait next() const;
 
   /// Does what can be done now. Descriptors do not block.
   void serve();

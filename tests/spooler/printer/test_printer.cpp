@@ -128,14 +128,14 @@ void run(const std::string& directory) {
   tell({{"port", port.port()}});
   Commands commands;
   while (true) {
+    const PrinterPort::Wait next = port.next();
     std::array<pollfd, 2> waiting{pollfd{STDIN_FILENO, POLLIN, 0},
-                                  pollfd{port.descriptor(), POLLIN, 0}};
-    const auto wait = port.wait();
-    poll(waiting.data(), waiting.size(), wait ? static_cast<int>(wait->count()) : -1);
+                                  pollfd{next.descriptor, POLLIN, 0}};
+    poll(waiting.data(), waiting.size(), next.most ? static_cast<int>(next.most->count()) : -1);
     if (waiting[0].revents != 0 && !commands.read_and_obey(port)) {
       return;
     }
-    if (waiting[1].revents != 0 || wait) {
+    if (waiting[1].revents != 0 || next.most) {
       port.serve();
     }
   }
