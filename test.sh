@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks everything, after installing what that needs:
 #   ./test.sh         format, all builds with their tests, lint, benchmarks' build
-#   ./test.sh quick   the release build with its tests, less the fault tests
+#   ./test.sh quick   the release build with its tests, less the fault tests and those with spoolers
+#   ./test.sh spooler the release build, and all tests with real spoolers
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
 #                     many read back
@@ -45,7 +46,7 @@ skip() {
 }
 
 project_sources() {
-  find src tools tests bench fuzz -name '*.cpp' -o -name '*.h' | sort
+  find src tools spooler tests bench fuzz -name '*.cpp' -o -name '*.h' | sort
 }
 
 check_format() {
@@ -112,7 +113,8 @@ check_lint() {
 
 # The lint is told, because `long` has another one, which covers all of the first.
 check_all() {
-  install_missing "${build_needs[@]}" "${test_needs[@]}"
+  install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${test_needs[@]}" \
+    "${spooler_test_needs[@]}"
   check_style
   # The programs around the filter are in the first two builds only: all four would take too long.
   step "release build and tests" check_preset release
@@ -125,14 +127,23 @@ check_all() {
   fi
 }
 
-# The fault tests take as long as all the others of the release build: a full run has them.
+# The fault tests take as long as all the others of the release build: a full run has them. The tests
+# with spoolers need the spoolers.
 check_release_quickly() {
-  build_preset release && ctest --preset release --parallel "$jobs" --exclude-regex '^fault_tests'
+  build_preset release &&
+    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler)_tests'
 }
 
 check_quickly() {
-  install_missing "${build_needs[@]}" "${quick_test_needs[@]}"
-  step "release build and tests, less the fault tests" check_release_quickly
+  install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}"
+  step "release build and tests, less the fault tests and those with spoolers" check_release_quickly
+}
+
+check_spoolers() {
+  install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}" \
+    "${spooler_test_needs[@]}"
+  step "release build" build_preset release
+  step "tests with spoolers" build-release/tests/spooler/spooler_tests
 }
 
 compare_roads() {
@@ -147,6 +158,7 @@ read_jobs_back() {
 case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
+  spooler) check_spoolers ;;
   long)
     check_all lint_apart
     step "both roads on 100,000 jobs" compare_roads
@@ -154,7 +166,7 @@ case "${1-}" in
     ;;
   packages) step "packages" tests/packages/run ;;
   *)
-    say "usage: ./test.sh [quick|long|packages]"
+    say "usage: ./test.sh [quick|spooler|packages|long]"
     exit 2
     ;;
 esac

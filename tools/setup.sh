@@ -18,7 +18,7 @@ build_needs=(
 )
 
 # What the parts for spoolers need besides.
-# shellcheck disable=SC2034  # used by build-all.sh and make-packages.sh
+# shellcheck disable=SC2034  # used by build-all.sh, make-packages.sh and test.sh
 spooler_needs=(
   /usr/include/cups/cups.h:libcups2-dev
   ppdc:cups-ppdc
@@ -55,6 +55,16 @@ test_needs=(
 package_test_needs=(
   /usr/sbin/debootstrap:debootstrap
   lintian:lintian
+)
+
+# What the tests with real spoolers need besides. The spoolers of the machine itself are left alone.
+# shellcheck disable=SC2034  # used by test.sh
+spooler_test_needs=(
+  cupsd:cups-daemon
+  lpadmin:cups-client
+  ipptool:cups-ipp-utils
+  /usr/lib/cups/backend/socket:cups
+  /usr/share/cups/mime/cupsfilters.convs:cups-filters
 )
 
 # Format and lint are tied to one version of their tools: another one asks for other changes.

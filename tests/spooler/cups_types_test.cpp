@@ -76,7 +76,7 @@ std::string expected_type(const std::string& job) {
   if (job.starts_with("\033Q0;") && job.substr(14, 9) == "/`%%%=Pji") {
     return kRlx;
   }
-  const std::string front = job.substr(0, 8191);  // cupsd does not look for the last of 8192
+  const std::string front = job.substr(0, 4095);  // of 4096 the last one is not found
   if (!is_framed(job) && (has_sequences(front) || has_control_characters(front))) {
     return kLines;
   }
