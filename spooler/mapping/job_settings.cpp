@@ -153,7 +153,9 @@ bool take_cpi(std::string_view value, JobSettings& settings) {
 }
 
 bool take_undefined(std::string_view value, JobSettings& settings) {
-  return put(find_word(kUndefinedCharacters, value), settings.undefined_characters);
+  const auto wanted = is_nothing(value) ? std::optional(UndefinedCharacters::unset)
+                                        : find_word(kUndefinedCharacters, value);
+  return put(wanted, settings.undefined_characters);
 }
 
 bool take_extended(std::string_view value, JobSettings& settings) {

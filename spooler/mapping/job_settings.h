@@ -66,20 +66,24 @@ std::string text_of(const OptionFault& fault);
 /// Puts what options say into settings; what they do not name keeps its value, so the defaults of a
 /// queue are read first and the options of the job behind them, into the same record.
 ///
-/// | option                                  | values | | --------------------------------------- |
-/// --------------------------------------------------- | | form | letters, digits, "-" and "_";
-/// None                  | | lines-per-page                          | a number to 9999; None | |
-/// lpi                                     | 3, 4, 6, 8, 12; Default                             |
-/// | cpi                                     | 1 to 100; Default | | rlx-undefined | space, ubar |
-/// | rlx-extended                            | true, false | | rlx-charset | a name that iconv
-/// knows                             | | media, PageSize                         | A3, A4, A5, B4,
-/// B5, Letter, or their names in IPP;  | |                                         | in a list of
-/// media also trays                       | | media-source, InputSlot                 | auto,
-/// tray-1 to tray-4; Default                     | | sides, Duplex                           |
-/// one-sided, two-sided-long-edge, two-sided-short-edge| | orientation-requested | 3 (upright), 4
-/// (landscape)                          | | landscape                               | true, false |
-/// | copies                                  | 1 to 9999 | | page-offset-x, page-offset-y | 0 or
-/// 1440 to 99999                                  |
+///     form                          letters, digits, "-" and "_"; None
+///     lines-per-page                1 to 9999; None
+///     lpi                           3, 4, 6, 8, 12; Default
+///     cpi                           1 to 100; Default
+///     rlx-undefined                 space, ubar; Default
+///     rlx-extended                  true, false
+///     rlx-charset                   a name that iconv knows; Default
+///     media, PageSize               A3, A4, A5, B4, B5, Letter, or their names in IPP; a list in
+///                                   media may hold a tray, too
+///     media-source, InputSlot       auto, tray-1 to tray-4; Default
+///     sides, Duplex                 one-sided, two-sided-long-edge, two-sided-short-edge
+///     orientation-requested         3 (upright), 4 (landscape)
+///     landscape                     true, false
+///     copies                        1 to 9999
+///     page-offset-x, page-offset-y  1440 to 99999; 0
+///
+/// An empty value, None, Default and, for numbers, 0 take back what a queue has set, in the rows
+/// that have such a word.
 ///
 /// Options of other names are nobody's business here. Names of options are compared as they are,
 /// values without regard to case but for forms. Where two options mean the same setting the one
