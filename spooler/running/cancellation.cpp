@@ -39,7 +39,11 @@ void Cancellation::ask() noexcept {
 }
 
 bool Cancellation::wait_for(int descriptor, short events) const {
-  // A negative descriptor is one that nobody waits for.
+  if (descriptor < 0) {
+    // Nothing would ever come of it; reading or writing will say what is wrong.
+    return !is_asked();
+  }
+  // A negative one is one that nobody waits for.
   const int whole = whole_ == nullptr ? -1 : whole_->pipe_.read_end.number();
   std::array<pollfd, 3> waiting{
       {{descriptor, events, 0}, {pipe_.read_end.number(), POLLIN, 0}, {whole, POLLIN, 0}}};
@@ -57,6 +61,7 @@ void cancel_on_signals(Cancellation& cancellation) {
     sigaction(signal, &action, nullptr);
   }
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
 }
 
 }  // namespace rlx::spooler

@@ -10,7 +10,8 @@ namespace rlx::spooler {
 /// time, and stays.
 class Cancellation {
  public:
-  /// @param whole  whoever cancels that cancels this, too; it must stay as long as this lives.
+  /// @param whole  whoever cancels that cancels this, too; it must stay as long as this lives, and
+  ///               has no whole of its own.
   /// @throws std::system_error when there is no pipe.
   explicit Cancellation(const Cancellation* whole = nullptr);
 
@@ -29,7 +30,8 @@ class Cancellation {
 };
 
 /// Asks for the cancellation when the process is told to end (SIGTERM, SIGINT, SIGHUP). A broken
-/// pipe becomes a failed write.
+/// pipe becomes a failed write. The ends of children can be waited for, also when whoever started
+/// this process has switched that off.
 /// @param cancellation  must stay until the process ends.
 void cancel_on_signals(Cancellation& cancellation);
 

@@ -59,9 +59,24 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
 
 ProcessEnd wait_for(pid_t child) {
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  pid_t ended = 0;
+  do {
+    ended = waitpid(child, &status, 0);
+  } while (ended < 0 && errno == EINTR);
+  if (ended < 0) {
+    return {ProcessEnd::kUnknownStatus, 0};
   }
   return WIFSIGNALED(status) ? ProcessEnd{0, WTERMSIG(status)} : ProcessEnd{WEXITSTATUS(status), 0};
+}
+
+/// What kept a program from being started; 0 when it was: it inherits no end of this pipe.
+int start_error_of(int pipe) {
+  int error = 0;
+  ssize_t got = 0;
+  do {
+    got = read(pipe, &error, sizeof(error));
+  } while (got < 0 && errno == EINTR);
+  return got == sizeof(error) ? error : 0;
 }
 
 [[noreturn]] void fail(int error, const std::string& program) {
@@ -90,8 +105,7 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
            parent);
   }
   start_error.write_end.reset();
-  int error = 0;
-  if (read(start_error.read_end.number(), &error, sizeof(error)) == sizeof(error)) {
+  if (const int error = start_error_of(start_error.read_end.number()); error != 0) {
     wait_for(child_);
     fail(error, program);
   }

@@ -13,11 +13,14 @@ namespace rlx::spooler {
 struct ProcessEnd {
   int status = 0;  ///< its exit status, when no signal ended it
   int signal = 0;  ///< 0, or the signal that ended it
+
+  /// The status of a process that nobody could wait for: somebody else did.
+  static constexpr int kUnknownStatus = -1;
 };
 
 /// A program as a child in a process group of its own: a signal to the group of its parent, by
-/// which a spooler ends a job, does not reach it. It is killed when its parent dies, so that none
-/// is left behind.
+/// which a spooler ends a job, does not reach it. It is killed when the thread that started it
+/// dies, so that none is left behind.
 class ChildProcess {
  public:
   /// Starts it. Its standard input, output and error are pipes.

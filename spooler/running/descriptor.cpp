@@ -21,6 +21,17 @@ bool would_block(int error) {
   return error == EAGAIN || error == EWOULDBLOCK;
 }
 
+Descriptor above_standard(Descriptor descriptor) {
+  if (descriptor.number() > STDERR_FILENO) {
+    return descriptor;
+  }
+  Descriptor moved(fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  if (!moved.is_open()) {
+    throw std::system_error(errno, std::generic_category(), "pipe");
+  }
+  return moved;
+}
+
 }  // namespace
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
@@ -42,7 +53,9 @@ Pipe make_pipe() {
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe");
   }
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
+  Descriptor read_end(ends[0]);
+  Descriptor write_end(ends[1]);
+  return {above_standard(std::move(read_end)), above_standard(std::move(write_end))};
 }
 
 std::size_t read_some(int descriptor, std::span<std::uint8_t> room, const std::string& name) {

@@ -33,7 +33,8 @@ struct Pipe {
   Descriptor write_end;
 };
 
-/// A pipe whose ends no program inherits.
+/// A pipe whose ends no program inherits. Neither is one of the three standard descriptors, also in
+/// a process without them: a child's are put there.
 /// @throws std::system_error when there is none.
 Pipe make_pipe();
 

@@ -55,8 +55,7 @@ constexpr std::array<StatusMeaning, 4> kStatuses{{
     {129, Problem::system, "the job could not be read"},
     {255, Problem::job,
      "the fonts do not go with the resolution: the queue is set to 400 dots per inch and the "
-     "printer "
-     "or its capabilities say 240"},
+     "printer or its capabilities say 240"},
 }};
 
 /// Lines as one line.
@@ -166,11 +165,15 @@ Failure explain_failure(const PrintJob& job, const RunReport& report) {
   if (!report.job_error.empty()) {
     return {Problem::system, report.job_error};
   }
-  if (!report.words.empty()) {
+  if (!in_one_line(report.words).empty()) {
     return of_words(job, report);
   }
   if (report.end.signal != 0) {
-    return {Problem::system, "the filter was ended by signal " + std::to_string(report.end.signal)};
+    return {Problem::system, "the filter was ended by signal " + std::to_string(report.end.signal) +
+                                 " (" + strsignal(report.end.signal) + ")"};
+  }
+  if (report.end.status == ProcessEnd::kUnknownStatus) {
+    return {Problem::system, "nobody knows how the filter ended"};
   }
   return of_status(report.end.status);
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <thread>
 
@@ -91,6 +92,18 @@ void gather_words(int messages, std::string& words) {
   }
 }
 
+/// Lets nobody wait for a thread that waits for the job, whatever happens.
+class AskAtTheEnd {
+ public:
+  explicit AskAtTheEnd(Cancellation& run) : run_(run) {}
+  ~AskAtTheEnd() { run_.ask(); }
+  AskAtTheEnd(const AskAtTheEnd&) = delete;
+  AskAtTheEnd& operator=(const AskAtTheEnd&) = delete;
+
+ private:
+  Cancellation& run_;
+};
+
 /// Reads a job to its end, counting its pages.
 void count_pages(HandedOnInput& input, const PageListener& listener, RunReport& report) {
   PageCounter counter(listener);
@@ -111,16 +124,19 @@ void count_pages(HandedOnInput& input, const PageListener& listener, RunReport& 
 
 bool failed(const RunReport& report) {
   return report.end.status != 0 || report.end.signal != 0 || !report.job_error.empty() ||
-         report.output_error != 0 || report.words.find("zqeuctorlx: ") != std::string::npos;
+         report.output_error != 0 ||
+         (!report.filter.empty() && report.words.find(report.filter + ": ") != std::string::npos);
 }
 
 RunReport run_filter(const FilterCommand& command, JobSource& job, int output,
                      const PageListener& listener, Cancellation& run) {
   RunReport report;
+  report.filter = std::filesystem::path(command.program).filename();
   ChildProcess filter(command.program, command.arguments);
   std::string job_error;
-  std::thread feeder([&] { feed(filter.input(), job, run, job_error); });
-  std::thread words([&] { gather_words(filter.messages().number(), report.words); });
+  std::jthread feeder([&] { feed(filter.input(), job, run, job_error); });
+  const AskAtTheEnd no_longer_than_this(run);
+  std::jthread words([&] { gather_words(filter.messages().number(), report.words); });
   const int from = filter.output().number();
   HandedOnInput input(
       [from](std::span<std::uint8_t> room) { return read_some(from, room, "the filter's output"); },

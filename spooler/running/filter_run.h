@@ -22,6 +22,7 @@ struct RunReport {
   ProcessEnd end;
   PageCount count;
   std::uint64_t bytes = 0;  ///< handed on
+  std::string filter;       ///< its name, which it puts in front of its words; empty without one
   std::string words;        ///< what the filter said on standard error, at most kMostWords bytes
   std::string job_error;    ///< why the job could not be read or converted; empty when it could
   int output_error = 0;     ///< why the output was not taken, as errno; 0 when it was

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace rlx::spooler {
 
@@ -28,6 +29,9 @@ std::size_t TextInFront::read(std::span<std::uint8_t> room) {
 namespace {
 
 constexpr std::size_t kPortionBytes = 32768;
+
+/// What iconv makes at once, at most: a character, and some that are put on it.
+constexpr std::size_t kMostCharacterBytes = 64;
 
 /// ESC and FS.
 bool begins_sequence(std::uint8_t byte) {
@@ -87,14 +91,42 @@ std::size_t ConvertedText::convert(std::size_t count, std::span<std::uint8_t> ro
   return text.size();
 }
 
+/// The end of the text: brings a character that was held back because another one could have been
+/// put on it.
+std::size_t ConvertedText::end(std::span<std::uint8_t> room) {
+  if (std::exchange(shifted_back_, true)) {
+    return 0;
+  }
+  char* to = reinterpret_cast<char*>(room.data());
+  std::size_t to_left = room.size();
+  iconv(conversion_, nullptr, nullptr, &to, &to_left);
+  return room.size() - to_left;
+}
+
 std::size_t ConvertedText::read(std::span<std::uint8_t> room) {
+  if (next_small_ == small_.size() && room.size() >= kMostCharacterBytes) {
+    return convert_some(room);
+  }
+  if (next_small_ == small_.size()) {
+    small_.resize(kMostCharacterBytes);
+    small_.resize(convert_some(small_));
+    next_small_ = 0;
+  }
+  const std::size_t count = std::min(room.size(), small_.size() - next_small_);
+  std::copy_n(small_.begin() + static_cast<std::ptrdiff_t>(next_small_), count, room.begin());
+  next_small_ += count;
+  return count;
+}
+
+/// @param room  for a character at least.
+std::size_t ConvertedText::convert_some(std::span<std::uint8_t> room) {
   std::size_t piece = 0;
   while (true) {
     if (next_ + piece == waiting_.size() && !ended_) {
       refill();
     }
     if (next_ == waiting_.size()) {
-      return 0;
+      return end(room);
     }
     if (next_ + piece == waiting_.size()) {
       fail(offset_, "the job ends inside a character of " + charset_);

@@ -69,21 +69,27 @@ class ConvertedText : public JobSource {
   ConvertedText& operator=(const ConvertedText&) = delete;
 
   /// @throws ConversionFault that names the offset, from 0, of the byte at which the text is no
-  ///         text of its encoding, or at which a sequence begins.
+  ///         text of its encoding, or at which a sequence begins; in an encoding that writes ESC
+  ///         and FS otherwise than ASCII, of a byte in front of the sequence.
   std::size_t read(std::span<std::uint8_t> room) override;
 
  private:
+  std::size_t convert_some(std::span<std::uint8_t> room);
   std::size_t convert(std::size_t count, std::span<std::uint8_t> room);
+  std::size_t end(std::span<std::uint8_t> room);
   std::size_t next_piece(std::size_t after) const;
   void refill();
 
   std::string charset_;
   JobSource& text_;
   void* conversion_;
+  std::vector<std::uint8_t> small_;    ///< converted for a room that was too small for it
+  std::size_t next_small_ = 0;         ///< which of them comes next
   std::vector<std::uint8_t> waiting_;  ///< of the text, not converted yet
   std::size_t next_ = 0;               ///< which of them comes next
   std::uint64_t offset_ = 0;           ///< of that one in the text
   bool ended_ = false;
+  bool shifted_back_ = false;  ///< the conversion was told of the end
 };
 
 }  // namespace rlx::spooler

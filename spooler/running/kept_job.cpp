@@ -1,5 +1,6 @@
 #include "running/kept_job.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ std::string temporary_folder() {
 
 Descriptor make_unnamed_file(const std::string& folder) {
   std::string path = folder + "/rlx-job-XXXXXX";
-  Descriptor file(mkostemp(path.data(), 0));
+  Descriptor file(mkostemp(path.data(), O_CLOEXEC));
   if (!file.is_open()) {
     fail(errno, "the job cannot be kept in " + folder);
   }
@@ -36,7 +37,8 @@ Descriptor make_unnamed_file(const std::string& folder) {
 }  // namespace
 
 KeptJob::KeptJob(int descriptor, const Cancellation& cancellation) : descriptor_(descriptor) {
-  if (lseek(descriptor, 0, SEEK_CUR) >= 0) {
+  if (const off_t begin = lseek(descriptor, 0, SEEK_CUR); begin >= 0) {
+    begin_ = begin;
     return;
   }
   const std::string folder = temporary_folder();
@@ -55,7 +57,7 @@ KeptJob::KeptJob(int descriptor, const Cancellation& cancellation) : descriptor_
 }
 
 int KeptJob::rewind() const {
-  if (lseek(descriptor_, 0, SEEK_SET) < 0) {
+  if (lseek(descriptor_, begin_, SEEK_SET) < 0) {
     fail(errno, "the job");
   }
   return descriptor_;

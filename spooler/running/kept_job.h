@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include "running/cancellation.h"
 #include "running/descriptor.h"
 
@@ -14,12 +16,14 @@ class KeptJob {
   /// @throws std::system_error when it cannot be read or kept.
   KeptJob(int descriptor, const Cancellation& cancellation);
 
-  /// Goes back to the beginning. @return the descriptor to read from.
+  /// Goes back to where the job begins, which is where a file stood at first. @return the
+  /// descriptor to read from.
   /// @throws std::system_error when the file cannot be read.
   int rewind() const;
 
  private:
   int descriptor_;
+  off_t begin_ = 0;
   Descriptor copy_;
 };
 

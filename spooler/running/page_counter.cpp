@@ -20,6 +20,9 @@ void PageCounter::begin_block(const reader::Block& block) {
   if (block.use == reader::BlockUse::job_parameters || block.use == reader::BlockUse::job_start) {
     finish();
   }
+  if (block.use == reader::BlockUse::job_start) {
+    copies_ = new_copies_;
+  }
 }
 
 void PageCounter::payload(const reader::Block& block, reader::Bytes part) {
@@ -34,10 +37,12 @@ void PageCounter::end_block(const reader::Block& block) {
     return;
   }
   constexpr std::string_view kCopies = "CPS=";
+  new_copies_ = 1;
   for (const std::string& line : divide(parameters_, '\n')) {
     if (line.starts_with(kCopies)) {
       const auto copies = whole_number(std::string_view(line).substr(kCopies.size()), kMostCopies);
-      copies_ = std::max(copies.value_or(1), 1U);
+      new_copies_ = std::max(copies.value_or(1), 1U);
+      copies_ = new_copies_;
     }
   }
 }
@@ -45,6 +50,7 @@ void PageCounter::end_block(const reader::Block& block) {
 void PageCounter::begin_page(std::uint64_t /*number*/, const reader::Block& /*block*/) {
   finish();
   in_page_ = true;
+  new_copies_ = 1;
 }
 
 void PageCounter::end_page(std::uint64_t /*number*/) {

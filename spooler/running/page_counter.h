@@ -18,6 +18,7 @@ struct PageCount {
 using PageListener = std::function<void(std::uint64_t number, unsigned copies)>;
 
 /// Counts pages. The copies are those that the job asks the printer for (CPS in its parameters).
+/// They last to the end of a job: another one behind it begins with what its own parameters say.
 class PageCounter : public reader::JobVisitor {
  public:
   explicit PageCounter(PageListener listener) : listener_(std::move(listener)) {}
@@ -40,6 +41,7 @@ class PageCounter : public reader::JobVisitor {
   PageCount count_;
   std::string parameters_;
   unsigned copies_ = 1;
+  unsigned new_copies_ = 1;  ///< of the parameters behind the last page; 1 without any
   bool in_page_ = false;
 };
 

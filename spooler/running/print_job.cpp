@@ -151,6 +151,7 @@ void JobPrinter::add(const RunReport& report) {
   result_.count.pages += report.count.pages;
   result_.count.impressions += report.count.impressions;
   result_.bytes += report.bytes;
+  result_.output_error = report.output_error;
 }
 
 void JobPrinter::send_once(const CopyPlan& plan, int descriptor) {

@@ -39,6 +39,7 @@ struct PrintResult {
   Problem problem = Problem::none;
   /// One line for people: what is wrong, and what to do about it; empty when nothing is.
   std::string words;
+  int output_error = 0;     ///< why the output was not taken, as errno; 0 when it was
   PageCount count;          ///< of all copies that were sent
   std::uint64_t bytes = 0;  ///< that were handed on
 };

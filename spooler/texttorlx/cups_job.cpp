@@ -89,12 +89,12 @@ void require_not_compressed(const spooler::Descriptor& job) {
 }
 
 spooler::Descriptor open_job(const std::string& file) {
-  if (file.empty()) {
-    return spooler::Descriptor(dup(STDIN_FILENO));
-  }
-  spooler::Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const bool from_file = !file.empty();
+  spooler::Descriptor descriptor(from_file ? open(file.c_str(), O_RDONLY | O_CLOEXEC)
+                                           : fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
   if (!descriptor.is_open()) {
-    throw std::runtime_error("the job's file " + file + ": " + std::strerror(errno));
+    throw std::runtime_error((from_file ? "the job's file " + file : "standard input") + ": " +
+                             std::strerror(errno));
   }
   require_not_compressed(descriptor);
   return descriptor;
@@ -152,7 +152,7 @@ int print_to_standard_output(const CupsJob& job, const spooler::Cancellation& ca
   print.form_checker = spooler::find_program("fcbcheck", RLX_TO_PROGRAMS);
   Listener listener;
   const spooler::PrintResult result = print_job(print, listener, cancellation);
-  if (result.problem == Problem::output) {
+  if (result.output_error == EPIPE) {
     end_by_broken_pipe();
   }
   if (result.problem == Problem::none && !print.settings.form.empty()) {

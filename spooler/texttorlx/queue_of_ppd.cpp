@@ -23,8 +23,10 @@ Ppd open_ppd(const std::string& path) {
   if (ppd == nullptr) {
     int line = 0;
     const ppd_status_t status = ppdLastError(&line);
-    throw std::runtime_error("the queue's PPD file " + path + ", line " + std::to_string(line) +
-                             ": " + ppdErrorString(status));
+    // Line 0 stands for the file as a whole.
+    throw std::runtime_error("the queue's PPD file " + path +
+                             (line > 0 ? ", line " + std::to_string(line) : "") + ": " +
+                             ppdErrorString(status));
   }
   return ppd;
 }

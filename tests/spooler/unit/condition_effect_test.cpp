@@ -18,7 +18,7 @@ namespace {
 using namespace rlx::testing;
 
 /// The standard state at the start of a job, and what comes behind a print-condition command.
-const std::string kStart =
+const std::string kStandardStart =
     "\034(`q\034(ap\034%!\" p\033Q1 y\033Q1;!f\033$@\033(H\034&! u\034%!\" p";
 const std::string kBehindCommand = "\033$@\033(H\034&! u";
 
@@ -149,7 +149,7 @@ std::string printed(const std::string& job, const std::vector<std::string>& opti
 void expect_header(const JobSettings& settings, unsigned copies, const std::string& parameters) {
   const std::string command = condition_command(settings, copies);
   const std::string output = printed(command + "A\f");
-  const std::string data = kStart + (command.empty() ? "" : kBehindCommand) + "A\f";
+  const std::string data = kStandardStart + (command.empty() ? "" : kBehindCommand) + "A\f";
   const std::string expected = page_header(settings, copies, parameters) + rlx_block('2', data);
   ASSERT_EQ(output.substr(0, expected.size()), expected);
   ASSERT_EQ(output.substr(output.size() - 24), rlx_block('0', bytes("\033c\033\x7f\0\0\x01\0")));
@@ -228,7 +228,7 @@ TEST(ConditionCommandInFront, LeavesTheFormInForce) {
   // The top of the form: two lines of 6 to the inch, then the pitch of the third.
   const std::string top = "\034%!\" p\n\034%!\" p\n\034%!\" p";
   EXPECT_EQ(page_data(printed(command + "A\fB\f", options)),
-            kStart + kBehindCommand + top + "A\f|" + top + "B\f");
+            kStandardStart + kBehindCommand + top + "A\f|" + top + "B\f");
 }
 
 TEST(ConditionCommandInFront, MakesNoPageOfItsOwn) {
@@ -247,8 +247,9 @@ TEST(ConditionCommandInFront, OfTheJobsOwnTakesThePlaceOfAllOfIt) {
   JobSettings own;
   own.tray = Tray::tray_3;
   const std::string job = condition_command(own, 1) + "A\f";
-  const std::string expected = page_header(own, 1, "BIN=3\n") +
-                               rlx_block('2', kStart + kBehindCommand + kBehindCommand + "A\f");
+  const std::string expected =
+      page_header(own, 1, "BIN=3\n") +
+      rlx_block('2', kStandardStart + kBehindCommand + kBehindCommand + "A\f");
   EXPECT_EQ(printed(condition_command(wish, 5) + job).substr(0, expected.size()), expected);
 }
 
@@ -265,11 +266,12 @@ TEST(ConditionCommandInFront, ChangesTheSpacingInOutputVariant2) {
   const std::string job = condition_command(a4_on_tray_2(), 1) + "A\f";
   const std::string no_spacing = "\034(`q\034(ap\034%!\" p\033Q1 y\033Q1;!f\033$@\033(H\034%!\" p";
   for (const char* option : {"-A", "-B", "-C", "-Q"}) {
-    EXPECT_EQ(page_data(printed(job, {option})), kStart + kBehindCommand + "A\f") << option;
+    EXPECT_EQ(page_data(printed(job, {option})), kStandardStart + kBehindCommand + "A\f") << option;
   }
   for (const char* option : {"-f", "-R"}) {
-    EXPECT_EQ(page_data(printed(job, {option})), kStart + "\033$@\033(H\034&!\"pA\f") << option;
-    EXPECT_EQ(page_data(printed("A\f", {option})), kStart + "A\f") << option;
+    EXPECT_EQ(page_data(printed(job, {option})), kStandardStart + "\033$@\033(H\034&!\"pA\f")
+        << option;
+    EXPECT_EQ(page_data(printed("A\f", {option})), kStandardStart + "A\f") << option;
   }
   EXPECT_EQ(page_data(printed(job, {"-E"})), no_spacing + "\033$@\033(HA\f");
   EXPECT_EQ(page_data(printed("A\f", {"-E"})), no_spacing + "A\f");
