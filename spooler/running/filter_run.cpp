@@ -73,7 +73,8 @@ void feed(Descriptor& input, JobSource& job, const Cancellation& run, std::strin
       count = job.read(portion);
     } while (count > 0 && put(input.number(), std::span(portion).first(count), run));
   } catch (const std::exception& error) {
-    job_error = error.what();
+    // A job that is cut off may end where none can.
+    job_error = run.is_asked() ? "" : error.what();
   }
   input.reset();
 }

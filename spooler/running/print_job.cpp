@@ -102,7 +102,9 @@ bool JobPrinter::text_is_convertible(const KeptJob& kept) {
     while (text.read(room) > 0) {
     }
   } catch (const ConversionFault& fault) {
-    return refuse(Problem::wrong_text, std::string(fault.what()) +
+    // A text that is cut off may end where none can.
+    return cancellation_.is_asked() ||
+           refuse(Problem::wrong_text, std::string(fault.what()) +
                                            "; nothing was printed; name the encoding of the text "
                                            "with the option rlx-charset");
   }

@@ -260,6 +260,32 @@ TEST_F(FilterRun, ThatIsCancelledEndsAPageThatIsOpen) {
   EXPECT_EQ(report.count.pages, 2U);
 }
 
+/// A job that is cancelled where it could not have ended.
+TEST_F(FilterRun, ThatIsCancelledInsideACharacterIsNoFailure) {
+  class CutSource : public JobSource {
+   public:
+    explicit CutSource(Cancellation& run) : run_(run) {}
+    std::size_t read(std::span<std::uint8_t> room) override {
+      if (std::exchange(read_, true)) {
+        run_.ask();
+        throw ConversionFault("byte 2 of the job: the job ends inside a character");
+      }
+      return PortionSource("A\f", 2).read(room);
+    }
+
+   private:
+    Cancellation& run_;
+    bool read_ = false;
+  };
+  Cancellation run;
+  CutSource source(run);
+  PipeReader printer;
+  const RunReport report =
+      run_filter({link_filter(), {}}, source, printer.descriptor(), listener(), run);
+  EXPECT_FALSE(failed(report)) << report.job_error;
+  EXPECT_EQ(report.count.pages, 1U);
+}
+
 TEST_F(FilterRun, OfAJobInThePrintersLanguageNeedsNone) {
   const std::string job = run_tool(RLX_SANDBOXED_PROGRAM, {.input = many_pages()}).output;
   PortionSource source(job, 4097);
