@@ -12,7 +12,7 @@ bool is_known_charset(const std::string& name) {
   if (name.find('/') != std::string::npos) {
     return false;
   }
-  const iconv_t conversion = iconv_open("UTF-8", name.c_str());
+  iconv_t conversion = iconv_open("UTF-8", name.c_str());
   const bool known = reinterpret_cast<std::intptr_t>(conversion) != -1;
   if (known) {
     iconv_close(conversion);

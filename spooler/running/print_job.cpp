@@ -14,6 +14,7 @@
 #include "running/filter_run.h"
 #include "running/job_source.h"
 #include "running/kept_job.h"
+#include "running/whole_blocks.h"
 
 namespace rlx::spooler {
 
@@ -134,10 +135,11 @@ RunReport JobPrinter::run(const CopyPlan& plan, int descriptor) {
   const PageListener listener = [this, before](std::uint64_t number, unsigned copies) {
     listener_.page(before + number, copies);
   };
-  DescriptorSource bytes(descriptor, run);
   if (job_.in_printer_language) {
-    return hand_on(bytes, job_.output, listener);
+    WholeBlocks blocks(descriptor, run);
+    return hand_on(blocks, job_.output, listener);
   }
+  DescriptorSource bytes(descriptor, run);
   std::unique_ptr<ConvertedText> text;
   if (!job_.settings.charset.empty()) {
     text = std::make_unique<ConvertedText>(job_.settings.charset, bytes);
@@ -207,7 +209,7 @@ PrintResult print_job(const PrintJob& job, PrintListener& listener,
 std::vector<std::string> form_places(const QueueSettings& queue, const std::string& name) {
   std::vector<std::string> places;
   for (const std::string& directory : queue.form_directories) {
-    places.push_back(directory + "/fcbe/" + name);
+    places.push_back(fs::path(directory) / "fcbe" / name);
   }
   places.push_back("/usr/local/lib/PXLQlp/fcbe/" + name);
   return places;

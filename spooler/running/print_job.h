@@ -63,7 +63,8 @@ class PrintListener {
 /// command's column holds; never by both. Nothing is sent when the form is missing or when text is
 /// no text of its encoding: that is found out first.
 ///
-/// When it is cancelled the printer gets whole blocks and a job end, see run_filter.
+/// When it is cancelled the printer gets whole blocks and a job end, see run_filter and
+/// WholeBlocks.
 PrintResult print_job(const PrintJob& job, PrintListener& listener,
                       const Cancellation& cancellation);
 

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <stdexcept>
 
 #include "running/child_process.h"
@@ -38,8 +39,9 @@ std::vector<spooler::JobOption> parse_options(const std::string& text) {
   cups_option_t* options = nullptr;
   const int count = cupsParseOptions(text.c_str(), 0, &options);
   std::vector<spooler::JobOption> all;
-  for (int i = 0; i < count; ++i) {
-    all.push_back({options[i].name, options[i].value});
+  all.reserve(static_cast<std::size_t>(count));
+  for (const cups_option_t& option : std::span(options, static_cast<std::size_t>(count))) {
+    all.push_back({option.name, option.value});
   }
   cupsFreeOptions(count, options);
   return all;

@@ -120,10 +120,9 @@ TEST(ChildProcess, IsKilledWhenItsParentDies) {
   const Pipe told = make_pipe();
   const pid_t parent = fork();
   if (parent == 0) {
-    const ChildProcess child("/bin/sh", {"-c", "echo $$; exec sleep 100"});
+    ChildProcess child("/bin/sh", {"-c", "echo $$; exec sleep 100"});
     std::array<std::uint8_t, 32> room{};
-    ChildProcess& running = const_cast<ChildProcess&>(child);
-    const std::size_t count = read_some(running.output().number(), room, "");
+    const std::size_t count = read_some(child.output().number(), room, "");
     write_all(told.write_end.number(), std::span(room).first(count));
     raise(SIGKILL);
   }

@@ -399,6 +399,50 @@ TEST_F(PrintJobTest, ThatIsCancelledLeavesAWholeJob) {
   }
 }
 
+TEST_F(PrintJobTest, InThePrintersLanguageLeavesAWholeJobWhenItIsCancelled) {
+  std::string pages;
+  for (int i = 0; i < 3000; ++i) {
+    pages += std::string(static_cast<std::size_t>(i % 200), 'x') + "\n\f";
+  }
+  const std::string rlx = by_hand(pages);
+  job_.in_printer_language = true;
+  for (const unsigned after : {0U, 1000U, 5000U, 20000U}) {
+    SCOPED_TRACE(after);
+    Cancellation cancellation;
+    Pipe pipe = make_pipe();
+    std::thread host([&] {
+      // A host that sends slowly.
+      for (std::size_t at = 0; at < rlx.size(); at += 1000) {
+        if (write_all(pipe.write_end.number(), as_bytes(std::string_view(rlx).substr(at, 1000))) !=
+            0) {
+          break;
+        }
+        usleep(100);
+      }
+      pipe.write_end.reset();
+    });
+    std::thread asker([&] {
+      usleep(after);
+      cancellation.ask();
+    });
+    PipeReader printer;
+    job_.input = pipe.read_end.number();
+    job_.output = printer.descriptor();
+    const PrintResult result = print_job(job_, notes_, cancellation);
+    pipe.read_end.reset();
+    host.join();
+    asker.join();
+    EXPECT_EQ(result.problem, Problem::none) << result.words;
+    const FoundJob found = read_job(printer.text());
+    EXPECT_EQ(shown_faults(found), "");
+    EXPECT_LT(found.pages_begun, 3000U);
+    if (found.pages_begun > 0) {
+      EXPECT_EQ(found.blocks.back().block.use, reader::BlockUse::job_end);
+    }
+    EXPECT_EQ(result.count.pages, found.pages_begun);
+  }
+}
+
 TEST_F(PrintJobTest, ThatIsCancelledBetweenCopiesSendsNoMore) {
   Cancellation cancellation;
   // Each run of the filter takes a while.
