@@ -27,7 +27,7 @@ class FilterRun : public ::testing::Test {
                 const std::vector<std::string>& arguments = {}) {
     PortionSource source(job, 1000);
     PipeReader printer;
-    const RunReport report = run_to(program, arguments, source, printer.descriptor());
+    RunReport report = run_to(program, arguments, source, printer.descriptor());
     output_ = printer.text();
     return report;
   }

@@ -54,7 +54,7 @@ class PrintJobTest : public ::testing::Test {
     job_.input = through_pipe ? pipe.read_end.number() : file.number();
     job_.output = printer.descriptor();
     notes_ = Notes();
-    const PrintResult result = print_job(job_, notes_, never_);
+    PrintResult result = print_job(job_, notes_, never_);
     pipe.read_end.reset();
     host.join();
     output_ = printer.text();
@@ -62,7 +62,8 @@ class PrintJobTest : public ::testing::Test {
     return result;
   }
 
-  std::string by_hand(const std::string& text, const std::vector<std::string>& arguments = {}) {
+  static std::string by_hand(const std::string& text,
+                             const std::vector<std::string>& arguments = {}) {
     return run_tool(RLX_SANDBOXED_PROGRAM, {.arguments = arguments, .input = text}).output;
   }
 
