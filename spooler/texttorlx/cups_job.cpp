@@ -179,12 +179,16 @@ CupsJob read_cups_job(const std::vector<std::string>& arguments) {
 }
 
 int print_cups_job(const CupsJob& job, const spooler::Cancellation& cancellation) {
+  int status = 1;
   try {
-    return print_to_standard_output(job, cancellation);
+    status = print_to_standard_output(job, cancellation);
   } catch (const std::exception& failure) {
     error(failure.what());
-    return 1;
   }
+  if (status != 0) {
+    wait_until_read();
+  }
+  return status;
 }
 
 }  // namespace rlx::texttorlx

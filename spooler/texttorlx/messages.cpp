@@ -1,8 +1,12 @@
 #include "texttorlx/messages.h"
 
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "running/descriptor.h"
 
@@ -16,6 +20,14 @@ void write_line(const std::string& prefix, std::string text) {
   const std::string line = prefix + text + '\n';
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(line.data());
   static_cast<void>(spooler::write_all(STDERR_FILENO, {bytes, line.size()}));
+}
+
+/// True when standard error is a pipe with something in it.
+bool is_waiting_to_be_read() {
+  struct stat state {};
+  int bytes = 0;
+  return fstat(STDERR_FILENO, &state) == 0 && S_ISFIFO(state.st_mode) &&
+         ioctl(STDERR_FILENO, FIONREAD, &bytes) == 0 && bytes > 0;
 }
 
 }  // namespace
@@ -42,6 +54,15 @@ void add_state(const std::string& reason) {
 
 void remove_state(const std::string& reason) {
   write_line("STATE: -", reason);
+}
+
+void wait_until_read() {
+  constexpr auto kPatience = std::chrono::seconds(5);
+  constexpr auto kBetweenLooks = std::chrono::milliseconds(5);
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (is_waiting_to_be_read() && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
 }
 
 }  // namespace rlx::texttorlx

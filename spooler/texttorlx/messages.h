@@ -21,4 +21,9 @@ void page(std::uint64_t number, unsigned copies);
 void add_state(const std::string& reason);
 void remove_state(const std::string& reason);
 
+/// Waits, for seconds at most, until all lines so far have been read. cupsd may notice first that a
+/// filter has ended, and then what it said last is in the log only and no longer the job's reason
+/// ("Filter failed" is). Lines that do not go to a pipe are not waited for.
+void wait_until_read();
+
 }  // namespace rlx::texttorlx
