@@ -38,8 +38,10 @@ TEST_F(CupsFailure, FormThatIsMissing) {
   const int id = server.submit("q", text, {"form=NOSUCH"});
   expect_stopped(id, {"NOSUCH", forms() + "/fcbe/NOSUCH"});
   expect_queue_goes_on();
+  EXPECT_NE(server.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
   put_form("NOSUCH", "print 3 72000\n");
   expect_same_job(filtered({"-n", "NOSUCH", "-p", forms()}, text), restart(id));
+  EXPECT_EQ(server.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
 }
 
 TEST_F(CupsFailure, FormThatIsWrong) {

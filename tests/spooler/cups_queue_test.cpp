@@ -126,7 +126,7 @@ TEST_F(CupsQueue, SocketsAreNotAskedBySnmp) {
         {"socket://h?waiteof=false", "socket://h/?waiteof=false&snmp=false"},
         {"socket://h/?waiteof=false", "socket://h/?waiteof=false&snmp=false"},
         {"socket://h/?snmp=true", "socket://h/?snmp=true"},
-        {"lpd://h/queue", "lpd://h/queue"}}) {
+        {"http://h/queue", "http://h/queue"}}) {
     EXPECT_EQ(server.rlx_queue({"add", "new", "--device", given}).status, 0);
     EXPECT_EQ(device("new"), std::string("device for new: ") + kept + "\n");
   }

@@ -236,6 +236,7 @@ Command CupsServer::client(std::vector<std::string> words) const {
   command.environment["CUPS_SERVER"] = socket();
   // No settings of the user's own, and none of the system's.
   command.environment["HOME"] = directory_ + "/temporary";
+  command.environment["TMPDIR"] = directory_ + "/temporary";
   command.environment["CUPS_SERVERROOT"] = directory_ + "/settings";
   return command;
 }
@@ -323,6 +324,9 @@ CupsJob CupsServer::job(const std::string& queue, int id) const {
 
 CupsJob CupsServer::wait_for(const std::string& queue, int id, Seconds patience) const {
   CupsJob found;
+  if (id == 0) {
+    return found;  // it was not taken, and that has been told
+  }
   EXPECT_TRUE(comes_true(patience, [&, this] { return is_settled(found = job(queue, id)); }))
       << "job " << id << " is " << found.state << ": " << found.message;
   return found;
@@ -336,9 +340,10 @@ bool CupsServer::wait_for_state(const std::string& queue, int id, const std::str
 std::string CupsServer::queue_state(const std::string& queue) const {
   auto attributes = ask(queue,
                         "OPERATION Get-Printer-Attributes\nATTR keyword requested-attributes "
-                        "printer-state,printer-state-message\n")
+                        "printer-state,printer-state-message,printer-state-reasons\n")
                         .front();
-  return attributes["printer-state"] + ' ' + attributes["printer-state-message"];
+  return attributes["printer-state"] + ' ' + attributes["printer-state-reasons"] + ' ' +
+         attributes["printer-state-message"];
 }
 
 std::vector<pid_t> CupsServer::processes() const {

@@ -78,7 +78,7 @@ class CupsServer {
   /// Waits until a job is in a state.
   bool wait_for_state(const std::string& queue, int id, const std::string& state,
                       Seconds patience = Seconds(20)) const;
-  /// The queue's state and what it says, such as "idle " or "processing Connected to printer."
+  /// The queue's state, its reasons and what it says, such as "idle none ".
   std::string queue_state(const std::string& queue) const;
 
   /// Filters and backends that run for it, and it itself.
