@@ -271,6 +271,11 @@ std::vector<OptionFault> read_job_options(const std::vector<JobOption>& options,
   return faults;
 }
 
+bool is_job_option(std::string_view name) {
+  return std::any_of(kOptions.begin(), kOptions.end(),
+                     [name](const Option& known) { return known.name == name; });
+}
+
 bool is_form_name(std::string_view name) {
   constexpr std::string_view kBytes =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";

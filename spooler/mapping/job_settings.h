@@ -92,6 +92,9 @@ std::string text_of(const OptionFault& fault);
 std::vector<OptionFault> read_job_options(const std::vector<JobOption>& options,
                                           JobSettings& settings);
 
+/// True for the name of an option that read_job_options takes.
+bool is_job_option(std::string_view name);
+
 /// True for a name that a form may have in a queue: letters, digits, "-" and "_", at least one. So
 /// a name is never a path.
 bool is_form_name(std::string_view name);

@@ -57,7 +57,7 @@ void cancel_on_signals(Cancellation& cancellation) {
   struct sigaction action = {};
   action.sa_handler = ask_on_signal;
   sigemptyset(&action.sa_mask);
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
     sigaction(signal, &action, nullptr);
   }
   std::signal(SIGPIPE, SIG_IGN);

@@ -29,9 +29,9 @@ class Cancellation {
   Pipe pipe_;  ///< can be read when it is asked for
 };
 
-/// Asks for the cancellation when the process is told to end (SIGTERM, SIGINT, SIGHUP). A broken
-/// pipe becomes a failed write. The ends of children can be waited for, also when whoever started
-/// this process has switched that off.
+/// Asks for the cancellation when the process is told to end (SIGTERM, SIGINT, SIGHUP, SIGQUIT; lpd
+/// sends more than one of them). A broken pipe becomes a failed write. The ends of children can be
+/// waited for, also when whoever started this process has switched that off.
 /// @param cancellation  must stay until the process ends.
 void cancel_on_signals(Cancellation& cancellation);
 

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Signals that this process catches or ignores, and the child is to take as usual.
-constexpr std::array<int, 4> kUsualSignals{SIGTERM, SIGINT, SIGHUP, SIGPIPE};
+constexpr std::array<int, 5> kUsualSignals{SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGPIPE};
 
 struct ChildPipes {
   int input;
