@@ -71,7 +71,7 @@ JobEnd tell_failure(const LpdArguments& arguments, Problem problem, const std::s
   const JobEnd end = job_end(problem, false);
   const std::string job = "job " + (arguments.job_number.empty() ? "" : arguments.job_number + ' ');
   if (end == JobEnd::hold) {
-    tell(job + "is held: " + words + "; it prints after: " + release_command(arguments));
+    tell(job + "is held: " + words + "; to print it then: " + release_command(arguments));
   } else {
     tell(job + "is tried again: " + words);
   }

@@ -13,7 +13,7 @@ namespace rlx::lpd {
 /// stops and the job is marked as done with, after JREMOVE (34) the job is gone.
 enum class JobEnd : int {
   printed = 0,  ///< JSUCC: the next file or job
-  retry = 32,   ///< JFAIL: the job is tried again, as often as the queue's rt says
+  retry = 32,   ///< JFAIL: the job is tried again, as often as the queue's send_try says
   hold = 37,    ///< JHOLD: the job stays until somebody releases it (lpc release); the next job
 };
 

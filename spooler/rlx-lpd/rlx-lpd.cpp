@@ -17,7 +17,7 @@ constexpr const char* kUsage =
     "into those of zqeuctorlx and runs it, from standard input to standard output. The options\n"
     "that describe the printer stand in the queue's printcap entry:\n"
     "\n"
-    "    lines:lp=192.0.2.10%9100:if=/usr/libexec/rlx-lpd --forms=/srv/forms:sh:rt#0\n"
+    "    lines:lp=192.0.2.10%9100:if=/usr/libexec/rlx-lpd --forms=/srv/forms:sh:send_try#0\n"
     "\n"
     "Messages go to standard error; lpq -L shows them. rlx-lpd(8) tells all of it.\n";
 
