@@ -8,9 +8,10 @@
 
 namespace rlx::lpd {
 
-/// Exit statuses as LPRng's lpd takes them from a filter. There are more, and lpd reads 1 to 31 as
-/// 32 to 62; what is not here would be wrong for each kind of failure: after JABORT (33) the queue
-/// stops and the job is marked as done with, after JREMOVE (34) the job is gone.
+/// Exit statuses as LPRng's lpd (3.8.B) takes them from a filter; it reads 1 to 31 as 32 to 62. Of
+/// the others some are known (33 JABORT, 34 JREMOVE, 41 JFAILNORETRY) and none is of use: after any
+/// of them, and after a signal, lpd is done with the job, which is gone unless the queue has
+/// save_on_error.
 enum class JobEnd : int {
   printed = 0,  ///< JSUCC: the next file or job
   retry = 32,   ///< JFAIL: the job is tried again, as often as the queue's send_try says

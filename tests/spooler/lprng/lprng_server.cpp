@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <pwd.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -55,6 +55,12 @@ unsigned long whole_number(const std::string& digits) {
   return std::strtoul(digits.c_str(), nullptr, 10);
 }
 
+void replace(std::string& text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  ASSERT_NE(at, std::string::npos) << from;
+  text.replace(at, from.size(), to);
+}
+
 void give_to_server(const fs::path& path) {
   const passwd* const user = getpwnam(kServerUser);
   EXPECT_EQ(chown(path.c_str(), user->pw_uid, user->pw_gid), 0) << path;
@@ -100,6 +106,17 @@ void LprngServer::make_folders(const std::vector<LprngQueue>& queues) {
   }
 }
 
+/// The sample entry, made that of a queue.
+std::string LprngServer::entry(const LprngQueue& queue) const {
+  std::string text = read_file(RLX_PROJECT_DIRECTORY "/spooler/rlx-lpd/printcap.example");
+  replace(text, "lines|Line-printer jobs on the page printer", queue.name);
+  replace(text, "/var/spool/lpd/lines", directory_ + "/spool/" + queue.name);
+  replace(text, "192.0.2.10%9100", "127.0.0.1%" + std::to_string(queue.printer_port));
+  replace(text, "/usr/libexec/rlx-lpd --forms=/srv/forms",
+          installed_tree() + "/libexec/rlx-lpd " + queue.arguments);
+  return text + queue.more;
+}
+
 void LprngServer::write_settings(const std::vector<LprngQueue>& queues) {
   const std::string etc = directory_ + "/etc/";
   write_file(etc + "hosts", "127.0.0.1 localhost\n");
@@ -118,10 +135,7 @@ void LprngServer::write_settings(const std::vector<LprngQueue>& queues) {
           directory_ + "/run\ndefault_tmp_dir=" + directory_ + "/run\nsyslog_device=/dev/null\n");
   std::string printcap;
   for (const LprngQueue& queue : queues) {
-    printcap += queue.name + "\n :sd=" + directory_ + "/spool/" + queue.name + "\n :lp=127.0.0.1%" +
-                std::to_string(queue.printer_port) + "\n :if=" + installed_tree() +
-                "/libexec/rlx-lpd " + queue.arguments + "\n :send_try#0\n :sh\n :mc#99\n :mx#0\n" +
-                queue.more;
+    printcap += entry(queue);
   }
   write_file(etc + "printcap", printcap);
 }
@@ -139,7 +153,7 @@ std::vector<std::string> LprngServer::inside(std::vector<std::string> words) con
                                "--uts",
                                "sh",
                                "-c",
-                               "mount --bind \"$0\" /etc && hostname localhost && exec \"$@\"",
+                               R"(mount --bind "$0" /etc && hostname localhost && exec "$@")",
                                directory_ + "/etc"};
   all.insert(all.end(), words.begin(), words.end());
   return all;
@@ -149,13 +163,12 @@ void LprngServer::start() {
   Command command{inside({"lpd", "-F"})};
   command.error_file = directory_ + "/run/messages";
   daemon_ = std::make_unique<Process>(command);
-  const std::string id = std::to_string(daemon_->id());
-  const bool is_up = comes_true(kStartPatience, [this, &id] {
+  const bool is_up = comes_true(kStartPatience, [this] {
     return program_of(daemon_->id()) == "lpd" && run({"lpc", "lpd"}).status == 0 &&
            fs::exists(directory_ + "/run/socket");
   });
   EXPECT_TRUE(is_up) << "lpd does not start: " << read_file(command.error_file);
-  name_space_ = name_space_of(id);
+  name_space_ = name_space_of(std::to_string(daemon_->id()));
 }
 
 Outcome LprngServer::run(std::vector<std::string> words, std::string_view input) {

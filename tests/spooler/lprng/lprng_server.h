@@ -13,7 +13,7 @@
 
 namespace rlx::testing {
 
-/// A queue of lpd.
+/// A queue of lpd. Its entry is the sample entry with these in it.
 struct LprngQueue {
   std::string name;
   int printer_port = 0;     ///< of 127.0.0.1
@@ -61,6 +61,7 @@ class LprngServer {
 
  private:
   void make_folders(const std::vector<LprngQueue>& queues);
+  std::string entry(const LprngQueue& queue) const;
   void write_settings(const std::vector<LprngQueue>& queues);
   void start();
   std::set<std::string> jobs_of(const std::string& queue) const;

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <csignal>
+
 #include "spooler/lprng/lprng_server.h"
 #include "spooler/spooler_test.h"
 
@@ -48,7 +50,7 @@ std::size_t count_of(const std::string& what, const std::string& text) {
 
 /// An lpd with the queue "q", whose forms are those of the folder.
 class LprngTest : public SpoolerTest {
- protected:
+ public:
   explicit LprngTest(const std::string& arguments = "", const std::string& more = "")
       : server({{"q", printer.port(), "--forms=" + forms() + ' ' + arguments, more},
                 {"wrong", printer.port(), "--mode=5"}}) {}
@@ -66,7 +68,7 @@ class LprngTest : public SpoolerTest {
   /// Submits a job that is held. @return its number.
   std::string hold(std::string_view job, const std::vector<std::string>& options,
                    const std::string& reason) {
-    const std::string number = server.submit("q", job, options);
+    std::string number = server.submit("q", job, options);
     EXPECT_TRUE(server.wait_for_state("q", number, "hold")) << server.status("q");
     EXPECT_NE(server.status("q").find("job " + number + " is held: " + reason), std::string::npos)
         << server.status("q");
@@ -305,6 +307,48 @@ TEST_F(LprngImpatientTest, LeavesNoProcessWhenThePrinterTakesNothingMore) {
     const auto& jobs = printer.wait_for_jobs(2);
     return jobs.size() < 2 ? PrinterJob() : jobs[1];
   }());
+}
+
+/// A queue that forgets jobs that are printed, as lpd does by itself.
+class LprngForgetfulTest : public LprngTest {
+ protected:
+  LprngForgetfulTest() : LprngTest("", " :done_jobs#0\n") {}
+};
+
+TEST_F(LprngForgetfulTest, KeepsAJobWhoseFilterWasKilled) {
+  const std::string text = numbered_pages("KILLED", 20000, 60);
+  printer.tell("stall 100000");
+  const std::string number = server.submit("q", text);
+  ASSERT_TRUE(printer.wait_for_stall());
+  for (const pid_t filter : server.processes_of("rlx-lpd")) {
+    kill(filter, SIGKILL);
+  }
+  EXPECT_TRUE(filters_end(server, Seconds(5)));
+  printer.tell("go");
+  EXPECT_TRUE(server.wait_for_state("q", number, "error")) << server.status("q");
+  EXPECT_EQ(server.run({"lpc", "redo", "q", number}).status, 0);
+  const auto& jobs = printer.wait_for_jobs(2);
+  ASSERT_EQ(jobs.size(), 2U) << server.status("q");
+  EXPECT_FALSE(jobs[0].is_whole());
+  expect_same_job(filtered(plain(), text), jobs[1]);
+  EXPECT_TRUE(server.wait_for_state("q", number, "")) << server.status("q");
+}
+
+TEST_F(LprngTest, PrintsAJobAgainWhoseFilterWasToldToEnd) {
+  const std::string text = numbered_pages("ENDED", 20000, 60);
+  printer.tell("stall 100000");
+  const std::string number = server.submit("q", text);
+  ASSERT_TRUE(printer.wait_for_stall());
+  for (const pid_t filter : server.processes_of("rlx-lpd")) {
+    kill(filter, SIGTERM);
+  }
+  printer.tell("go");
+  EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
+  const auto& jobs = printer.wait_for_jobs(2);
+  ASSERT_EQ(jobs.size(), 2U) << server.status("q");
+  EXPECT_TRUE(jobs[0].is_whole());
+  EXPECT_LT(jobs[0].pages, 20000U);
+  expect_same_job(filtered(plain(), text), jobs[1]);
 }
 
 TEST_F(LprngTest, WaitsForAPrinterThatIsAway) {
