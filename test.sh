@@ -131,7 +131,7 @@ check_all() {
 # with spoolers need the spoolers.
 check_release_quickly() {
   build_preset release &&
-    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler)_tests'
+    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler|lprng)_tests'
 }
 
 check_quickly() {
@@ -143,7 +143,9 @@ check_spoolers() {
   install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}" \
     "${spooler_test_needs[@]}"
   step "release build" build_preset release
-  step "tests with spoolers" build-release/tests/spooler/spooler_tests
+  step "tests with CUPS" build-release/tests/spooler/spooler_tests
+  step "LPRng" tests/spooler/lprng/unpack.sh "$PWD/.cache/lprng"
+  step "tests with LPRng" build-release/tests/spooler/lprng/lprng_tests
 }
 
 compare_roads() {

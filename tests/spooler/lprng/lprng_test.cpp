@@ -87,6 +87,8 @@ class LprngTest : public SpoolerTest {
   LprngServer server;
 };
 
+class LongLprngTest : public LprngTest {};
+
 TEST_F(LprngTest, PrintsText) {
   const std::string text = numbered_pages("TEXT", 3);
   const PrinterJob job = print(text);
@@ -289,12 +291,12 @@ TEST_F(LprngTest, EndsACancelledJobInThePrinter) {
   expect_same_job(filtered(plain(), "NEXT\n"), print("NEXT\n"));
 }
 
-class LprngImpatientTest : public LprngTest {
+class LongLprngImpatientTest : public LprngTest {
  protected:
-  LprngImpatientTest() : LprngTest("--cancel-seconds=1") {}
+  LongLprngImpatientTest() : LprngTest("--cancel-seconds=1") {}
 };
 
-TEST_F(LprngImpatientTest, LeavesNoProcessWhenThePrinterTakesNothingMore) {
+TEST_F(LongLprngImpatientTest, LeavesNoProcessWhenThePrinterTakesNothingMore) {
   printer.tell("stall 1000");
   const std::string number = server.submit("q", numbered_pages("STUCK", 20000, 60));
   ASSERT_TRUE(printer.wait_for_stall());
@@ -310,12 +312,12 @@ TEST_F(LprngImpatientTest, LeavesNoProcessWhenThePrinterTakesNothingMore) {
 }
 
 /// A queue that forgets jobs that are printed, as lpd does by itself.
-class LprngForgetfulTest : public LprngTest {
+class LongLprngForgetfulTest : public LprngTest {
  protected:
-  LprngForgetfulTest() : LprngTest("", " :done_jobs#0\n") {}
+  LongLprngForgetfulTest() : LprngTest("", " :done_jobs#0\n") {}
 };
 
-TEST_F(LprngForgetfulTest, KeepsAJobWhoseFilterWasKilled) {
+TEST_F(LongLprngForgetfulTest, KeepsAJobWhoseFilterWasKilled) {
   const std::string text = numbered_pages("KILLED", 20000, 60);
   printer.tell("stall 100000");
   const std::string number = server.submit("q", text);
@@ -334,7 +336,7 @@ TEST_F(LprngForgetfulTest, KeepsAJobWhoseFilterWasKilled) {
   EXPECT_TRUE(server.wait_for_state("q", number, "")) << server.status("q");
 }
 
-TEST_F(LprngTest, PrintsAJobAgainWhoseFilterWasToldToEnd) {
+TEST_F(LongLprngTest, PrintsAJobAgainWhoseFilterWasToldToEnd) {
   const std::string text = numbered_pages("ENDED", 20000, 60);
   printer.tell("stall 100000");
   const std::string number = server.submit("q", text);
@@ -366,7 +368,7 @@ TEST_F(LprngTest, WaitsForAPrinterThatIsAway) {
   expect_same_job(filtered(plain(), text), jobs[0]);
 }
 
-TEST_F(LprngTest, PrintsAgainWhenThePrinterWentAwayInTheMiddle) {
+TEST_F(LongLprngTest, PrintsAgainWhenThePrinterWentAwayInTheMiddle) {
   const std::string text = numbered_pages("AGAIN", 20000, 60);
   for (const std::uint64_t bytes : {1U, 70000U, 2000000U}) {
     const std::size_t before = printer.jobs().size();
