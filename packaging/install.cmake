@@ -43,10 +43,8 @@ install(TARGETS zqeuctorlx RUNTIME DESTINATION ${RLX_FILTER_DIRECTORY} COMPONENT
 file(GLOB rlx_manual_pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/man/*.[1-8])
 install_manual(zqeuctorlx ${rlx_manual_pages})
 foreach(document IN ITEMS line-printer-stream.md operating.md rlx.md)
-  if(EXISTS ${PROJECT_SOURCE_DIR}/docs/${document})
-    install(FILES ${PROJECT_SOURCE_DIR}/docs/${document}
-            DESTINATION ${rlx_document_directory}/zqeuctorlx COMPONENT zqeuctorlx)
-  endif()
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/${document}
+          DESTINATION ${rlx_document_directory}/zqeuctorlx COMPONENT zqeuctorlx)
 endforeach()
 
 # ---- The programs around the filter, which the users call ----------------------------------------

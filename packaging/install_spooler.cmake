@@ -4,57 +4,44 @@ set(spooler ${PROJECT_SOURCE_DIR}/spooler)
 # ---- CUPS ----------------------------------------------------------------------------------------
 list(APPEND rlx_installed_components rlx-cups)
 install(TARGETS texttorlx RUNTIME DESTINATION ${RLX_CUPS_SERVERBIN}/filter COMPONENT rlx-cups)
-if(EXISTS ${spooler}/texttorlx/texttorlx.8)
-  install_manual(rlx-cups ${spooler}/texttorlx/texttorlx.8)
-endif()
+install_manual(rlx-cups ${spooler}/texttorlx/texttorlx.8 ${spooler}/rlx-queue/rlx-queue.8)
 
-if(EXISTS ${spooler}/rlx-queue/rlx-queue)
-  # The script learns the version, which stands in one place.
-  configure_file(${spooler}/rlx-queue/rlx-queue ${PROJECT_BINARY_DIR}/rlx-queue @ONLY)
-  install(PROGRAMS ${PROJECT_BINARY_DIR}/rlx-queue DESTINATION ${CMAKE_INSTALL_SBINDIR}
-          COMPONENT rlx-cups)
-  install_manual(rlx-cups ${spooler}/rlx-queue/rlx-queue.8)
-endif()
+# The script learns the version, which stands in one place.
+configure_file(${spooler}/rlx-queue/rlx-queue ${PROJECT_BINARY_DIR}/rlx-queue @ONLY)
+install(PROGRAMS ${PROJECT_BINARY_DIR}/rlx-queue DESTINATION ${CMAKE_INSTALL_SBINDIR}
+        COMPONENT rlx-cups)
 
 # The driver file names its catalogue of translations, which has to stand beside it.
 foreach(data IN ITEMS drv/rlx.drv drv/rlx-ja.po mime/rlx.types mime/rlx.convs)
   get_filename_component(name ${data} NAME)
   get_filename_component(folder ${data} DIRECTORY)
-  if(EXISTS ${spooler}/cups/${name})
-    install(FILES ${spooler}/cups/${name} DESTINATION ${RLX_CUPS_DATADIR}/${folder}
-            COMPONENT rlx-cups)
-  endif()
+  install(FILES ${spooler}/cups/${name} DESTINATION ${RLX_CUPS_DATADIR}/${folder}
+          COMPONENT rlx-cups)
 endforeach()
 
 # The PPDs of the driver file, in the build folder's ppd/ as in the installed share/rlx/.
-if(EXISTS ${spooler}/cups/rlx.drv)
-  find_program(RLX_PPDC ppdc REQUIRED)
-  file(STRINGS ${spooler}/cups/rlx.drv ppd_lines REGEX "^[ \t]*PCFileName[ \t]+\"")
-  set(ppds)
-  foreach(line IN LISTS ppd_lines)
-    string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" name "${line}")
-    string(TOLOWER "${name}" name) # as ppdc does
-    list(APPEND ppds ${PROJECT_BINARY_DIR}/ppd/${name})
-  endforeach()
-  file(GLOB catalogues CONFIGURE_DEPENDS ${spooler}/cups/*.po)
-  add_custom_command(
-    OUTPUT ${ppds}
-    COMMAND ${RLX_PPDC} -d ${PROJECT_BINARY_DIR}/ppd rlx.drv
-    DEPENDS ${spooler}/cups/rlx.drv ${catalogues}
-    WORKING_DIRECTORY ${spooler}/cups
-    COMMENT "Compiling the PPDs"
-    VERBATIM)
-  add_custom_target(rlx_ppds ALL DEPENDS ${ppds})
-  install(FILES ${ppds} DESTINATION ${CMAKE_INSTALL_DATADIR}/rlx COMPONENT rlx-cups)
-endif()
+find_program(RLX_PPDC ppdc REQUIRED)
+file(STRINGS ${spooler}/cups/rlx.drv ppd_lines REGEX "^[ \t]*PCFileName[ \t]+\"")
+set(ppds)
+foreach(line IN LISTS ppd_lines)
+  string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" name "${line}")
+  string(TOLOWER "${name}" name) # as ppdc does
+  list(APPEND ppds ${PROJECT_BINARY_DIR}/ppd/${name})
+endforeach()
+file(GLOB catalogues CONFIGURE_DEPENDS ${spooler}/cups/*.po)
+add_custom_command(
+  OUTPUT ${ppds}
+  COMMAND ${RLX_PPDC} -d ${PROJECT_BINARY_DIR}/ppd rlx.drv
+  DEPENDS ${spooler}/cups/rlx.drv ${catalogues}
+  WORKING_DIRECTORY ${spooler}/cups
+  COMMENT "Compiling the PPDs"
+  VERBATIM)
+add_custom_target(rlx_ppds ALL DEPENDS ${ppds})
+install(FILES ${ppds} DESTINATION ${CMAKE_INSTALL_DATADIR}/rlx COMPONENT rlx-cups)
 
 # ---- LPRng ---------------------------------------------------------------------------------------
-if(TARGET rlx-lpd)
-  list(APPEND rlx_installed_components rlx-lprng)
-  install(TARGETS rlx-lpd RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT rlx-lprng)
-  if(EXISTS ${spooler}/rlx-lpd/rlx-lpd.8)
-    install_manual(rlx-lprng ${spooler}/rlx-lpd/rlx-lpd.8)
-  endif()
-  install(FILES ${spooler}/rlx-lpd/printcap.example
-          DESTINATION ${rlx_document_directory}/rlx-lprng/examples COMPONENT rlx-lprng)
-endif()
+list(APPEND rlx_installed_components rlx-lprng)
+install(TARGETS rlx-lpd RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT rlx-lprng)
+install_manual(rlx-lprng ${spooler}/rlx-lpd/rlx-lpd.8)
+install(FILES ${spooler}/rlx-lpd/printcap.example
+        DESTINATION ${rlx_document_directory}/rlx-lprng/examples COMPONENT rlx-lprng)
