@@ -48,7 +48,7 @@ void expect_beginning_of(const std::string& whole, const PrinterJob& job) {
 
 TEST_P(CupsCancel, EndsThePrintersJob) {
   CupsServer server({.user = GetParam().user});
-  server.add_queue("q", printer, {"--forms", forms()});
+  server.add_queue("q", printer_, {"--forms", forms()});
   const std::string large = numbered_pages("large", kPages, 10);
   const std::string small = numbered_pages("small", 2);
   const std::string& text = GetParam().moment == Moment::behind_the_filter ? small : large;
@@ -57,23 +57,23 @@ TEST_P(CupsCancel, EndsThePrintersJob) {
       server.run({"cupsdisable", "q"});
       break;
     case Moment::connecting:
-      printer.tell("away");
+      printer_.tell("away");
       break;
     case Moment::beginning:
-      printer.tell("stall 50");
+      printer_.tell("stall 50");
       break;
     case Moment::middle:
-      printer.tell("stall 1000000");
+      printer_.tell("stall 1000000");
       break;
     case Moment::behind_the_filter:
-      printer.tell("stall 100");
+      printer_.tell("stall 100");
       break;
   }
   const int id = server.submit("q", text);
   const bool reaches_printer =
       GetParam().moment != Moment::waiting && GetParam().moment != Moment::connecting;
   if (reaches_printer) {
-    ASSERT_TRUE(printer.wait_for_stall());
+    ASSERT_TRUE(printer_.wait_for_stall());
   } else if (GetParam().moment == Moment::connecting) {
     ASSERT_TRUE(comes_true(Seconds(10), [&] {
       return server.log_of(id).find("Connection") != std::string::npos ||
@@ -82,24 +82,24 @@ TEST_P(CupsCancel, EndsThePrintersJob) {
   }
   EXPECT_EQ(server.run({"cancel", std::to_string(id)}).status, 0);
   if (reaches_printer) {
-    printer.tell("go");
-    ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-    expect_beginning_of(filtered({}, text), printer.jobs()[0]);
+    printer_.tell("go");
+    ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+    expect_beginning_of(filtered({}, text), printer_.jobs()[0]);
     // What was handed on before is not taken back; the rest is not printed.
     if (GetParam().moment != Moment::behind_the_filter) {
-      EXPECT_LT(printer.jobs()[0].pages, kPages);
+      EXPECT_LT(printer_.jobs()[0].pages, kPages);
     }
   }
   EXPECT_EQ(server.wait_for("q", id).state, "canceled");
   EXPECT_TRUE(comes_true(Seconds(8), [&] { return job_processes(server) == 0; }));
   // The queue goes on.
-  printer.tell("back");
+  printer_.tell("back");
   server.run({"cupsenable", "q"});
-  const std::size_t before = printer.jobs().size();
+  const std::size_t before = printer_.jobs().size();
   const int next = server.submit("q", small);
   EXPECT_EQ(server.wait_for("q", next).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(before + 1).size(), before + 1);
-  expect_same_job(filtered({}, small), printer.jobs().back());
+  ASSERT_EQ(printer_.wait_for_jobs(before + 1).size(), before + 1);
+  expect_same_job(filtered({}, small), printer_.jobs().back());
 }
 
 std::vector<CancelCase> all_cases() {

@@ -11,8 +11,8 @@ class CupsFailure : public CupsTest {
  protected:
   /// Expects that a job is stopped with a reason that holds some words.
   void expect_stopped(int id, const std::vector<std::string>& words) {
-    const CupsJob job = server.wait_for("q", id);
-    EXPECT_EQ(job.state, "processing-stopped") << server.log_of(id);
+    const CupsJob job = server_.wait_for("q", id);
+    EXPECT_EQ(job.state, "processing-stopped") << server_.log_of(id);
     for (const std::string& word : words) {
       EXPECT_NE(job.message.find(word), std::string::npos) << word << " in: " << job.message;
     }
@@ -25,29 +25,29 @@ class CupsFailure : public CupsTest {
 
   /// Prints a job again that was stopped.
   PrinterJob restart(int id) {
-    const std::size_t before = printer.jobs().size();
-    EXPECT_EQ(server.run({"lp", "-i", std::to_string(id), "-H", "restart"}).status, 0);
-    EXPECT_TRUE(server.wait_for_state("q", id, "completed"));
-    const auto& jobs = printer.wait_for_jobs(before + 1);
+    const std::size_t before = printer_.jobs().size();
+    EXPECT_EQ(server_.run({"lp", "-i", std::to_string(id), "-H", "restart"}).status, 0);
+    EXPECT_TRUE(server_.wait_for_state("q", id, "completed"));
+    const auto& jobs = printer_.wait_for_jobs(before + 1);
     return jobs.size() > before ? jobs[before] : PrinterJob();
   }
 };
 
 TEST_F(CupsFailure, FormThatIsMissing) {
   const std::string text = numbered_pages("missing", 2);
-  const int id = server.submit("q", text, {"form=NOSUCH"});
+  const int id = server_.submit("q", text, {"form=NOSUCH"});
   expect_stopped(id, {"NOSUCH", forms() + "/fcbe/NOSUCH"});
   expect_queue_goes_on();
-  EXPECT_NE(server.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
+  EXPECT_NE(server_.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
   put_form("NOSUCH", "print 3 72000\n");
   expect_same_job(filtered({"-n", "NOSUCH", "-p", forms()}, text), restart(id));
-  EXPECT_EQ(server.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
+  EXPECT_EQ(server_.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
 }
 
 TEST_F(CupsFailure, FormThatIsWrong) {
   put_form("WRONG", "print 300\n");
   const std::string text = numbered_pages("wrong", 2);
-  const int id = server.submit("q", text, {"form=WRONG"});
+  const int id = server_.submit("q", text, {"form=WRONG"});
   expect_stopped(id, {"WRONG", "first line 300 is above 255"});
   expect_queue_goes_on();
   put_form("WRONG", "print 3\n");
@@ -56,9 +56,9 @@ TEST_F(CupsFailure, FormThatIsWrong) {
 
 TEST_F(CupsFailure, NameOfAFormThatIsAPath) {
   for (const char* const name : {"../INVOICE", "/etc/passwd", "INVOICE.txt", "A B"}) {
-    expect_stopped(server.submit("q", "A\f", {std::string("form='") + name + "'"}), {"form"});
+    expect_stopped(server_.submit("q", "A\f", {std::string("form='") + name + "'"}), {"form"});
   }
-  EXPECT_TRUE(printer.jobs().empty());
+  EXPECT_TRUE(printer_.jobs().empty());
 }
 
 TEST_F(CupsFailure, ValuesThatAreWrong) {
@@ -68,9 +68,9 @@ TEST_F(CupsFailure, ValuesThatAreWrong) {
         "media-source=tray-5", "orientation-requested=7", "page-offset-x=1439",
         "page-offset-y=100000"}) {
     SCOPED_TRACE(option);
-    expect_stopped(server.submit("q", "A\f", {option}), {option, "wanted is"});
+    expect_stopped(server_.submit("q", "A\f", {option}), {option, "wanted is"});
   }
-  EXPECT_TRUE(printer.jobs().empty());
+  EXPECT_TRUE(printer_.jobs().empty());
   expect_queue_goes_on();
 }
 
@@ -79,15 +79,15 @@ class LongCupsFailure : public CupsFailure {};
 
 TEST_F(LongCupsFailure, NoReasonGetsLost) {
   for (int times = 0; times < 200; ++times) {
-    const CupsJob job = server.wait_for("q", server.submit("q", "A\f", {"lpi=5"}));
+    const CupsJob job = server_.wait_for("q", server_.submit("q", "A\f", {"lpi=5"}));
     ASSERT_NE(job.message.find("lpi=5"), std::string::npos) << times << ": " << job.message;
   }
 }
 
 TEST_F(CupsFailure, TextThatIsNotOfItsEncoding) {
-  const int id = server.submit("q", "ABC\306\374\377X\n\f", {"rlx-charset=EUC-JP"});
+  const int id = server_.submit("q", "ABC\306\374\377X\n\f", {"rlx-charset=EUC-JP"});
   expect_stopped(id, {"byte 5", "EUC-JP"});
-  EXPECT_TRUE(printer.jobs().empty());
+  EXPECT_TRUE(printer_.jobs().empty());
   expect_queue_goes_on();
 }
 
@@ -95,41 +95,41 @@ TEST_F(CupsFailure, FormOfTheJobItself) {
   // A print-condition command, layout 2, that names a form which is not there.
   const std::string job =
       "A\f\033Q1;100 n  2" + std::string(14, ' ') + "ZZ9" + std::string(80, ' ') + "B\f";
-  const int id = server.submit("q", job);
+  const int id = server_.submit("q", job);
   expect_stopped(id, {"FCB"});
   expect_queue_goes_on();
 }
 
 TEST_F(CupsFailure, QueueThatIsSetUpWrongly) {
-  const std::string path = server.directory() + "/settings/ppd/q.ppd";
+  const std::string path = server_.directory() + "/settings/ppd/q.ppd";
   std::string ppd = read_file(path);
   const std::string mode = "*rlxEmulationMode: \"1\"";
   ppd.replace(ppd.find(mode), mode.size(), "*rlxEmulationMode: \"5\"");
   write_file(path, ppd);
-  expect_stopped(server.submit("q", "A\f"), {"rlxEmulationMode", "5"});
-  EXPECT_TRUE(printer.jobs().empty());
+  expect_stopped(server_.submit("q", "A\f"), {"rlxEmulationMode", "5"});
+  EXPECT_TRUE(printer_.jobs().empty());
 }
 
 TEST_F(CupsFailure, FormThatIsRemovedWhileJobsWait) {
-  server.run({"cupsdisable", "q"});
+  server_.run({"cupsdisable", "q"});
   const std::string text = numbered_pages("waiting", 2);
   const std::string plain = numbered_pages("plain", 1);
   std::vector<int> with_form;
   std::vector<int> without;
   for (int i = 0; i < 3; ++i) {
-    with_form.push_back(server.submit("q", text, {"form=LABEL"}));
-    without.push_back(server.submit("q", plain));
+    with_form.push_back(server_.submit("q", text, {"form=LABEL"}));
+    without.push_back(server_.submit("q", plain));
   }
   remove_form("LABEL");
-  server.run({"cupsenable", "q"});
+  server_.run({"cupsenable", "q"});
   for (const int id : with_form) {
     expect_stopped(id, {"LABEL"});
   }
   for (const int id : without) {
-    EXPECT_EQ(server.wait_for("q", id).state, "completed");
+    EXPECT_EQ(server_.wait_for("q", id).state, "completed");
   }
-  ASSERT_EQ(printer.wait_for_jobs(3).size(), 3U);
-  for (const PrinterJob& job : printer.jobs()) {
+  ASSERT_EQ(printer_.wait_for_jobs(3).size(), 3U);
+  for (const PrinterJob& job : printer_.jobs()) {
     expect_same_job(filtered({}, plain), job);
   }
   put_form("LABEL", "print 4 36000\n");

@@ -51,18 +51,19 @@ TEST_F(LongCupsMany, TwoHundredJobsOfEightClients) {
       "form=None; [ $((i % 2)) = 0 ] || form=LABEL; lp -d q -o form=$form \"$0-$i\" >/dev/null || "
       "exit 1; i=$((i + 1)); done";
   std::vector<std::unique_ptr<Process>> clients;
+  clients.reserve(kClients);
   for (int client = 0; client < kClients; ++client) {
     clients.push_back(std::make_unique<Process>(
-        server.client({"sh", "-c", script, folder + "/" + std::to_string(client)})));
+        server_.client({"sh", "-c", script, folder + "/" + std::to_string(client)})));
   }
   for (const auto& client : clients) {
     EXPECT_EQ(client->wait(Seconds(60)), 0);
   }
-  const auto& printed = printer.wait_for_jobs(kClients * kJobs, Seconds(120));
+  const auto& printed = printer_.wait_for_jobs(kClients * kJobs, Seconds(120));
   EXPECT_EQ(counted(printed), expected);
   long counted_by_cups = 0;
-  comes_true(Seconds(10), [&] { return is_settled(server.jobs("q").rbegin()->second); });
-  const auto jobs = server.jobs("q");
+  comes_true(Seconds(10), [&] { return is_settled(server_.jobs("q").rbegin()->second); });
+  const auto jobs = server_.jobs("q");
   EXPECT_EQ(jobs.size(), static_cast<std::size_t>(kClients * kJobs));
   for (const auto& [id, job] : jobs) {
     EXPECT_EQ(job.state, "completed") << id << ": " << job.message;
@@ -85,9 +86,9 @@ TEST_F(LongCupsMany, EveryGoldenJob) {
     const std::string job = decode_escaped(read_file(entry.path() / "stdin.esc")).value();
     const Outcome by_hand =
         run_command({{installed_tree() + "/libexec/zqeuctorlx", "-p", forms()}}, job);
-    const std::size_t before = printer.jobs().size();
+    const std::size_t before = printer_.jobs().size();
     const std::size_t awaited = before + (by_hand.output.empty() ? 0 : 1);
-    const CupsJob settled = server.wait_for("q", server.submit("q", job));
+    const CupsJob settled = server_.wait_for("q", server_.submit("q", job));
     if (by_hand.status == 0) {
       EXPECT_EQ(settled.state, "completed") << settled.message;
       ++completed;
@@ -100,7 +101,7 @@ TEST_F(LongCupsMany, EveryGoldenJob) {
           << settled.message << " lacks " << by_hand.messages;
       ++stopped;
     }
-    const auto& jobs = printer.wait_for_jobs(awaited);
+    const auto& jobs = printer_.wait_for_jobs(awaited);
     ASSERT_EQ(jobs.size(), awaited);
     if (awaited > before) {
       EXPECT_EQ(describe_difference(by_hand.output, jobs.back().bytes), "");
@@ -116,8 +117,8 @@ class LongCupsKilled : public SpoolerTest {};
 
 TEST_F(LongCupsKilled, TwentyJobsWait) {
   CupsServer server({.settings = "DirtyCleanInterval 0\n"});
-  server.add_queue("q", printer, {"--forms", forms()});
-  printer.tell("rate 30000");
+  server.add_queue("q", printer_, {"--forms", forms()});
+  printer_.tell("rate 30000");
   std::vector<int> ids;
   std::map<std::string, int> expected;
   for (int job = 0; job < 20; ++job) {
@@ -125,9 +126,9 @@ TEST_F(LongCupsKilled, TwentyJobsWait) {
     ids.push_back(server.submit("q", text));
     expected[filtered({}, text)] = 1;
   }
-  ASSERT_GE(printer.wait_for_jobs(5, Seconds(60)).size(), 5U);
+  ASSERT_GE(printer_.wait_for_jobs(5, Seconds(60)).size(), 5U);
   server.kill();
-  printer.tell("go");
+  printer_.tell("go");
   // What cupsd had started goes on, or ends: the printer's job is a whole one all the same.
   EXPECT_TRUE(comes_true(Seconds(30), [&] { return server.processes().empty(); }));
   server.start();
@@ -135,14 +136,14 @@ TEST_F(LongCupsKilled, TwentyJobsWait) {
     const CupsJob job = server.wait_for("q", id, Seconds(60));
     EXPECT_EQ(job.state, "completed") << id << ": " << job.message;
   }
-  std::map<std::string, int> printed = counted(printer.jobs());
+  std::map<std::string, int> printed = counted(printer_.jobs());
   for (const auto& [bytes, count] : expected) {
     EXPECT_GE(printed[bytes], 1);
     printed.erase(bytes);
   }
   EXPECT_TRUE(printed.empty());
   // Twice at most the job that was being printed, and the one whose end cupsd had not noted yet.
-  EXPECT_LE(printer.jobs().size(), 22U);
+  EXPECT_LE(printer_.jobs().size(), 22U);
 }
 
 /// A small disk of the test's own.
@@ -176,7 +177,7 @@ TEST_F(CupsDiskFull, JobsAreRefusedOrPrintedWhole) {
     GTEST_SKIP() << "only root can have a small disk of its own";
   }
   CupsServer server({.spool_directory = disk.path() + "/spool"});
-  server.add_queue("q", printer, {"--forms", forms()});
+  server.add_queue("q", printer_, {"--forms", forms()});
   const std::string small = numbered_pages("small", 2);
   const int waiting = server.submit("q", small, {"copies=4", "job-hold-until=indefinite"});
   // More than there is room for: lp says so, and no part of it is printed.
@@ -188,8 +189,8 @@ TEST_F(CupsDiskFull, JobsAreRefusedOrPrintedWhole) {
   run_command({{"dd", "if=/dev/zero", "of=" + disk.path() + "/filler", "bs=64k"}});
   EXPECT_EQ(server.run({"lp", "-i", std::to_string(waiting), "-H", "resume"}).status, 0);
   EXPECT_EQ(server.wait_for("q", waiting).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-  EXPECT_EQ(printer.jobs()[0].impressions, 8U);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  EXPECT_EQ(printer_.jobs()[0].impressions, 8U);
   const Outcome full = server.run({"lp", "-d", "q"}, small);
   if (full.status == 0) {
     ADD_FAILURE() << "taken, and what then? " << full.output << server.error_log();
@@ -197,8 +198,8 @@ TEST_F(CupsDiskFull, JobsAreRefusedOrPrintedWhole) {
   fs::remove(disk.path() + "/filler");
   const int next = server.submit("q", small);
   EXPECT_EQ(server.wait_for("q", next).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(2).size(), 2U);
-  expect_same_job(filtered({}, small), printer.jobs()[1]);
+  ASSERT_EQ(printer_.wait_for_jobs(2).size(), 2U);
+  expect_same_job(filtered({}, small), printer_.jobs()[1]);
 }
 
 }  // namespace

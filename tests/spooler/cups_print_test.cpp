@@ -20,7 +20,7 @@ void CupsPrint::expect_printed(std::string_view job, const std::vector<std::stri
   const PrinterJob printed = print(job, options);
   expect_same_job(expected, printed);
   EXPECT_EQ(printed.impressions, impressions);
-  const auto jobs = server.jobs("q");
+  const auto jobs = server_.jobs("q");
   ASSERT_FALSE(jobs.empty());
   EXPECT_EQ(jobs.rbegin()->second.impressions, static_cast<long>(impressions));
 }
@@ -35,12 +35,12 @@ TEST_F(CupsPrint, Text) {
 
 TEST_F(CupsPrint, TextOfAFile) {
   const std::string text = numbered_pages("file", 2);
-  write_file(server.directory() + "/temporary/report.txt", text);
+  write_file(server_.directory() + "/temporary/report.txt", text);
   const Outcome outcome =
-      server.run({"lp", "-d", "q", server.directory() + "/temporary/report.txt"});
+      server_.run({"lp", "-d", "q", server_.directory() + "/temporary/report.txt"});
   ASSERT_EQ(outcome.status, 0) << outcome.messages;
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-  expect_same_job(filtered({}, text), printer.jobs()[0]);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  expect_same_job(filtered({}, text), printer_.jobs()[0]);
 }
 
 TEST_F(CupsPrint, Form) {
@@ -49,30 +49,30 @@ TEST_F(CupsPrint, Form) {
 }
 
 TEST_F(CupsPrint, FormOfTheQueue) {
-  server.add_queue("labels", printer, {"--forms", forms(), "--default-form", "LABEL"});
+  server_.add_queue("labels", printer_, {"--forms", forms(), "--default-form", "LABEL"});
   const std::string text = numbered_pages("labels", 2);
-  const int id = server.submit("labels", text);
-  EXPECT_EQ(server.wait_for("labels", id).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-  expect_same_job(filtered({"-n", "LABEL", "-p", forms()}, text), printer.jobs()[0]);
+  const int id = server_.submit("labels", text);
+  EXPECT_EQ(server_.wait_for("labels", id).state, "completed");
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  expect_same_job(filtered({"-n", "LABEL", "-p", forms()}, text), printer_.jobs()[0]);
   // A job that wants none says so.
-  const int plain = server.submit("labels", text, {"form=None"});
-  EXPECT_EQ(server.wait_for("labels", plain).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(2).size(), 2U);
-  expect_same_job(filtered({}, text), printer.jobs()[1]);
+  const int plain = server_.submit("labels", text, {"form=None"});
+  EXPECT_EQ(server_.wait_for("labels", plain).state, "completed");
+  ASSERT_EQ(printer_.wait_for_jobs(2).size(), 2U);
+  expect_same_job(filtered({}, text), printer_.jobs()[1]);
 }
 
 TEST_F(CupsPrint, SettingsOfTheQueue) {
-  server.add_queue("old", printer,
-                   {"--forms", forms(), "--mode", "3", "--capabilities", "D240!D400",
-                    "--resolution", "400", "--flags", "D"});
+  server_.add_queue("old", printer_,
+                    {"--forms", forms(), "--mode", "3", "--capabilities", "D240!D400",
+                     "--resolution", "400", "--flags", "D"});
   const std::string text = numbered_pages("old", 2);
-  const int id = server.submit("old", text, {"form=LABEL"});
-  EXPECT_EQ(server.wait_for("old", id).state, "completed");
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  const int id = server_.submit("old", text, {"form=LABEL"});
+  EXPECT_EQ(server_.wait_for("old", id).state, "completed");
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
   expect_same_job(
       filtered({"-E", "-D", "-G", "D240!D400", "-e", "400", "-p", forms(), "-n", "LABEL"}, text),
-      printer.jobs()[0]);
+      printer_.jobs()[0]);
 }
 
 TEST_F(CupsPrint, JapaneseInEveryEncoding) {
@@ -152,7 +152,7 @@ TEST_F(CupsPrint, EveryOption) {
 }
 
 TEST_F(CupsPrint, OptionsOfTheQueueByLpadmin) {
-  ASSERT_EQ(server
+  ASSERT_EQ(server_
                 .run({"lpadmin", "-p", "q", "-o", "lpi=8", "-o", "form=LABEL", "-o", "PageSize=A3",
                       "-o", "Duplex=DuplexNoTumble"})
                 .status,
@@ -188,24 +188,24 @@ TEST_F(CupsPrint, CopiesThatTheJobItselfAsksFor) {
 TEST_F(CupsPrint, JobInThePrintersLanguage) {
   const std::string job = filtered({"-n", "INVOICE", "-p", forms()}, numbered_pages("rlx", 4));
   expect_printed(job, {}, job, 4);
-  EXPECT_EQ(server.jobs("q").rbegin()->second.format, "application/vnd.rlx");
+  EXPECT_EQ(server_.jobs("q").rbegin()->second.format, "application/vnd.rlx");
   // Options of a line printer have no meaning for it; copies have.
   expect_printed(job, {"form=LABEL", "lpi=8"}, job, 4);
   expect_printed(job, {"copies=3"}, job + job + job, 12);
 }
 
 TEST_F(CupsPrint, PagesInThePageLog) {
-  const int first = server.submit("q", numbered_pages("one", 3));
-  server.wait_for("q", first);
-  const int second = server.submit("q", numbered_pages("two", 2), {"copies=3"});
-  server.wait_for("q", second);
-  EXPECT_EQ(server.page_log(),
+  const int first = server_.submit("q", numbered_pages("one", 3));
+  server_.wait_for("q", first);
+  const int second = server_.submit("q", numbered_pages("two", 2), {"copies=3"});
+  server_.wait_for("q", second);
+  EXPECT_EQ(server_.page_log(),
             std::to_string(first) + " total 3\n" + std::to_string(second) + " total 6\n");
 }
 
 TEST_F(CupsPrint, TellsWhatWasPrintedAndHow) {
   print(numbered_pages("words", 2), {"form=LABEL"});
-  const std::string log = server.log_of(1);
+  const std::string log = server_.log_of(1);
   EXPECT_NE(log.find("zqeuctorlx "), std::string::npos) << log;
   EXPECT_NE(log.find("2 pages"), std::string::npos) << log;
   EXPECT_NE(log.find("form LABEL"), std::string::npos) << log;

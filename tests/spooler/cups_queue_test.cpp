@@ -12,18 +12,18 @@ class CupsQueue : public CupsTest {
  protected:
   /// The line of an option as lpoptions shows it; the default has a star.
   std::string option(const std::string& queue, const std::string& name) {
-    const std::string all = server.run({"lpoptions", "-p", queue, "-l"}).output;
+    const std::string all = server_.run({"lpoptions", "-p", queue, "-l"}).output;
     const std::size_t begin = all.find(name + "/");
     return begin == std::string::npos ? "" : all.substr(begin, all.find('\n', begin) - begin);
   }
   std::string device(const std::string& queue) {
-    return server.run({"lpstat", "-v", queue}).output;
+    return server_.run({"lpstat", "-v", queue}).output;
   }
   std::string ppd(const std::string& queue) {
-    return read_file(server.directory() + "/settings/ppd/" + queue + ".ppd");
+    return read_file(server_.directory() + "/settings/ppd/" + queue + ".ppd");
   }
   bool has_queue(const std::string& queue) {
-    return server.run({"lpstat", "-v", queue}).status == 0;
+    return server_.run({"lpstat", "-v", queue}).status == 0;
   }
 };
 
@@ -34,8 +34,8 @@ TEST_F(CupsQueue, FormsAreChoices) {
   put_form("label", "print 1\n");
   put_form(std::string(41, 'x'), "print 1\n");
   std::filesystem::create_directory(forms() + "/fcbe/FOLDER");
-  const Outcome outcome = server.rlx_queue(
-      {"add", "new", "--device", printer.uri(), "--forms", forms(), "--default-form", "a-form_2"});
+  const Outcome outcome = server_.rlx_queue(
+      {"add", "new", "--device", printer_.uri(), "--forms", forms(), "--default-form", "a-form_2"});
   EXPECT_EQ(outcome.status, 0) << outcome.messages;
   EXPECT_EQ(option("new", "form"), "form/Form: None INVOICE LABEL *a-form_2");
   for (const char* const left_out :
@@ -49,7 +49,7 @@ TEST_F(CupsQueue, FirstFolderWithAFormWins) {
   // Wrong, but hidden by the one of the first folder.
   write_file(more + "/fcbe/LABEL", "print 300\n");
   write_file(more + "/fcbe/MORE", "print 1\n");
-  server.add_queue("two", printer, {"--forms", forms(), "--forms", more});
+  server_.add_queue("two", printer_, {"--forms", forms(), "--forms", more});
   EXPECT_EQ(option("two", "form"), "form/Form: *None INVOICE LABEL MORE");
   EXPECT_NE(ppd("two").find("*rlxFormDirectories: \"" + forms() + ":" + more + "\"\n"),
             std::string::npos);
@@ -58,7 +58,7 @@ TEST_F(CupsQueue, FirstFolderWithAFormWins) {
 TEST_F(CupsQueue, FormThatFcbcheckRefuses) {
   put_form("WRONG", "print 4\nlpi 5 6\n");
   const std::string before = ppd("q");
-  const Outcome refused = server.rlx_queue({"refresh", "q"});
+  const Outcome refused = server_.rlx_queue({"refresh", "q"});
   EXPECT_EQ(refused.status, 1);
   const std::string path = forms() + "/fcbe/WRONG";
   const std::string words = run_command({{installed_tree() + "/bin/fcbcheck", path}}).output +
@@ -66,33 +66,33 @@ TEST_F(CupsQueue, FormThatFcbcheckRefuses) {
   EXPECT_NE(words.find(path + ":2: "), std::string::npos) << words;
   EXPECT_NE(refused.messages.find(words), std::string::npos) << refused.messages;
   EXPECT_EQ(ppd("q"), before);
-  EXPECT_EQ(server.rlx_queue({"add", "new", "--device", printer.uri(), "--forms", forms()}).status,
-            1);
+  EXPECT_EQ(
+      server_.rlx_queue({"add", "new", "--device", printer_.uri(), "--forms", forms()}).status, 1);
   EXPECT_FALSE(has_queue("new"));
 }
 
 /// In mode 7 a form is cut to 14 inches, and its lines have to go into that.
 TEST_F(CupsQueue, FormIsCheckedForTheModeOfTheQueue) {
   put_form("LONG", "print 1 120000\nlpi 2400 49\n");
-  EXPECT_EQ(server.rlx_queue({"refresh", "q"}).status, 0);
-  const Outcome refused = server.rlx_queue({"refresh", "q", "--mode", "7"});
+  EXPECT_EQ(server_.rlx_queue({"refresh", "q"}).status, 0);
+  const Outcome refused = server_.rlx_queue({"refresh", "q", "--mode", "7"});
   EXPECT_EQ(refused.status, 1);
   EXPECT_NE(refused.messages.find("are taller than the form, 100800"), std::string::npos)
       << refused.messages;
 }
 
 TEST_F(CupsQueue, RefreshKeepsSettings) {
-  server.add_queue("kept", printer,
-                   {"--forms", forms(), "--mode", "3", "--capabilities", "D240!D400!f1",
-                    "--resolution", "400", "--flags", "AD", "--description", "Invoices",
-                    "--location", "Room 1", "--default-form", "LABEL"});
+  server_.add_queue("kept", printer_,
+                    {"--forms", forms(), "--mode", "3", "--capabilities", "D240!D400!f1",
+                     "--resolution", "400", "--flags", "AD", "--description", "Invoices",
+                     "--location", "Room 1", "--default-form", "LABEL"});
   ASSERT_EQ(
-      server
+      server_
           .run({"lpadmin", "-p", "kept", "-o", "lpi=8", "-o", "form=INVOICE", "-o", "PageSize=A3"})
           .status,
       0);
   put_form("NEW", "print 1\n");
-  const Outcome outcome = server.rlx_queue({"refresh", "kept"});
+  const Outcome outcome = server_.rlx_queue({"refresh", "kept"});
   EXPECT_EQ(outcome.status, 0) << outcome.messages;
   EXPECT_EQ(outcome.output, "kept: forms INVOICE LABEL NEW\n");
   EXPECT_EQ(option("kept", "form"), "form/Form: None *INVOICE LABEL NEW");
@@ -103,19 +103,19 @@ TEST_F(CupsQueue, RefreshKeepsSettings) {
         "*rlxResolution: \"400\"\n", "*rlxFilterFlags: \"AD\"\n"}) {
     EXPECT_NE(ppd("kept").find(line), std::string::npos) << line;
   }
-  const std::string told = server.run({"lpstat", "-l", "-p", "kept"}).output;
+  const std::string told = server_.run({"lpstat", "-l", "-p", "kept"}).output;
   EXPECT_NE(told.find("Description: Invoices\n"), std::string::npos) << told;
   EXPECT_NE(told.find("Location: Room 1\n"), std::string::npos) << told;
-  EXPECT_EQ(device("kept"), "device for kept: " + printer.uri() + "/?snmp=false\n");
+  EXPECT_EQ(device("kept"), "device for kept: " + printer_.uri() + "/?snmp=false\n");
 }
 
 TEST_F(CupsQueue, RefreshDoesNotLoseTheDefaultForm) {
-  server.add_queue("kept", printer, {"--forms", forms(), "--default-form", "LABEL"});
+  server_.add_queue("kept", printer_, {"--forms", forms(), "--default-form", "LABEL"});
   remove_form("LABEL");
-  const Outcome refused = server.rlx_queue({"refresh", "kept"});
+  const Outcome refused = server_.rlx_queue({"refresh", "kept"});
   EXPECT_EQ(refused.status, 1);
   EXPECT_NE(refused.messages.find("no form LABEL"), std::string::npos) << refused.messages;
-  EXPECT_EQ(server.rlx_queue({"refresh", "kept", "--default-form", "INVOICE"}).status, 0);
+  EXPECT_EQ(server_.rlx_queue({"refresh", "kept", "--default-form", "INVOICE"}).status, 0);
   EXPECT_EQ(option("kept", "form"), "form/Form: None *INVOICE");
 }
 
@@ -127,19 +127,19 @@ TEST_F(CupsQueue, SocketsAreNotAskedBySnmp) {
         {"socket://h/?waiteof=false", "socket://h/?waiteof=false&snmp=false"},
         {"socket://h/?snmp=true", "socket://h/?snmp=true"},
         {"http://h/queue", "http://h/queue"}}) {
-    EXPECT_EQ(server.rlx_queue({"add", "new", "--device", given}).status, 0);
+    EXPECT_EQ(server_.rlx_queue({"add", "new", "--device", given}).status, 0);
     EXPECT_EQ(device("new"), std::string("device for new: ") + kept + "\n");
   }
 }
 
 TEST_F(CupsQueue, ListAndRemove) {
-  EXPECT_EQ(server.run({"lpadmin", "-p", "raw", "-v", "socket://h:9100"}).status, 0);
-  EXPECT_EQ(server.rlx_queue({"list"}).output, "q: " + printer.uri() + "/?snmp=false\n");
-  EXPECT_EQ(server.rlx_queue({"remove", "q"}).status, 0);
+  EXPECT_EQ(server_.run({"lpadmin", "-p", "raw", "-v", "socket://h:9100"}).status, 0);
+  EXPECT_EQ(server_.rlx_queue({"list"}).output, "q: " + printer_.uri() + "/?snmp=false\n");
+  EXPECT_EQ(server_.rlx_queue({"remove", "q"}).status, 0);
   EXPECT_FALSE(has_queue("q"));
-  EXPECT_EQ(server.rlx_queue({"list"}).output, "");
-  EXPECT_EQ(server.rlx_queue({"remove", "q"}).status, 1);
-  const Outcome not_ours = server.rlx_queue({"refresh", "raw"});
+  EXPECT_EQ(server_.rlx_queue({"list"}).output, "");
+  EXPECT_EQ(server_.rlx_queue({"remove", "q"}).status, 1);
+  const Outcome not_ours = server_.rlx_queue({"refresh", "raw"});
   EXPECT_EQ(not_ours.status, 1);
 }
 
@@ -165,24 +165,24 @@ TEST_F(CupsQueue, WrongUse) {
       {"remove", "q", "more"},
       {"list", "more"}};
   for (const auto& use : uses) {
-    const Outcome outcome = server.rlx_queue(use);
+    const Outcome outcome = server_.rlx_queue(use);
     EXPECT_EQ(outcome.status, 2) << outcome.output;
     EXPECT_EQ(outcome.messages.substr(0, 11), "rlx-queue: ") << outcome.messages;
   }
   EXPECT_EQ(
-      server.rlx_queue({"add", "new", "--device", "socket://h", "--forms", "/no/such"}).status, 1);
+      server_.rlx_queue({"add", "new", "--device", "socket://h", "--forms", "/no/such"}).status, 1);
   EXPECT_FALSE(has_queue("new"));
 }
 
 TEST_F(CupsQueue, HelpAndVersion) {
-  const Outcome help = server.rlx_queue({"--help"});
+  const Outcome help = server_.rlx_queue({"--help"});
   EXPECT_EQ(help.status, 0);
   for (const char* const option :
        {"--device", "--forms", "--default-form", "--mode", "--resolution", "--capabilities",
         "--flags", "--description", "--location", "refresh", "remove", "list"}) {
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
   }
-  EXPECT_EQ(server.rlx_queue({"--version"}).output, "rlx-queue " RLX_VERSION "\n");
+  EXPECT_EQ(server_.rlx_queue({"--version"}).output, "rlx-queue " RLX_VERSION "\n");
 }
 
 }  // namespace

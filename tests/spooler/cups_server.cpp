@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <pwd.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <regex>
 #include <sstream>

@@ -88,11 +88,11 @@ class CupsTypes : public CupsTest {
   /// Submits jobs that do not print. @return what each is taken for, by name.
   std::map<std::string, std::string> types_of(const std::map<std::string, std::string>& jobs) {
     for (const auto& [name, job] : jobs) {
-      const Outcome outcome = server.run({"lp", "-d", "q", "-H", "hold", "-t", name}, job);
+      const Outcome outcome = server_.run({"lp", "-d", "q", "-H", "hold", "-t", name}, job);
       EXPECT_EQ(outcome.status, 0) << name << ": " << outcome.messages;
     }
     std::map<std::string, std::string> types;
-    for (const auto& [id, job] : server.jobs("q")) {
+    for (const auto& [id, job] : server_.jobs("q")) {
       types[job.name] = job.format;
     }
     return types;
@@ -102,7 +102,7 @@ class CupsTypes : public CupsTest {
   std::string refusal(std::string_view job, std::vector<std::string> options = {}) {
     std::vector<std::string> words{"lp", "-d", "q"};
     words.insert(words.end(), options.begin(), options.end());
-    const Outcome outcome = server.run(words, job);
+    const Outcome outcome = server_.run(words, job);
     EXPECT_EQ(outcome.status, 1) << outcome.output;
     return outcome.messages;
   }
@@ -162,7 +162,7 @@ constexpr std::array<Document, 4> kDocuments{{
 
 /// A document with sequences of a line printer inside, as compressed data may have.
 std::string document(const Document& kind) {
-  return kind.front + std::string("\0\033Q1;2!A\1\2\3\033\034\n", 15);
+  return kind.front + std::string("\0\033Q1;2!A\1\2\3\033\034\n", 14);
 }
 
 TEST_F(CupsTypes, DocumentsOfOtherKindsAreRefused) {
@@ -172,7 +172,7 @@ TEST_F(CupsTypes, DocumentsOfOtherKindsAreRefused) {
   }
   EXPECT_EQ(refusal("%PDF", {"-o", "document-format=application/gzip"}),
             "lp: Unsupported document-format \"application/gzip\".\n");
-  for (const auto& [id, job] : server.jobs("q")) {
+  for (const auto& [id, job] : server_.jobs("q")) {
     EXPECT_EQ(job.state, "canceled") << job.name;
   }
 }
@@ -184,17 +184,17 @@ TEST_F(CupsTypes, CompressedJobs) {
   };
   EXPECT_EQ(refusal(compressed(document(kDocuments[0]))),
             "lp: Unsupported document-format \"application/pdf\".\n");
-  const CupsJob job = server.wait_for("q", server.submit("q", compressed("A\f")));
+  const CupsJob job = server_.wait_for("q", server_.submit("q", compressed("A\f")));
   EXPECT_EQ(job.state, "processing-stopped");
   EXPECT_NE(job.message.find("compressed with gzip"), std::string::npos) << job.message;
-  EXPECT_TRUE(printer.jobs().empty());
+  EXPECT_TRUE(printer_.jobs().empty());
 }
 
 TEST_F(CupsTypes, WhatIsNotRecognisedDoesNotReachThePrinter) {
   const std::string unknown("\0\0garbage\0\377", 11);
   for (const std::string& job : {unknown, "0003CNT_PRN_DAT" + std::string("\0ABC", 4) +
                                               "0002END_PRN_DAT" + std::string("\0\n\f", 3)}) {
-    const CupsJob settled = server.wait_for("q", server.submit("q", job));
+    const CupsJob settled = server_.wait_for("q", server_.submit("q", job));
     EXPECT_EQ(settled.state, "processing-stopped");
     EXPECT_EQ(settled.format, kUnknown);
     EXPECT_NE(settled.message.find("document-format=application/vnd.rlx-lines"), std::string::npos)
@@ -203,7 +203,7 @@ TEST_F(CupsTypes, WhatIsNotRecognisedDoesNotReachThePrinter) {
   // Who knows better says so.
   const std::string job("A\0B\n\f", 5);
   expect_same_job(filtered({}, job), print(job, {"document-format=application/vnd.rlx-lines"}));
-  EXPECT_EQ(printer.jobs().size(), 1U);
+  EXPECT_EQ(printer_.jobs().size(), 1U);
 }
 
 TEST_F(CupsTypes, PpdPassesTheTest) {
@@ -211,20 +211,20 @@ TEST_F(CupsTypes, PpdPassesTheTest) {
   fs::create_directories(root + "/usr/lib/cups");
   fs::create_symlink(installed_tree() + "/lib/cups/filter", root + "/usr/lib/cups/filter");
   for (const std::string& ppd :
-       {installed_tree() + "/share/rlx/rlx.ppd", server.directory() + "/settings/ppd/q.ppd"}) {
+       {installed_tree() + "/share/rlx/rlx.ppd", server_.directory() + "/settings/ppd/q.ppd"}) {
     std::vector<std::string> words{"cupstestppd", "-W", "none", "-R", root};
     if (!is_root()) {
       words.insert(words.end(), {"-I", "filters"});  // they have to be root's
     }
     words.push_back(ppd);
-    const Outcome outcome = server.run(words);
+    const Outcome outcome = server_.run(words);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_EQ(outcome.output, ppd + ": PASS\n");
   }
 }
 
 TEST_F(CupsTypes, PpdSpeaksJapanese) {
-  const std::string ppd = read_file(server.directory() + "/settings/ppd/q.ppd");
+  const std::string ppd = read_file(server_.directory() + "/settings/ppd/q.ppd");
   for (const char* const line :
        {"*ja.Translation form/\345\270\263\347\245\250\343\203\225\343\202\251\343\203\274\343\203"
         "\240: \"\"\n",
@@ -236,11 +236,11 @@ TEST_F(CupsTypes, PpdSpeaksJapanese) {
 
 TEST_F(CupsTypes, WhatAJobBecomesIsSeenWithCupsfilter) {
   const std::string text = numbered_pages("seen", 2);
-  write_file(server.directory() + "/temporary/job.txt", text);
+  write_file(server_.directory() + "/temporary/job.txt", text);
   const Outcome outcome =
-      server.run({"cupsfilter", "-c", server.directory() + "/settings/cups-files.conf", "-p",
-                  server.directory() + "/settings/ppd/q.ppd", "-o", "form=LABEL", "-m",
-                  "application/vnd.rlx", server.directory() + "/temporary/job.txt"});
+      server_.run({"cupsfilter", "-c", server_.directory() + "/settings/cups-files.conf", "-p",
+                   server_.directory() + "/settings/ppd/q.ppd", "-o", "form=LABEL", "-m",
+                   "application/vnd.rlx", server_.directory() + "/temporary/job.txt"});
   EXPECT_EQ(outcome.status, 0) << outcome.messages;
   EXPECT_EQ(describe_difference(filtered({"-n", "LABEL", "-p", forms()}, text), outcome.output),
             "");

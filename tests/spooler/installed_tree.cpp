@@ -1,8 +1,8 @@
 #include "spooler/installed_tree.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 
@@ -38,7 +38,7 @@ class RunDirectory {
 };
 
 std::string install() {
-  const std::string prefix = run_directory() + "/installed";
+  std::string prefix = run_directory() + "/installed";
   const Outcome outcome =
       run_command({{RLX_CMAKE, "--install", RLX_BUILD_DIRECTORY, "--prefix", prefix}});
   if (outcome.status != 0) {
@@ -61,7 +61,7 @@ const std::string& installed_tree() {
 
 std::string make_directory(const std::string& name) {
   static int count = 0;
-  const std::string path = run_directory() + "/" + name + "-" + std::to_string(++count);
+  std::string path = run_directory() + "/" + name + "-" + std::to_string(++count);
   fs::create_directory(path);
   fs::permissions(path, fs::perms(0755));
   return path;

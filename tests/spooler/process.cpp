@@ -4,12 +4,12 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -61,6 +61,7 @@ void take_ends(const Ends& ends) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::vector<std::string> words = command.words;
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

@@ -56,16 +56,16 @@ void SpoolerTest::remove_form(const std::string& name) const {
   fs::remove(forms_ + "/fcbe/" + name);
 }
 
-CupsTest::CupsTest(const CupsSetup& setup) : server(setup) {
-  server.add_queue("q", printer, {"--forms", forms()});
+CupsTest::CupsTest(const CupsSetup& setup) : server_(setup) {
+  server_.add_queue("q", printer_, {"--forms", forms()});
 }
 
 PrinterJob CupsTest::print(std::string_view job, const std::vector<std::string>& options) {
-  const std::size_t before = printer.jobs().size();
-  const int id = server.submit("q", job, options);
-  const CupsJob settled = server.wait_for("q", id);
-  EXPECT_EQ(settled.state, "completed") << settled.message << '\n' << server.log_of(id);
-  const auto& jobs = printer.wait_for_jobs(before + 1);
+  const std::size_t before = printer_.jobs().size();
+  const int id = server_.submit("q", job, options);
+  const CupsJob settled = server_.wait_for("q", id);
+  EXPECT_EQ(settled.state, "completed") << settled.message << '\n' << server_.log_of(id);
+  const auto& jobs = printer_.wait_for_jobs(before + 1);
   EXPECT_EQ(jobs.size(), before + 1);
   return jobs.size() > before ? jobs[before] : PrinterJob();
 }

@@ -33,7 +33,7 @@ class SpoolerTest : public ::testing::Test {
   void put_form(const std::string& name, const std::string& text) const;
   void remove_form(const std::string& name) const;
 
-  Printer printer;
+  Printer printer_;
 
  private:
   std::string forms_;
@@ -47,7 +47,7 @@ class CupsTest : public SpoolerTest {
   /// Submits a job, and waits until it is printed. @return what reached the printer.
   PrinterJob print(std::string_view job, const std::vector<std::string>& options = {});
 
-  CupsServer server;
+  CupsServer server_;
 };
 
 }  // namespace rlx::testing

@@ -52,31 +52,31 @@ std::size_t count_of(const std::string& what, const std::string& text) {
 class LprngTest : public SpoolerTest {
  public:
   explicit LprngTest(const std::string& arguments = "", const std::string& more = "")
-      : server({{"q", printer.port(), "--forms=" + forms() + ' ' + arguments, more},
-                {"wrong", printer.port(), "--mode=5"}}) {}
+      : server_({{"q", printer_.port(), "--forms=" + forms() + ' ' + arguments, more},
+                 {"wrong", printer_.port(), "--mode=5"}}) {}
 
   /// Submits a job and waits until it is printed. @return what reached the printer.
   PrinterJob print(std::string_view job, const std::vector<std::string>& options = {}) {
-    const std::size_t before = printer.jobs().size();
-    const std::string number = server.submit("q", job, options);
-    EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
-    const auto& jobs = printer.wait_for_jobs(before + 1);
-    EXPECT_EQ(jobs.size(), before + 1) << server.status("q");
+    const std::size_t before = printer_.jobs().size();
+    const std::string number = server_.submit("q", job, options);
+    EXPECT_TRUE(server_.wait_for_state("q", number, "done")) << server_.status("q");
+    const auto& jobs = printer_.wait_for_jobs(before + 1);
+    EXPECT_EQ(jobs.size(), before + 1) << server_.status("q");
     return jobs.size() > before ? jobs[before] : PrinterJob();
   }
 
   /// Submits a job that is held. @return its number.
   std::string hold(std::string_view job, const std::vector<std::string>& options,
                    const std::string& reason) {
-    std::string number = server.submit("q", job, options);
-    EXPECT_TRUE(server.wait_for_state("q", number, "hold")) << server.status("q");
-    EXPECT_NE(server.status("q").find("job " + number + " is held: " + reason), std::string::npos)
-        << server.status("q");
+    std::string number = server_.submit("q", job, options);
+    EXPECT_TRUE(server_.wait_for_state("q", number, "hold")) << server_.status("q");
+    EXPECT_NE(server_.status("q").find("job " + number + " is held: " + reason), std::string::npos)
+        << server_.status("q");
     return number;
   }
 
   void release(const std::string& number) {
-    EXPECT_EQ(server.run({"lpc", "release", "q", number}).status, 0);
+    EXPECT_EQ(server_.run({"lpc", "release", "q", number}).status, 0);
   }
 
   std::vector<std::string> with_form(const std::string& name) const {
@@ -84,7 +84,7 @@ class LprngTest : public SpoolerTest {
   }
   std::vector<std::string> plain() const { return {"-p", forms()}; }
 
-  LprngServer server;
+  LprngServer server_;
 };
 
 class LongLprngTest : public LprngTest {};
@@ -94,10 +94,10 @@ TEST_F(LprngTest, PrintsText) {
   const PrinterJob job = print(text);
   expect_same_job(filtered(plain(), text), job);
   EXPECT_EQ(job.pages, 3U);
-  EXPECT_NE(server.status("q").find("filter msg - '3 pages, " + std::to_string(job.bytes.size()) +
-                                    " bytes, no form, "),
+  EXPECT_NE(server_.status("q").find("filter msg - '3 pages, " + std::to_string(job.bytes.size()) +
+                                     " bytes, no form, "),
             std::string::npos)
-      << server.status("q");
+      << server_.status("q");
 }
 
 TEST_F(LprngTest, PrintsALargeJob) {
@@ -144,9 +144,9 @@ TEST_F(LprngTest, KeepsLprngsLettersToItself) {
 TEST_F(LprngTest, PrintsSeveralFilesAsOneJob) {
   const std::string one = numbered_pages("ONE", 1);
   const std::string two = numbered_pages("TWO", 2);
-  const std::string number = server.submit_files("q", {one, two}, {"-Z", "form=LABEL"});
-  EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
-  const auto& jobs = printer.wait_for_jobs(1);
+  const std::string number = server_.submit_files("q", {one, two}, {"-Z", "form=LABEL"});
+  EXPECT_TRUE(server_.wait_for_state("q", number, "done")) << server_.status("q");
+  const auto& jobs = printer_.wait_for_jobs(1);
   ASSERT_EQ(jobs.size(), 1U);
   const std::vector<std::string> options = with_form("LABEL");
   expect_same_job(filtered(options, one) + filtered(options, two), jobs[0]);
@@ -164,7 +164,7 @@ TEST_F(LprngTest, LetsThePrinterMakeCopies) {
   const PrinterJob job = print(text, {"-Z", "copies=4"});
   expect_same_job(filtered(plain(), conditions({{14, "4"}}) + text), job);
   EXPECT_EQ(job.impressions, 8U);
-  EXPECT_NE(server.status("q").find("'8 pages, "), std::string::npos) << server.status("q");
+  EXPECT_NE(server_.status("q").find("'8 pages, "), std::string::npos) << server_.status("q");
 }
 
 TEST_F(LprngTest, SendsAJobWithConditionsOfItsOwnAsOftenAsItIsWanted) {
@@ -186,7 +186,7 @@ TEST_F(LprngTest, LetsLprngMakeCopies) {
 TEST_F(LprngTest, HoldsAJobThatWantsCopiesOfCopies) {
   hold("TEXT\n", {"-K3", "-Z", "copies=2"},
        "option copies=2 and lpr -K 3 ask for copies of copies: use one of them");
-  EXPECT_TRUE(printer.wait_for_jobs(1, Seconds(0.3)).empty());
+  EXPECT_TRUE(printer_.wait_for_jobs(1, Seconds(0.3)).empty());
 }
 
 TEST_F(LprngTest, HoldsAJobWhoseFormIsMissing) {
@@ -196,12 +196,12 @@ TEST_F(LprngTest, HoldsAJobWhoseFormIsMissing) {
            "form LATER is missing; it was looked for as " + forms() + "/fcbe/LATER");
   // The queue goes on.
   expect_same_job(filtered(plain(), "NEXT\n"), print("NEXT\n"));
-  EXPECT_EQ(server.job("q", number).state, "hold");
-  EXPECT_EQ(count_of("job " + number + " is held", server.status("q")), 1U);
+  EXPECT_EQ(server_.job("q", number).state, "hold");
+  EXPECT_EQ(count_of("job " + number + " is held", server_.status("q")), 1U);
   put_form("LATER", "print 2 28800\nlpi 900 32\n");
   release(number);
-  EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
-  const auto& jobs = printer.wait_for_jobs(2);
+  EXPECT_TRUE(server_.wait_for_state("q", number, "done")) << server_.status("q");
+  const auto& jobs = printer_.wait_for_jobs(2);
   ASSERT_EQ(jobs.size(), 2U);
   expect_same_job(filtered(with_form("LATER"), text), jobs[1]);
 }
@@ -210,12 +210,12 @@ TEST_F(LprngTest, HoldsAJobWhoseFormIsWrong) {
   put_form("BAD", "print 2 28800\nlpi 900 nonsense\n");
   const std::string text = numbered_pages("MENDED", 2);
   const std::string number = hold(text, {"-Z", "form=BAD"}, "form BAD: ");
-  EXPECT_NE(server.status("q").find("/fcbe/BAD:2:"), std::string::npos) << server.status("q");
+  EXPECT_NE(server_.status("q").find("/fcbe/BAD:2:"), std::string::npos) << server_.status("q");
   expect_same_job(filtered(plain(), "NEXT\n"), print("NEXT\n"));
   put_form("BAD", "print 2 28800\nlpi 900 32\n");
   release(number);
-  EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
-  const auto& jobs = printer.wait_for_jobs(2);
+  EXPECT_TRUE(server_.wait_for_state("q", number, "done")) << server_.status("q");
+  const auto& jobs = printer_.wait_for_jobs(2);
   ASSERT_EQ(jobs.size(), 2U);
   expect_same_job(filtered(with_form("BAD"), text), jobs[1]);
 }
@@ -226,18 +226,19 @@ TEST_F(LprngTest, HoldsJobsThatAskForWhatCannotBe) {
   hold("TEXT\n", {"-Z", "fomr=INVOICE"}, "there is no option fomr; rlx-lpd(8) lists them");
   hold("\xb4\xff\n", {"-Z", "rlx-charset=EUC-JP", "-b"},
        "byte 0 of the job: this is no character of EUC-JP");
-  EXPECT_TRUE(printer.jobs().empty());
+  EXPECT_TRUE(printer_.jobs().empty());
   expect_same_job(filtered(plain(), "NEXT\n"), print("NEXT\n"));
 }
 
 TEST_F(LprngTest, HoldsJobsOfAQueueThatIsSetUpWrongly) {
-  const std::string number = server.submit("wrong", "TEXT\n");
-  EXPECT_TRUE(server.wait_for_state("wrong", number, "hold"));
-  EXPECT_NE(server.status("wrong").find("the printcap entry is wrong: --mode=5: wanted is 1, 2, 3, "
-                                        "4, 6 or 7"),
-            std::string::npos)
-      << server.status("wrong");
-  EXPECT_TRUE(printer.jobs().empty());
+  const std::string number = server_.submit("wrong", "TEXT\n");
+  EXPECT_TRUE(server_.wait_for_state("wrong", number, "hold"));
+  EXPECT_NE(
+      server_.status("wrong").find("the printcap entry is wrong: --mode=5: wanted is 1, 2, 3, "
+                                   "4, 6 or 7"),
+      std::string::npos)
+      << server_.status("wrong");
+  EXPECT_TRUE(printer_.jobs().empty());
 }
 
 /// A queue that says what its printer is.
@@ -255,9 +256,9 @@ TEST_F(LprngSettingsTest, SettingsOfTheQueueComeFirst) {
   std::vector<std::string> options = queue;
   options.insert(options.end(), {"-l", "8", "-p", forms(), "-n", "INVOICE"});
   expect_same_job(filtered(options, text), print(text));
-  EXPECT_NE(server.status("q").find("zqeuctorlx -E -D -G 'D240!D400' -e 400 -l 8 -p "),
+  EXPECT_NE(server_.status("q").find("zqeuctorlx -E -D -G 'D240!D400' -e 400 -l 8 -p "),
             std::string::npos)
-      << server.status("q");
+      << server_.status("q");
   options = queue;
   options.insert(options.end(), {"-l", "6", "-p", forms()});
   expect_same_job(filtered(options, text), print(text, {"-Z", "lpi=6,form=None"}));
@@ -273,20 +274,20 @@ bool filters_end(LprngServer& server, Seconds patience) {
 TEST_F(LprngTest, EndsACancelledJobInThePrinter) {
   const std::string text = numbered_pages("CANCELLED", 20000, 60);
   for (const std::uint64_t bytes : {1U, 100U, 5000U, 100000U, 1000000U}) {
-    const std::size_t before = printer.jobs().size();
-    printer.tell("stall " + std::to_string(bytes));
-    const std::string number = server.submit("q", text);
-    ASSERT_TRUE(printer.wait_for_stall()) << server.status("q");
-    const Outcome outcome = server.run({"lprm", "-Pq", number});
+    const std::size_t before = printer_.jobs().size();
+    printer_.tell("stall " + std::to_string(bytes));
+    const std::string number = server_.submit("q", text);
+    ASSERT_TRUE(printer_.wait_for_stall()) << server_.status("q");
+    const Outcome outcome = server_.run({"lprm", "-Pq", number});
     EXPECT_NE(outcome.output.find("dequeued"), std::string::npos) << outcome.output;
-    printer.tell("go");
-    EXPECT_TRUE(filters_end(server, Seconds(10)));
-    const auto& jobs = printer.wait_for_jobs(before + 1);
+    printer_.tell("go");
+    EXPECT_TRUE(filters_end(server_, Seconds(10)));
+    const auto& jobs = printer_.wait_for_jobs(before + 1);
     ASSERT_EQ(jobs.size(), before + 1);
     EXPECT_TRUE(jobs[before].is_whole()) << bytes;
     EXPECT_GT(jobs[before].pages, 0U);
     EXPECT_LT(jobs[before].pages, 20000U);
-    EXPECT_EQ(server.job("q", number).state, "");
+    EXPECT_EQ(server_.job("q", number).state, "");
   }
   expect_same_job(filtered(plain(), "NEXT\n"), print("NEXT\n"));
 }
@@ -297,16 +298,16 @@ class LongLprngImpatientTest : public LprngTest {
 };
 
 TEST_F(LongLprngImpatientTest, LeavesNoProcessWhenThePrinterTakesNothingMore) {
-  printer.tell("stall 1000");
-  const std::string number = server.submit("q", numbered_pages("STUCK", 20000, 60));
-  ASSERT_TRUE(printer.wait_for_stall());
-  server.run({"lprm", "-Pq", number});
-  EXPECT_TRUE(filters_end(server, Seconds(5)));
-  printer.tell("go");
+  printer_.tell("stall 1000");
+  const std::string number = server_.submit("q", numbered_pages("STUCK", 20000, 60));
+  ASSERT_TRUE(printer_.wait_for_stall());
+  server_.run({"lprm", "-Pq", number});
+  EXPECT_TRUE(filters_end(server_, Seconds(5)));
+  printer_.tell("go");
   expect_same_job(filtered(plain(), "NEXT\n"), [this] {
-    const std::string next = server.submit("q", "NEXT\n");
-    EXPECT_TRUE(server.wait_for_state("q", next, "done")) << server.status("q");
-    const auto& jobs = printer.wait_for_jobs(2);
+    const std::string next = server_.submit("q", "NEXT\n");
+    EXPECT_TRUE(server_.wait_for_state("q", next, "done")) << server_.status("q");
+    const auto& jobs = printer_.wait_for_jobs(2);
     return jobs.size() < 2 ? PrinterJob() : jobs[1];
   }());
 }
@@ -319,51 +320,51 @@ class LongLprngForgetfulTest : public LprngTest {
 
 TEST_F(LongLprngForgetfulTest, KeepsAJobWhoseFilterWasKilled) {
   const std::string text = numbered_pages("KILLED", 20000, 60);
-  printer.tell("stall 100000");
-  const std::string number = server.submit("q", text);
-  ASSERT_TRUE(printer.wait_for_stall());
-  for (const pid_t filter : server.processes_of("rlx-lpd")) {
+  printer_.tell("stall 100000");
+  const std::string number = server_.submit("q", text);
+  ASSERT_TRUE(printer_.wait_for_stall());
+  for (const pid_t filter : server_.processes_of("rlx-lpd")) {
     kill(filter, SIGKILL);
   }
-  EXPECT_TRUE(filters_end(server, Seconds(5)));
-  printer.tell("go");
-  EXPECT_TRUE(server.wait_for_state("q", number, "error")) << server.status("q");
-  EXPECT_EQ(server.run({"lpc", "redo", "q", number}).status, 0);
-  const auto& jobs = printer.wait_for_jobs(2);
-  ASSERT_EQ(jobs.size(), 2U) << server.status("q");
+  EXPECT_TRUE(filters_end(server_, Seconds(5)));
+  printer_.tell("go");
+  EXPECT_TRUE(server_.wait_for_state("q", number, "error")) << server_.status("q");
+  EXPECT_EQ(server_.run({"lpc", "redo", "q", number}).status, 0);
+  const auto& jobs = printer_.wait_for_jobs(2);
+  ASSERT_EQ(jobs.size(), 2U) << server_.status("q");
   EXPECT_FALSE(jobs[0].is_whole());
   expect_same_job(filtered(plain(), text), jobs[1]);
-  EXPECT_TRUE(server.wait_for_state("q", number, "")) << server.status("q");
+  EXPECT_TRUE(server_.wait_for_state("q", number, "")) << server_.status("q");
 }
 
 TEST_F(LongLprngTest, PrintsAJobAgainWhoseFilterWasToldToEnd) {
   const std::string text = numbered_pages("ENDED", 20000, 60);
-  printer.tell("stall 100000");
-  const std::string number = server.submit("q", text);
-  ASSERT_TRUE(printer.wait_for_stall());
-  for (const pid_t filter : server.processes_of("rlx-lpd")) {
+  printer_.tell("stall 100000");
+  const std::string number = server_.submit("q", text);
+  ASSERT_TRUE(printer_.wait_for_stall());
+  for (const pid_t filter : server_.processes_of("rlx-lpd")) {
     kill(filter, SIGTERM);
   }
-  printer.tell("go");
-  EXPECT_TRUE(server.wait_for_state("q", number, "done")) << server.status("q");
-  const auto& jobs = printer.wait_for_jobs(2);
-  ASSERT_EQ(jobs.size(), 2U) << server.status("q");
+  printer_.tell("go");
+  EXPECT_TRUE(server_.wait_for_state("q", number, "done")) << server_.status("q");
+  const auto& jobs = printer_.wait_for_jobs(2);
+  ASSERT_EQ(jobs.size(), 2U) << server_.status("q");
   EXPECT_TRUE(jobs[0].is_whole());
   EXPECT_LT(jobs[0].pages, 20000U);
   expect_same_job(filtered(plain(), text), jobs[1]);
 }
 
 TEST_F(LprngTest, WaitsForAPrinterThatIsAway) {
-  printer.tell("away");
+  printer_.tell("away");
   const std::string text = numbered_pages("AWAY", 2);
-  const std::string number = server.submit("q", text);
+  const std::string number = server_.submit("q", text);
   EXPECT_TRUE(comes_true(Seconds(20), [this] {
-    return server.status("q").find("Connection refused") != std::string::npos;
-  })) << server.status("q");
-  EXPECT_TRUE(printer.jobs().empty());
-  printer.tell("back");
-  EXPECT_TRUE(server.wait_for_state("q", number, "done", Seconds(30))) << server.status("q");
-  const auto& jobs = printer.wait_for_jobs(1);
+    return server_.status("q").find("Connection refused") != std::string::npos;
+  })) << server_.status("q");
+  EXPECT_TRUE(printer_.jobs().empty());
+  printer_.tell("back");
+  EXPECT_TRUE(server_.wait_for_state("q", number, "done", Seconds(30))) << server_.status("q");
+  const auto& jobs = printer_.wait_for_jobs(1);
   ASSERT_EQ(jobs.size(), 1U);
   expect_same_job(filtered(plain(), text), jobs[0]);
 }
@@ -371,16 +372,16 @@ TEST_F(LprngTest, WaitsForAPrinterThatIsAway) {
 TEST_F(LongLprngTest, PrintsAgainWhenThePrinterWentAwayInTheMiddle) {
   const std::string text = numbered_pages("AGAIN", 20000, 60);
   for (const std::uint64_t bytes : {1U, 70000U, 2000000U}) {
-    const std::size_t before = printer.jobs().size();
-    printer.tell("close " + std::to_string(bytes));
-    const std::string number = server.submit("q", text);
-    EXPECT_TRUE(server.wait_for_state("q", number, "done", Seconds(30))) << server.status("q");
-    EXPECT_NE(server.status("q").find("job " + number +
-                                      " is tried again: the output was not taken "
-                                      "to its end: "),
+    const std::size_t before = printer_.jobs().size();
+    printer_.tell("close " + std::to_string(bytes));
+    const std::string number = server_.submit("q", text);
+    EXPECT_TRUE(server_.wait_for_state("q", number, "done", Seconds(30))) << server_.status("q");
+    EXPECT_NE(server_.status("q").find("job " + number +
+                                       " is tried again: the output was not taken "
+                                       "to its end: "),
               std::string::npos)
-        << server.status("q");
-    const auto& jobs = printer.wait_for_jobs(before + 2);
+        << server_.status("q");
+    const auto& jobs = printer_.wait_for_jobs(before + 2);
     ASSERT_EQ(jobs.size(), before + 2);
     EXPECT_EQ(jobs[before].end, "closed by the printer");
     expect_same_job(filtered(plain(), text), jobs[before + 1]);

@@ -148,7 +148,9 @@ void PrinterPort::serve() {
     take_bytes();
   }
   if (peer_ >= 0 && connection_.bytes.size() >= manner_.close_at) {
-    manner_.close_at = Manner::kNever;
+    if (!manner_.closes_each) {
+      manner_.close_at = Manner::kNever;
+    }
     finish("closed by the printer", true);
   }
   if (peer_ >= 0 && is_stalled() && !stall_is_told_) {

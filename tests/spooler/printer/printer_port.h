@@ -13,7 +13,8 @@ namespace rlx::testing {
 struct Manner {
   static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
   std::uint64_t stall_at = kNever;  ///< takes so many bytes of a connection and then no more
-  std::uint64_t close_at = kNever;  ///< closes a connection, once, after so many bytes of it
+  std::uint64_t close_at = kNever;  ///< closes a connection after so many bytes of it
+  bool closes_each = false;         ///< each connection; otherwise one
   std::uint64_t bytes_a_second = kNever;
 };
 

@@ -11,6 +11,7 @@
 // and takes commands on standard input, a line each:
 //   stall N   takes N bytes of a connection, and no more
 //   close N   resets a connection, once, after N bytes of it
+//   cut N     resets each connection after N bytes of it
 //   rate N    takes N bytes a second
 //   go        takes all again
 //   away      nobody listens
@@ -81,8 +82,9 @@ bool obey(const std::string& command, PrinterPort& port) {
   Manner manner;
   if (word == "stall") {
     manner.stall_at = number;
-  } else if (word == "close") {
+  } else if (word == "close" || word == "cut") {
     manner.close_at = number;
+    manner.closes_each = word == "cut";
   } else if (word == "rate") {
     manner.bytes_a_second = number;
   } else if (word == "away") {
