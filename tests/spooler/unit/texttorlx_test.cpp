@@ -221,6 +221,17 @@ TEST_F(TextToRlx, CountsAJobInThePrintersLanguage) {
   EXPECT_EQ(lines_of(outcome, "DEBUG"), Words());
 }
 
+TEST_F(TextToRlx, RefusesWhatIsNoJob) {
+  write_file("job.gz", "\x1f\x8b\x08");
+  expect_error(run_arguments({"17", "user", "title", "1", "", scratch_.path() + "/job.gz"}),
+               "the job is compressed with gzip; submit what is in it");
+  type_ = "application/octet-stream";
+  expect_error(run(""),
+               "the job is neither text nor a job with control sequences that is recognised; if "
+               "it is for a line printer, submit it with -o "
+               "document-format=application/vnd.rlx-lines");
+}
+
 TEST_F(TextToRlx, TellsItsUse) {
   for (const Words& arguments : {Words(), Words({"1", "2", "3", "4"}),
                                  Words({"1", "2", "3", "4", "5", "6", "7"}), Words({"--helf"})}) {
