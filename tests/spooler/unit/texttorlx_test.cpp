@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -219,6 +221,28 @@ TEST_F(TextToRlx, CountsAJobInThePrintersLanguage) {
   EXPECT_EQ(outcome.output, rlx + rlx);
   EXPECT_EQ(lines_of(outcome, "PAGE"), Words({"1 1", "2 1", "3 1", "4 1", "5 1", "6 1"}));
   EXPECT_EQ(lines_of(outcome, "DEBUG"), Words());
+}
+
+/// As cupsd reads it: what it finds unread when the process has ended comes too late.
+TEST_F(TextToRlx, EndsWhenItsErrorIsRead) {
+  spooler::Pipe messages = spooler::make_pipe();
+  const StandardInput input("A\f");
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(messages.write_end.number(), STDERR_FILENO);
+    execl(RLX_TEXTTORLX, "texttorlx", "1", "user", "title", "1", "lpi=5", nullptr);
+    _exit(126);
+  }
+  messages.write_end.reset();
+  pollfd waiting{messages.read_end.number(), POLLIN, 0};
+  ASSERT_EQ(poll(&waiting, 1, 20000), 1);
+  usleep(200000);
+  EXPECT_EQ(waitpid(child, nullptr, WNOHANG), 0);
+  std::array<std::uint8_t, 1000> room{};
+  EXPECT_GT(spooler::read_some(messages.read_end.number(), room, "messages"), 0U);
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(WEXITSTATUS(status), 1);
 }
 
 TEST_F(TextToRlx, RefusesWhatIsNoJob) {
