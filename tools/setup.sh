@@ -22,6 +22,7 @@ build_needs=(
 spooler_needs=(
   /usr/include/cups/cups.h:libcups2-dev
   ppdc:cups-ppdc
+  /usr/include/pappl/pappl.h:libpappl-dev
 )
 
 # What Debian packages are made with.

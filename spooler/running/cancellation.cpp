@@ -38,18 +38,26 @@ void Cancellation::ask() noexcept {
   }
 }
 
+bool Cancellation::wait(int descriptor, short events, int milliseconds) const {
+  // A negative descriptor is one that nobody waits for.
+  const int whole = whole_ == nullptr ? -1 : whole_->pipe_.read_end.number();
+  std::array<pollfd, 3> waiting{
+      {{descriptor, events, 0}, {pipe_.read_end.number(), POLLIN, 0}, {whole, POLLIN, 0}}};
+  while (poll(waiting.data(), waiting.size(), milliseconds) < 0 && errno == EINTR) {
+  }
+  return !is_asked();
+}
+
 bool Cancellation::wait_for(int descriptor, short events) const {
   if (descriptor < 0) {
     // Nothing would ever come of it; reading or writing will say what is wrong.
     return !is_asked();
   }
-  // A negative one is one that nobody waits for.
-  const int whole = whole_ == nullptr ? -1 : whole_->pipe_.read_end.number();
-  std::array<pollfd, 3> waiting{
-      {{descriptor, events, 0}, {pipe_.read_end.number(), POLLIN, 0}, {whole, POLLIN, 0}}};
-  while (poll(waiting.data(), waiting.size(), -1) < 0 && errno == EINTR) {
-  }
-  return !is_asked();
+  return wait(descriptor, events, -1);
+}
+
+bool Cancellation::pause(int milliseconds) const {
+  return wait(-1, 0, milliseconds);
 }
 
 void cancel_on_signals(Cancellation& cancellation) {

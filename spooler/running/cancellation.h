@@ -23,7 +23,12 @@ class Cancellation {
   /// cancellation is asked for. @return false in the last case.
   bool wait_for(int descriptor, short events) const;
 
+  /// Waits for some time. @return false when the cancellation is asked for before it is over.
+  bool pause(int milliseconds) const;
+
  private:
+  bool wait(int descriptor, short events, int milliseconds) const;
+
   const Cancellation* whole_;
   std::atomic<bool> asked_ = false;
   Pipe pipe_;  ///< can be read when it is asked for

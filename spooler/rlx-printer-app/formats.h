@@ -1,0 +1,15 @@
+#pragma once
+
+#include <pappl/pappl.h>
+
+namespace rlx::printer_app {
+
+inline constexpr const char* kText = "text/plain";
+inline constexpr const char* kLines = "application/vnd.rlx-lines";
+inline constexpr const char* kPrinterLanguage = "application/vnd.rlx";
+
+/// What a document is that came without a format; PAPPL calls it.
+/// @return null when it cannot be told.
+const char* detect_format(const unsigned char* front, size_t count, void* data);
+
+}  // namespace rlx::printer_app

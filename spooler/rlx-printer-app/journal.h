@@ -1,0 +1,65 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace rlx::printer_app {
+
+/// What is noted of a job that was taken in.
+struct JournalEntry {
+  int printer_id = 0;
+  int job_id = 0;
+  std::string name;
+  std::string user;
+  std::string format;
+  long long created = 0;  ///< seconds since 1970
+  bool complete = false;  ///< its document was written to the end
+  std::string document;   ///< path; empty when there is none yet
+  int ended = 0;          ///< 0, or the state in which it ended (IPP: 7 to 9)
+};
+
+/// Notes of jobs that a crash does not take away: a small file for each job that has not ended, put
+/// in place by a rename after it was written to the disk.
+///
+/// A job is noted when it is created, before the client hears of it, and again when its document is
+/// complete. The second note comes a moment after the document's end, so for some milliseconds a
+/// job may be accepted and only noted as created; after a crash in that time it is held, for nobody
+/// can tell whether its document is whole.
+class Journal {
+ public:
+  /// @param folder  is made if it is not there.
+  /// @throws std::runtime_error when it cannot be used.
+  explicit Journal(std::string folder);
+
+  /// Notes a job, anew if it was noted before. @return false, with errno, when it could not be.
+  bool note(const JournalEntry& entry) const;
+  /// Notes that a document is complete. Does nothing for a job that is not noted.
+  bool note_complete(int printer_id, int job_id, const std::string& document) const;
+  /// Notes that a job has ended, until forget_ended(). Does nothing for a job that is not noted.
+  bool note_ended(int printer_id, int job_id, int state) const;
+
+  /// All notes, in the order of printers and jobs. What cannot be read is left out.
+  std::vector<JournalEntry> entries() const;
+  /// Takes the notes of ended jobs away: their end is in the state file now.
+  /// @param ended  the entries that were there before it was written.
+  void forget_ended(const std::vector<JournalEntry>& ended) const;
+
+ private:
+  std::string path_of(int printer_id, int job_id) const;
+
+  std::string folder_;
+  mutable std::mutex changing_;  ///< a note that is read and written anew
+};
+
+/// Writes a file aside, to the disk, and puts it in place by a rename.
+/// @return false, with errno, when it could not; the old file is there then.
+bool put_in_place(const std::string& path, const std::string& text);
+
+/// Puts the text of a state file, as PAPPL writes it, into the shape in which its jobs go on after
+/// a crash, by what the journal says of them: a complete one waits to be printed, one whose
+/// document may be cut is held, one that has ended has, and one without a note or a document is
+/// gone. The printers' next job numbers are behind all of them. Everything else stays.
+std::string restorable_state(const std::string& state, const std::vector<JournalEntry>& entries);
+
+}  // namespace rlx::printer_app

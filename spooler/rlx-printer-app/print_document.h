@@ -1,0 +1,28 @@
+#pragma once
+
+#include <pappl/pappl.h>
+
+#include <string>
+
+#include "rlx-printer-app/journal.h"
+
+namespace rlx::printer_app {
+
+/// Where the application keeps what it has, and the programs that it runs. One record a process,
+/// settled before the system runs.
+struct Application {
+  bool serves = false;         ///< not another sub-command, for which nothing is set up
+  std::string state_file;      ///< printers and the history of jobs, as PAPPL writes them
+  std::string spool_folder;    ///< documents of jobs
+  std::string form_folder;     ///< forms stand below, in fcbe/NAME
+  std::string filter;          ///< path of zqeuctorlx; empty when it is not installed
+  std::string form_checker;    ///< path of fcbcheck; empty when it is not installed
+  Journal* journal = nullptr;  ///< of accepted jobs
+};
+
+/// Prints a job of any of the formats; PAPPL calls it, in a thread of the job's own.
+/// @param application  an Application.
+/// @return false when the job was not printed. Why stands in its state message and its log.
+bool print_document(pappl_job_t* job, pappl_device_t* device, void* application);
+
+}  // namespace rlx::printer_app

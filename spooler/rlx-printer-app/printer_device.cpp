@@ -1,0 +1,238 @@
+#include "rlx-printer-app/printer_device.h"
+
+#include <cups/http.h>
+#include <fcntl.h>
+#include <linux/sockios.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace rlx::printer_app {
+
+namespace {
+
+constexpr int kUsualPort = 9100;
+constexpr int kConnectMilliseconds = 10000;
+constexpr int kRetryMilliseconds = 2000;
+constexpr int kLookMilliseconds = 20;
+
+/// The parts of a device's URI.
+struct Place {
+  std::string host;
+  int port = kUsualPort;
+  std::string path;
+};
+
+/// A connection that PAPPL has asked for, until a job takes it.
+struct SocketDevice {
+  Place place;
+  std::mutex taking;
+  spooler::Descriptor socket;
+};
+
+struct FreeAddresses {
+  void operator()(http_addrlist_t* list) const { httpAddrFreeList(list); }
+};
+using Addresses = std::unique_ptr<http_addrlist_t, FreeAddresses>;
+
+bool read_place(const char* uri, Place& place) {
+  std::array<char, 32> scheme{};
+  std::array<char, 256> user{};
+  std::array<char, 256> host{};
+  std::array<char, 1024> path{};
+  int port = 0;
+  const http_uri_status_t status = httpSeparateURI(
+      HTTP_URI_CODING_ALL, uri, scheme.data(), static_cast<int>(scheme.size()), user.data(),
+      static_cast<int>(user.size()), host.data(), static_cast<int>(host.size()), &port, path.data(),
+      static_cast<int>(path.size()));
+  place.host = host.data();
+  place.port = port == 0 ? kUsualPort : port;
+  place.path = path.data();
+  return status >= HTTP_URI_STATUS_OK;
+}
+
+spooler::Descriptor connect_to(const Place& place) {
+  const Addresses addresses(
+      httpAddrGetList(place.host.c_str(), AF_UNSPEC, std::to_string(place.port).c_str()));
+  int number = -1;
+  if (addresses == nullptr ||
+      httpAddrConnect2(addresses.get(), &number, kConnectMilliseconds, nullptr) == nullptr) {
+    return {};
+  }
+  fcntl(number, F_SETFD, FD_CLOEXEC);
+  fcntl(number, F_SETFL, fcntl(number, F_GETFL) | O_NONBLOCK);
+  return spooler::Descriptor(number);
+}
+
+SocketDevice* data_of(pappl_device_t* device) {
+  return static_cast<SocketDevice*>(papplDeviceGetData(device));
+}
+
+bool open_socket(pappl_device_t* device, const char* uri, const char* /*name*/) {
+  auto socket = std::make_unique<SocketDevice>();
+  if (!read_place(uri, socket->place) || socket->place.host.empty()) {
+    papplDeviceError(device, "Bad device URI '%s'.", uri);
+    return false;
+  }
+  socket->socket = connect_to(socket->place);
+  if (!socket->socket.is_open()) {
+    papplDeviceError(device, "Unable to connect to '%s:%d': %s", socket->place.host.c_str(),
+                     socket->place.port, std::strerror(errno));
+    return false;
+  }
+  papplDeviceSetData(device, socket.release());
+  return true;
+}
+
+void close_socket(pappl_device_t* device) {
+  delete data_of(device);
+  papplDeviceSetData(device, nullptr);
+}
+
+/// A file is opened by the job; here it is only looked at.
+bool look_at_file(pappl_device_t* device, const char* uri, const char* /*name*/) {
+  Place place;
+  const bool good = read_place(uri, place) && place.path.size() > 1;
+  if (!good) {
+    papplDeviceError(device, "Bad device URI '%s'.", uri);
+  }
+  return good;
+}
+
+void close_nothing(pappl_device_t* /*device*/) {}
+
+/// Jobs write by themselves.
+ssize_t write_nothing(pappl_device_t* /*device*/, const void* /*bytes*/, size_t /*count*/) {
+  return -1;
+}
+
+/// What printers say is not looked at.
+ssize_t read_nothing(pappl_device_t* /*device*/, void* /*bytes*/, size_t /*count*/) {
+  return 0;
+}
+
+pappl_preason_t no_reasons(pappl_device_t* /*device*/) {
+  return PAPPL_PREASON_NONE;
+}
+
+/// True when the other side has not ended a connection that nobody has used yet.
+bool is_alive(const spooler::Descriptor& socket) {
+  char byte = 0;
+  return socket.is_open() && (recv(socket.number(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0 ||
+                              errno == EAGAIN || errno == EWOULDBLOCK);
+}
+
+/// Waits until the printer has taken what is on its way. @return false when it does not.
+bool is_taken(int socket, const spooler::Cancellation& give_up) {
+  while (true) {
+    int error = 0;
+    socklen_t size = sizeof(error);
+    getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
+    int on_the_way = 0;
+    if (error != 0 || ioctl(socket, SIOCOUTQ, &on_the_way) != 0) {
+      return false;
+    }
+    if (on_the_way == 0) {
+      return true;
+    }
+    if (!give_up.pause(kLookMilliseconds)) {
+      return false;
+    }
+  }
+}
+
+std::string job_file(pappl_job_t* job) {
+  std::array<char, 64> name{};
+  std::snprintf(name.data(), name.size(), "/job-%05d-%09d.rlx",
+                papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job));
+  return name.data();
+}
+
+}  // namespace
+
+void add_devices() {
+  papplDeviceAddScheme("socket", PAPPL_DEVTYPE_SOCKET, nullptr, open_socket, close_socket,
+                       read_nothing, write_nothing, no_reasons, nullptr);
+  papplDeviceAddScheme("file", PAPPL_DEVTYPE_FILE, nullptr, look_at_file, close_nothing,
+                       read_nothing, write_nothing, no_reasons, nullptr);
+}
+
+JobDevice::JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up)
+    : job_(job),
+      device_(device),
+      give_up_(give_up),
+      is_file_(std::string_view(papplPrinterGetDeviceURI(papplJobGetPrinter(job)))
+                   .starts_with("file:")) {}
+
+bool JobDevice::open() {
+  return is_file_ ? open_file() : connect();
+}
+
+bool JobDevice::open_file() {
+  Place place;
+  read_place(papplPrinterGetDeviceURI(papplJobGetPrinter(job_)), place);
+  struct stat status {};
+  const bool is_folder = stat(place.path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  const std::string path = is_folder ? place.path + job_file(job_) : place.path;
+  const int how = is_folder ? O_TRUNC : O_APPEND;
+  printer_ = spooler::Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666));
+  if (!printer_.is_open()) {
+    papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "%s cannot be opened: %s", path.c_str(),
+                std::strerror(errno));
+  }
+  return printer_.is_open();
+}
+
+bool JobDevice::connect() {
+  SocketDevice& device = *data_of(device_);
+  {
+    const std::lock_guard lock(device.taking);
+    printer_ = std::move(device.socket);
+  }
+  while (!is_alive(printer_)) {
+    printer_ = connect_to(device.place);
+    if (!printer_.is_open() && !give_up_.pause(kRetryMilliseconds)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool JobDevice::write(std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t put = is_file_
+                            ? ::write(printer_.number(), bytes.data(), bytes.size())
+                            : send(printer_.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (put >= 0) {
+      bytes = bytes.subspan(static_cast<std::size_t>(put));
+    } else if (errno != EINTR && errno != EAGAIN) {
+      papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "The printer takes no more: %s",
+                  std::strerror(errno));
+      return false;
+    } else if (!give_up_.wait_for(printer_.number(), POLLOUT)) {
+      papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "The printer was given up: it takes nothing.");
+      return false;
+    }
+  }
+  return true;
+}
+
+bool JobDevice::finish() {
+  const bool taken = is_file_ || is_taken(printer_.number(), give_up_);
+  printer_.reset();
+  return taken;
+}
+
+}  // namespace rlx::printer_app

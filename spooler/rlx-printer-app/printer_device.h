@@ -1,0 +1,52 @@
+#pragma once
+
+#include <pappl/pappl.h>
+
+#include <cstdint>
+#include <span>
+
+#include "running/cancellation.h"
+#include "running/descriptor.h"
+
+namespace rlx::printer_app {
+
+/// Puts devices of our own in place of PAPPL's for two kinds of URI. To be called before anything
+/// else of PAPPL's.
+/// - socket://HOST[:PORT], 9100 without a port: PAPPL's write cannot be ended while a printer takes
+///   nothing, and a connection that broke stays so for the jobs that wait.
+/// - file:///PATH: PAPPL closes it when a job ends, also under another one. A folder gets a file
+/// for
+///   each job, job-PRINTER-JOB.rlx; to another file jobs are added.
+void add_devices();
+
+/// The printer in the hands of one job: a connection, or a file, of its own.
+class JobDevice {
+ public:
+  /// @param device   what PAPPL has opened for the job.
+  /// @param give_up  ends waiting for the printer, whatever it is for; it must stay as long as
+  /// this.
+  JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up);
+
+  /// Connects; tries until the printer answers. @return false when it was given up, or when a file
+  /// cannot be opened.
+  bool open();
+
+  /// Writes all of it. @return false when the printer takes no more, or it was given up.
+  bool write(std::span<const std::uint8_t> bytes);
+
+  /// Waits until the printer has taken all, and ends the connection.
+  /// @return false when it did not take all.
+  bool finish();
+
+ private:
+  bool open_file();
+  bool connect();
+
+  pappl_job_t* job_;
+  pappl_device_t* device_;
+  const spooler::Cancellation& give_up_;
+  bool is_file_;
+  spooler::Descriptor printer_;
+};
+
+}  // namespace rlx::printer_app

@@ -1,0 +1,58 @@
+#include "rlx-printer-app/spool_watch.h"
+
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+namespace rlx::printer_app {
+
+SpoolWatch::SpoolWatch(const std::string& folder, Journal& journal)
+    : folder_(folder), journal_(journal), events_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+  if (!events_.is_open() ||
+      inotify_add_watch(events_.number(), folder.c_str(), IN_CLOSE_WRITE) < 0) {
+    throw std::system_error(errno, std::generic_category(), folder);
+  }
+  thread_ = std::thread([this] { watch(); });
+}
+
+SpoolWatch::~SpoolWatch() {
+  done_.ask();
+  thread_.join();
+}
+
+void SpoolWatch::watch() {
+  alignas(inotify_event) std::array<char, 65536> events{};
+  while (done_.wait_for(events_.number(), POLLIN)) {
+    const ssize_t count = read(events_.number(), events.data(), events.size());
+    for (ssize_t at = 0; at < count;) {
+      inotify_event event{};
+      std::memcpy(&event, events.data() + at, sizeof(event));
+      if (event.len > 0) {
+        take(events.data() + at + sizeof(event));
+      }
+      at += static_cast<ssize_t>(sizeof(event) + event.len);
+    }
+  }
+}
+
+void SpoolWatch::take(const std::string& name) {
+  int printer_id = 0;
+  int job_id = 0;
+  if (read_document_name(name, printer_id, job_id)) {
+    journal_.note_complete(printer_id, job_id, folder_ + '/' + name);
+  }
+}
+
+bool read_document_name(const std::string& name, int& printer_id, int& job_id) {
+  // Attributes of jobs stand beside the documents.
+  return !name.ends_with(".ipp") &&
+         std::sscanf(name.c_str(), "p%5dj%9d-", &printer_id, &job_id) == 2;
+}
+
+}  // namespace rlx::printer_app

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <thread>
+
+#include "rlx-printer-app/journal.h"
+#include "running/cancellation.h"
+
+namespace rlx::printer_app {
+
+/// Tells the journal of each document that was written to its end in the spool folder. PAPPL has no
+/// call for that moment; the kernel tells when a file that was written is closed.
+class SpoolWatch {
+ public:
+  /// @param journal  must stay as long as this lives.
+  /// @throws std::system_error when the folder cannot be watched.
+  SpoolWatch(const std::string& folder, Journal& journal);
+  ~SpoolWatch();
+  SpoolWatch(const SpoolWatch&) = delete;
+  SpoolWatch& operator=(const SpoolWatch&) = delete;
+
+ private:
+  void watch();
+  void take(const std::string& name);
+
+  std::string folder_;
+  Journal& journal_;
+  spooler::Descriptor events_;
+  spooler::Cancellation done_;
+  std::thread thread_;
+};
+
+/// The job of a document, by the name that PAPPL gives it (p00001j000000001-NAME.EXTENSION).
+/// @return false for another file.
+bool read_document_name(const std::string& name, int& printer_id, int& job_id);
+
+}  // namespace rlx::printer_app

@@ -1,0 +1,301 @@
+#include "rlx-printer-app/system.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "rlx-printer-app/formats.h"
+#include "rlx-printer-app/printer_device.h"
+#include "rlx-printer-app/printer_kinds.h"
+#include "rlx-printer-app/printer_options.h"
+#include "rlx-printer-app/spool_watch.h"
+#include "running/child_process.h"
+
+namespace rlx::printer_app {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Options of the server, as "-o NAME=VALUE" gives them.
+class ServerOptions {
+ public:
+  ServerOptions(int count, cups_option_t* options) : count_(count), options_(options) {}
+
+  /// @return null when it is not given.
+  const char* find(const char* name) const { return cupsGetOption(name, count_, options_); }
+  std::string find(const char* name, const std::string& otherwise) const {
+    const char* const value = find(name);
+    return value == nullptr ? otherwise : value;
+  }
+
+ private:
+  int count_;
+  cups_option_t* options_;
+};
+
+constexpr const char* kName = "rlx-printer-app";
+
+/// A folder for what the application keeps, where the options name none.
+std::string usual_folder(const char* of_the_system, const char* of_a_user) {
+  if (getuid() == 0) {
+    return std::string(of_the_system) + '/' + kName;
+  }
+  const char* const home = std::getenv("HOME");
+  return std::string(home == nullptr ? "/tmp" : home) + '/' + of_a_user + '/' + kName;
+}
+
+pappl_loglevel_t log_level(const std::string& name) {
+  constexpr std::array<std::string_view, 5> kNames{"debug", "info", "warn", "error", "fatal"};
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    if (name == kNames[i]) {
+      return static_cast<pappl_loglevel_t>(i);
+    }
+  }
+  throw std::runtime_error("log-level=" + name + ": wanted is debug, info, warn, error or fatal");
+}
+
+int port_number(const std::string& text) {
+  constexpr int kMostPort = 65535;
+  char* end = nullptr;
+  const long port = std::strtol(text.c_str(), &end, 10);
+  if (text.empty() || *end != '\0' || port < 0 || port > kMostPort) {
+    throw std::runtime_error("server-port=" + text + ": wanted is a port number");
+  }
+  return static_cast<int>(port);
+}
+
+void make_folder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error) {
+    throw std::runtime_error("the folder " + folder + " cannot be made: " + error.message());
+  }
+}
+
+std::string read_file(const std::string& path) {
+  std::ifstream file(path);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+/// Whatever the job asks for goes to the file that PAPPL reads when it takes the job up again.
+void write_attributes(pappl_job_t* job) {
+  std::array<char, 1024> path{};
+  const spooler::Descriptor file(
+      papplJobOpenFile(job, path.data(), path.size(), nullptr, "ipp", "w"));
+  ipp_t* const attributes = ippNew();
+  std::vector<const char*> names{"media",
+                                 "media-col",
+                                 "media-source",
+                                 "sides",
+                                 "copies",
+                                 "orientation-requested",
+                                 "printer-resolution"};
+  for (const VendorAttribute& vendor : vendor_attributes()) {
+    names.push_back(vendor.name);
+  }
+  for (const char* const name : names) {
+    if (ipp_attribute_t* const attribute = papplJobGetAttribute(job, name); attribute != nullptr) {
+      ippCopyAttribute(attributes, attribute, 0);
+    }
+  }
+  ippSetState(attributes, IPP_STATE_IDLE);
+  if (file.is_open()) {
+    ippWriteFile(file.number(), attributes);
+    fdatasync(file.number());
+  }
+  ippDelete(attributes);
+}
+
+void note_job(pappl_job_t* job, const Journal& journal) {
+  JournalEntry entry;
+  entry.printer_id = papplPrinterGetID(papplJobGetPrinter(job));
+  entry.job_id = papplJobGetID(job);
+  entry.name = papplJobGetName(job);
+  entry.user = papplJobGetUsername(job);
+  const char* const format = papplJobGetFormat(job);
+  entry.format = format == nullptr ? kText : format;
+  entry.created = papplJobGetTimeCreated(job);
+  write_attributes(job);
+  if (!journal.note(entry)) {
+    papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "The journal cannot be written: %s",
+                std::strerror(errno));
+  }
+}
+
+/// PAPPL calls this for each event, before it answers the client. Jobs of the state file are
+/// created again at the start; they are noted already, and come before the event is asked for.
+void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+                pappl_event_t event, void* data) {
+  const auto& application = *static_cast<const Application*>(data);
+  if (job == nullptr) {
+    return;
+  }
+  if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
+    note_job(job, *application.journal);
+  }
+  if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) {
+    application.journal->note_ended(papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job),
+                                    papplJobGetState(job));
+  }
+}
+
+bool save_state(pappl_system_t* system, void* data) {
+  const auto& application = *static_cast<const Application*>(data);
+  const auto entries = application.journal->entries();
+  const std::string aside = application.state_file + ".aside";
+  if (!papplSystemSaveState(system, aside.c_str())) {
+    return false;
+  }
+  const bool saved = put_in_place(application.state_file, read_file(aside));
+  unlink(aside.c_str());
+  if (saved) {
+    application.journal->forget_ended(entries);
+  } else {
+    papplLog(system, PAPPL_LOGLEVEL_ERROR, "%s cannot be written: %s",
+             application.state_file.c_str(), std::strerror(errno));
+  }
+  return saved;
+}
+
+void restore(pappl_system_t* system, const Application& application) {
+  const std::string state = read_file(application.state_file);
+  if (state.empty()) {
+    return;
+  }
+  const std::string restored = restorable_state(state, application.journal->entries());
+  if (!put_in_place(application.state_file, restored) ||
+      !papplSystemLoadState(system, application.state_file.c_str())) {
+    throw std::runtime_error(application.state_file + " cannot be read or written");
+  }
+}
+
+void resume_printer(pappl_printer_t* printer, void* /*data*/) {
+  papplPrinterResume(printer);
+}
+
+/// Jobs of the last run begin when the system runs. @return false: once is enough.
+bool resume_printers(pappl_system_t* system, void* /*data*/) {
+  papplSystemIteratePrinters(system, resume_printer, nullptr);
+  return false;
+}
+
+void find_places(const ServerOptions& options, Application& application) {
+  const std::string state =
+      options.find("state-directory", usual_folder("/var/lib", ".local/state"));
+  application.spool_folder = options.find("spool-directory", usual_folder("/var/spool", ".cache"));
+  application.form_folder = options.find("form-directory", state + "/forms");
+  application.state_file = state + '/' + kName + ".state";
+  make_folder(state);
+  make_folder(application.spool_folder);
+  make_folder(application.form_folder + "/fcbe");
+  application.filter = spooler::find_program("zqeuctorlx", RLX_TO_FILTERS);
+  application.form_checker = spooler::find_program("fcbcheck", RLX_TO_PROGRAMS);
+  // Both stay until the process ends: PAPPL's threads use them to the last.
+  static Journal journal(state + "/journal");
+  static SpoolWatch watch(application.spool_folder, journal);
+  application.journal = &journal;
+}
+
+pappl_system_t* create(const ServerOptions& options, const Application& application) {
+  pappl_soptions_t wanted = PAPPL_SOPTIONS_MULTI_QUEUE | PAPPL_SOPTIONS_WEB_INTERFACE |
+                            PAPPL_SOPTIONS_WEB_LOG | PAPPL_SOPTIONS_WEB_SECURITY |
+                            PAPPL_SOPTIONS_WEB_TLS;
+  pappl_system_t* const system =
+      papplSystemCreate(wanted, options.find("server-name", "RLX printers").c_str(),
+                        port_number(options.find("server-port", "0")), "_print,_universal",
+                        application.spool_folder.c_str(), options.find("log-file", "-").c_str(),
+                        log_level(options.find("log-level", "info")), options.find("auth-service"),
+                        /* tls_only */ false);
+  if (system == nullptr) {
+    throw std::runtime_error("the server cannot be made");
+  }
+  if (options.find("admin-group") != nullptr) {
+    papplSystemSetAdminGroup(system, options.find("admin-group"));
+  }
+  if (options.find("private-server") == nullptr) {
+    papplSystemAddListeners(system, options.find("listen-hostname"));
+  }
+  return system;
+}
+
+/// The kinds of printers, as PAPPL takes them.
+std::vector<pappl_pr_driver_t>& drivers() {
+  static std::vector<pappl_pr_driver_t> all = [] {
+    std::vector<pappl_pr_driver_t> kinds;
+    for (const PrinterKind& kind : printer_kinds()) {
+      kinds.push_back({kind.name, kind.description, nullptr, nullptr});
+    }
+    return kinds;
+  }();
+  return all;
+}
+
+/// For sub-commands that only ask a system for its kinds of printers.
+pappl_system_t* make_idle_system() {
+  pappl_system_t* const system =
+      papplSystemCreate(PAPPL_SOPTIONS_NONE, kName, 0, nullptr, "/tmp", "/dev/null",
+                        PAPPL_LOGLEVEL_FATAL, nullptr, /* tls_only */ false);
+  if (system != nullptr) {
+    papplSystemSetPrinterDrivers(system, static_cast<int>(drivers().size()), drivers().data(),
+                                 nullptr, nullptr, describe_printer, nullptr);
+  }
+  return system;
+}
+
+void set_up_formats(pappl_system_t* system, Application& application) {
+  papplSystemSetMIMECallback(system, detect_format, nullptr);
+  // The printer's own language goes the same way: PAPPL would count each such job as one page.
+  for (const char* const format : {kText, kLines, kPrinterLanguage}) {
+    papplSystemAddMIMEFilter(system, format, kPrinterLanguage, print_document, &application);
+  }
+}
+
+void set_up_version(pappl_system_t* system) {
+  pappl_version_t version{};
+  std::snprintf(version.name, sizeof(version.name), "%s", kName);
+  std::snprintf(version.sversion, sizeof(version.sversion), "%s", RLX_VERSION);
+  papplSystemSetVersions(system, 1, &version);
+}
+
+}  // namespace
+
+pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
+  auto& application = *static_cast<Application*>(data);
+  const ServerOptions given(count, options);
+  try {
+    if (!application.serves) {
+      return make_idle_system();
+    }
+    find_places(given, application);
+    pappl_system_t* const system = create(given, application);
+    set_up_version(system);
+    papplSystemSetPrinterDrivers(system, static_cast<int>(drivers().size()), drivers().data(),
+                                 nullptr, nullptr, describe_printer, &application);
+    set_up_formats(system, application);
+    papplSystemSetSaveCallback(system, save_state, &application);
+    restore(system, application);
+    papplSystemSetEventCallback(system, take_event, &application);
+    papplSystemAddTimerCallback(system, 0, 1, resume_printers, nullptr);
+    return system;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", kName, error.what());
+    return nullptr;
+  }
+}
+
+}  // namespace rlx::printer_app
