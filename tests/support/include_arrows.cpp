@@ -129,6 +129,18 @@ const AllowedArrows& allowed_arrows_of_tools() {
   return arrows;
 }
 
+const AllowedArrows& allowed_arrows_of_spooler() {
+  static const AllowedArrows arrows{
+      {"mapping", {}},
+      {"running", {"mapping", "rlx_reader"}},
+      {"texttorlx", {"running", "mapping"}},
+      {"rlx-lpd", {"running", "mapping", "rlx_reader"}},
+      {"rlx-printer-app", {"running", "mapping", "rlx_reader"}},
+      {"rlx_reader", {}},
+  };
+  return arrows;
+}
+
 std::set<std::string> quoted_includes(std::string_view source) {
   std::set<std::string> names;
   std::istringstream lines{std::string(source)};

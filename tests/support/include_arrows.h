@@ -20,6 +20,9 @@ const AllowedArrows& allowed_arrows();
 /// Who may include whom in tools/, and what of src/ they may include.
 const AllowedArrows& allowed_arrows_of_tools();
 
+/// Who may include whom in spooler/, and what of tools/ they may include: the reader of jobs.
+const AllowedArrows& allowed_arrows_of_spooler();
+
 /// The names in the #include "..." lines of a source.
 std::set<std::string> quoted_includes(std::string_view source);
 

@@ -30,6 +30,19 @@ TEST(IncludeArrows, ToolsTakeOfTheFilterWhatTheyMay) {
   }
 }
 
+TEST(IncludeArrows, SpoolersTakeOfTheToolsTheReaderOfJobs) {
+  Includes includes = read_includes(RLX_SPOOLER_DIRECTORY);
+  EXPECT_TRUE(includes.contains("texttorlx/texttorlx.cpp"));
+  for (const auto& [file, targets] : read_includes(RLX_TOOLS_DIRECTORY)) {
+    if (file.starts_with("rlx_reader/")) {
+      includes.emplace(file, targets);
+    }
+  }
+  for (const std::string& fault : include_faults(includes, allowed_arrows_of_spooler())) {
+    ADD_FAILURE() << fault;
+  }
+}
+
 // The checker itself, on made-up sources.
 
 TEST(IncludeArrowsChecker, ReadsQuotedIncludesOnly) {
