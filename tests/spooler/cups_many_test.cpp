@@ -146,6 +146,51 @@ TEST_F(LongCupsKilled, TwentyJobsWait) {
   EXPECT_LE(printer_.jobs().size(), 22U);
 }
 
+/// What stops a job in mid-print without giving it up: it prints from its beginning later.
+class CupsStopped : public SpoolerTest {
+ protected:
+  /// Prints a large job and lets `stop` and `go_on` happen while the printer has begun with it.
+  template <typename Stop, typename GoOn>
+  void expect_printed_again(CupsServer& server, Stop stop, GoOn go_on) {
+    server.add_queue("q", printer);
+    const std::string text = numbered_pages("stopped", 60000, 10);
+    printer.tell("stall 50000");
+    const int id = server.submit("q", text);
+    ASSERT_TRUE(printer.wait_for_stall());
+    stop();
+    printer.tell("go");
+    ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+    EXPECT_LT(printer.jobs()[0].pages, 60000U);
+    go_on();
+    const CupsJob job = server.wait_for("q", id, Seconds(60));
+    EXPECT_EQ(job.state, "completed") << job.message;
+    ASSERT_EQ(printer.wait_for_jobs(2).size(), 2U);
+    EXPECT_EQ(describe_difference(filtered({}, text), printer.jobs()[1].bytes), "");
+  }
+};
+
+TEST_F(CupsStopped, CupsdIsStoppedAndStarted) {
+  CupsServer server;
+  expect_printed_again(
+      server, [&] { server.stop(); },
+      [&] {
+        EXPECT_TRUE(comes_true(Seconds(10), [&] { return server.processes().empty(); }));
+        server.start();
+      });
+}
+
+TEST_F(CupsStopped, QueueIsDisabledAndEnabled) {
+  CupsServer server;
+  expect_printed_again(
+      server,
+      [&] {
+        EXPECT_EQ(server.run({"cupsdisable", "q"}).status, 0);
+      },
+      [&] {
+        EXPECT_EQ(server.run({"cupsenable", "q"}).status, 0);
+      });
+}
+
 /// A small disk of the test's own.
 class SmallDisk {
  public:

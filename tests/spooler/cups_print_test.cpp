@@ -2,7 +2,10 @@
 // counts as many pages as the printer got.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "spooler/spooler_test.h"
+#include "support/escaped_bytes.h"
 #include "support/record_builder.h"
 
 namespace rlx::testing {
@@ -192,6 +195,57 @@ TEST_F(CupsPrint, JobInThePrintersLanguage) {
   // Options of a line printer have no meaning for it; copies have.
   expect_printed(job, {"form=LABEL", "lpi=8"}, job, 4);
   expect_printed(job, {"copies=3"}, job + job + job, 12);
+}
+
+TEST_F(CupsPrint, CopiesOfSeveralDocumentsInOneJob) {
+  const std::string folder = server.directory() + "/temporary/";
+  const std::string text = numbered_pages("documents", 2);
+  const std::string own = condition_sequence({.layout = "2", .copies = "  2"}) + "OWN\f";
+  const std::string rlx = filtered({}, numbered_pages("rlx", 3));
+  write_file(folder + "text", text);
+  write_file(folder + "own", own);
+  write_file(folder + "rlx", rlx);
+  const Outcome outcome =
+      server.run({"lp", "-d", "q", "-n", "3", folder + "text", folder + "own", folder + "rlx"});
+  ASSERT_EQ(outcome.status, 0) << outcome.messages;
+  const int id = server.jobs("q").rbegin()->first;
+  const CupsJob job = server.wait_for("q", id);
+  EXPECT_EQ(job.state, "completed") << job.message;
+  const std::string by_printer =
+      filtered({}, condition_sequence({.layout = "2", .copies = "  3"}) + text);
+  const std::string once = filtered({}, own);
+  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  EXPECT_EQ(describe_difference(by_printer + once + once + once + rlx + rlx + rlx,
+                                printer.jobs()[0].bytes),
+            "");
+  EXPECT_EQ(printer.jobs()[0].impressions, 6U + 6U + 9U);
+  EXPECT_EQ(job.impressions, 6 + 6 + 9);
+}
+
+/// A client may compress what it sends: CUPS expands it and hands it over on standard input.
+TEST_F(CupsPrint, CopiesOfAJobThatCameCompressed) {
+  const std::string folder = server.directory() + "/temporary";
+  // The job is kept here for its copies, by a filter that runs as another user.
+  std::filesystem::permissions(folder, std::filesystem::perms::all);
+  const std::string text = numbered_pages("compressed", 2);
+  write_file(folder + "/job", text);
+  write_file(folder + "/print",
+             "{\nOPERATION Print-Job\nGROUP operation-attributes-tag\n"
+             "ATTR charset attributes-charset utf-8\n"
+             "ATTR naturalLanguage attributes-natural-language en\n"
+             "ATTR uri printer-uri $uri\nATTR keyword compression gzip\n"
+             "ATTR mimeMediaType document-format text/plain\n"
+             "GROUP job-attributes-tag\nATTR integer copies 3\n"
+             "COMPRESSION gzip\nFILE $filename\nSTATUS successful-ok\n}\n");
+  const Outcome outcome =
+      server.run({"ipptool", "-tv", "-f", folder + "/job", server.uri("q"), folder + "/print"});
+  ASSERT_EQ(outcome.status, 0) << outcome.output;
+  const CupsJob job = server.wait_for("q", server.jobs("q").rbegin()->first);
+  EXPECT_EQ(job.state, "completed") << job.message;
+  EXPECT_EQ(job.impressions, 6);
+  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  expect_same_job(filtered({}, condition_sequence({.layout = "2", .copies = "  3"}) + text),
+                  printer.jobs()[0]);
 }
 
 TEST_F(CupsPrint, PagesInThePageLog) {

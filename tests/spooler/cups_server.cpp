@@ -245,6 +245,10 @@ Outcome CupsServer::run(std::vector<std::string> words, std::string_view input) 
   return run_command(client(std::move(words)), input);
 }
 
+std::string CupsServer::uri(const std::string& queue) const {
+  return "ipp://127.0.0.1:" + std::to_string(port_) + "/printers/" + queue;
+}
+
 Outcome CupsServer::rlx_queue(std::vector<std::string> words) const {
   words.insert(words.begin(), installed_tree() + "/sbin/rlx-queue");
   return run(std::move(words));
@@ -283,8 +287,7 @@ std::vector<std::map<std::string, std::string>> CupsServer::ask(const std::strin
              "ATTR naturalLanguage attributes-natural-language en\n"
              "ATTR uri printer-uri $uri\n" +
                  request + "}\n");
-  const Outcome outcome = run(
-      {"ipptool", "-tv", "ipp://127.0.0.1:" + std::to_string(port_) + "/printers/" + queue, file});
+  const Outcome outcome = run({"ipptool", "-tv", uri(queue), file});
   std::vector<std::map<std::string, std::string>> groups(1);
   std::istringstream lines(outcome.output);
   bool is_answer = false;

@@ -60,6 +60,8 @@ class CupsServer {
   Outcome run(std::vector<std::string> words, std::string_view input = {}) const;
   /// The same command, for a Process.
   Command client(std::vector<std::string> words) const;
+  /// Where a queue is for clients of IPP.
+  std::string uri(const std::string& queue) const;
   /// Runs the installed rlx-queue.
   Outcome rlx_queue(std::vector<std::string> words) const;
 

@@ -16,6 +16,9 @@ class JobCheck : public reader::JobVisitor {
   void begin_block(const reader::Block& block) override {
     job_.ended = block.use == reader::BlockUse::job_end;
     parameters_.clear();
+    if (block.use == reader::BlockUse::job_start) {
+      copies_ = announced_;
+    }
   }
   void payload(const reader::Block& block, reader::Bytes part) override {
     if (block.use == reader::BlockUse::job_parameters) {
@@ -30,6 +33,7 @@ class JobCheck : public reader::JobVisitor {
   void begin_page(std::uint64_t /*number*/, const reader::Block& /*block*/) override {
     ++job_.pages;
     job_.impressions += copies_;
+    announced_ = 1;
   }
   void fault(const reader::Fault& fault) override {
     job_.faults.push_back(std::to_string(fault.offset) + ": " + fault.what);
@@ -37,6 +41,7 @@ class JobCheck : public reader::JobVisitor {
 
  private:
   void read_copies() {
+    announced_ = 1;
     std::istringstream lines(parameters_);
     for (std::string line; std::getline(lines, line);) {
       if (line.starts_with("CPS=")) {
@@ -50,11 +55,14 @@ class JobCheck : public reader::JobVisitor {
     std::uint64_t copies = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), copies);
     copies_ = copies == 0 ? 1 : copies;
+    announced_ = copies_;
   }
 
   ReceivedJob& job_;
   std::string parameters_;
   std::uint64_t copies_ = 1;
+  /// What the parameters in front of a job start say: a job forgets the copies of the one before.
+  std::uint64_t announced_ = 1;
 };
 
 }  // namespace
