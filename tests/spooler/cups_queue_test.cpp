@@ -81,6 +81,44 @@ TEST_F(CupsQueue, FormIsCheckedForTheModeOfTheQueue) {
       << refused.messages;
 }
 
+/// A queue whose settings stop every job is not made.
+TEST_F(CupsQueue, SettingsThatDoNotGoTogether) {
+  for (const std::vector<std::string>& settings : std::vector<std::vector<std::string>>{
+           {"--resolution", "600"},
+           {"--mode", "2", "--resolution", "240"},
+           {"--capabilities", "D240", "--resolution", "400", "--mode", "3"}}) {
+    std::vector<std::string> words{"add", "new", "--device", printer.uri()};
+    words.insert(words.end(), settings.begin(), settings.end());
+    const Outcome refused = server.rlx_queue(words);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.messages.find("the queue is set up wrongly: --resolution "),
+              std::string::npos)
+        << refused.messages;
+    EXPECT_FALSE(has_queue("new"));
+  }
+  EXPECT_EQ(server.rlx_queue({"refresh", "q", "--resolution", "600"}).status, 1);
+  EXPECT_NE(ppd("q").find("*rlxResolution: \"\"\n"), std::string::npos);
+}
+
+/// A line of a PPD has at most 255 bytes.
+TEST_F(CupsQueue, FoldersWhoseNamesAreTooLong) {
+  constexpr std::size_t kMost = 232;
+  std::string deep = forms() + '/' + std::string(100, 'x') + '/';
+  deep.resize(kMost, 'x');
+  write_file(deep + "/fcbe/DEEP", "print 1\n");
+  server.add_queue("deep", printer, {"--forms", deep});
+  EXPECT_EQ(option("deep", "form"), "form/Form: *None DEEP");
+  deep += 'x';
+  write_file(deep + "/fcbe/DEEP", "print 1\n");
+  const Outcome refused =
+      server.rlx_queue({"add", "new", "--device", printer.uri(), "--forms", deep});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_NE(refused.messages.find("too long for a queue: " + deep + " (at most 232 bytes)"),
+            std::string::npos)
+      << refused.messages;
+  EXPECT_FALSE(has_queue("new"));
+}
+
 TEST_F(CupsQueue, RefreshKeepsSettings) {
   server_.add_queue("kept", printer_,
                     {"--forms", forms(), "--mode", "3", "--capabilities", "D240!D400!f1",
