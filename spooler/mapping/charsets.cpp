@@ -21,7 +21,7 @@ bool is_known_charset(const std::string& name) {
 }
 
 bool is_utf_8(std::string_view name) {
-  return same_word(name, "UTF-8") || same_word(name, "UTF8") || same_word(name, "US-ASCII");
+  return same_word(name, "UTF-8") || same_word(name, "UTF8");
 }
 
 }  // namespace rlx::spooler

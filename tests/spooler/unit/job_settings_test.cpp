@@ -165,7 +165,7 @@ TEST(JobOptions, Charset) {
                               {"shift_jis", "shift_jis"},
                               {"UTF-8", ""},
                               {"utf8", ""},
-                              {"US-ASCII", ""},
+                              {"US-ASCII", "US-ASCII"},
                               {"None", ""},
                               {"Default", ""},
                               {"", ""}});
