@@ -17,4 +17,8 @@ std::vector<std::string> divide(std::string_view text, char separator);
 /// number above `most`.
 std::optional<unsigned> whole_number(std::string_view text, unsigned most);
 
+/// A text as one line that does nothing to a terminal: line ends become blanks; other control
+/// characters, and bytes that are no UTF-8, become "?". Words of a job's options come from anybody.
+std::string in_one_line(std::string text);
+
 }  // namespace rlx::spooler

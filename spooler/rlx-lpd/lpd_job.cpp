@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -10,6 +9,7 @@
 #include <string_view>
 #include <thread>
 
+#include "mapping/words.h"
 #include "rlx-lpd/job_options.h"
 #include "running/child_process.h"
 #include "running/descriptor.h"
@@ -27,9 +27,8 @@ constexpr std::string_view kHeadBehind = "/`%%%=Pji";
 constexpr std::size_t kHeadBytes = kHeadBefore.size() + kCountDigits + kHeadBehind.size();
 
 /// One write, one line. Nothing can be said of a failure: lpd is gone when a job was removed.
-void tell(std::string line) {
-  std::replace(line.begin(), line.end(), '\n', ' ');
-  line += '\n';
+void tell(const std::string& text) {
+  const std::string line = spooler::in_one_line(text) + '\n';
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(line.data());
   static_cast<void>(spooler::write_all(STDERR_FILENO, {bytes, line.size()}));
 }
@@ -54,10 +53,11 @@ std::string summary(const spooler::PrintJob& print, const spooler::PrintResult& 
   std::array<char, 32> seconds{};
   std::snprintf(seconds.data(), seconds.size(), "%.1f", time.count());
   const bool one = result.count.impressions == 1;
+  // A job in the printer's language has no use for the form of its queue.
+  const std::string form = print.in_printer_language ? "" : print.settings.form;
   return std::to_string(result.count.impressions) + (one ? " page, " : " pages, ") +
-         std::to_string(result.bytes) + " bytes, " +
-         (print.settings.form.empty() ? "no form" : "form " + print.settings.form) + ", " +
-         seconds.data() + " seconds";
+         std::to_string(result.bytes) + " bytes, " + (form.empty() ? "no form" : "form " + form) +
+         ", " + seconds.data() + " seconds";
 }
 
 /// How somebody lets a held job print: "lpc release lines 384".

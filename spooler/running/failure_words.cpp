@@ -59,7 +59,7 @@ constexpr std::array<StatusMeaning, 4> kStatuses{{
 }};
 
 /// Lines as one line.
-std::string in_one_line(const std::string& words) {
+std::string joined_lines(const std::string& words) {
   std::string line;
   for (const std::string& piece : divide(words, '\n')) {
     line += (line.empty() ? "" : "; ") + piece;
@@ -112,7 +112,7 @@ std::string form_fault(const PrintJob& job) {
 }
 
 Failure of_words(const PrintJob& job, const RunReport& report) {
-  const std::string said = in_one_line(report.words);
+  const std::string said = joined_lines(report.words);
   const auto* const row = std::find_if(
       kRemedies.begin(), kRemedies.end(),
       [&said](const Remedy& remedy) { return said.find(remedy.words) != std::string::npos; });
@@ -165,7 +165,7 @@ Failure explain_failure(const PrintJob& job, const RunReport& report) {
   if (!report.job_error.empty()) {
     return {Problem::system, report.job_error};
   }
-  if (!in_one_line(report.words).empty()) {
+  if (!joined_lines(report.words).empty()) {
     return of_words(job, report);
   }
   if (report.end.signal != 0) {

@@ -55,11 +55,6 @@ class JobPrinter {
   PrintResult result_;
 };
 
-bool is_file(const std::string& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error);
-}
-
 bool JobPrinter::refuse(Problem problem, const std::string& words) {
   result_.problem = problem;
   result_.words = words;
@@ -74,8 +69,17 @@ bool JobPrinter::form_is_there() {
   const auto places = form_places(job_.queue, form);
   std::string all;
   for (const std::string& place : places) {
-    if (is_file(place)) {
+    std::error_code error;
+    if (fs::is_regular_file(place, error)) {
       return true;
+    }
+    // Without the right to enter a folder nobody knows whether the form is in it.
+    if (error && error != std::errc::no_such_file_or_directory &&
+        error != std::errc::not_a_directory) {
+      return refuse(Problem::form_missing, "form " + form + " cannot be looked for: " + place +
+                                               ": " + error.message() +
+                                               "; let the spooler's user enter the folder, then "
+                                               "let the job print again");
     }
     all += (all.empty() ? "" : ", ") + place;
   }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -29,6 +30,9 @@ using spooler::Problem;
 constexpr const char* kFormMissing = "rlx-form-missing-warning";
 constexpr const char* kPrinterLanguage = "application/vnd.rlx";
 constexpr const char* kUnrecognised = "application/octet-stream";
+/// CUPS's own banner pages, and those of its filters.
+constexpr std::array<const char*, 2> kBanners{"application/vnd.cups-banner",
+                                              "application/vnd.cups-pdf-banner"};
 
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
@@ -103,15 +107,14 @@ spooler::Descriptor open_job(const std::string& file) {
 }
 
 /// "2 pages, 2503 bytes, form INVOICE, 0.1 seconds"
-std::string summary(const spooler::PrintJob& print, const spooler::PrintResult& result,
+std::string summary(const std::string& form, const spooler::PrintResult& result,
                     std::chrono::duration<double> time) {
   std::array<char, 32> seconds{};
   std::snprintf(seconds.data(), seconds.size(), "%.1f", time.count());
   const bool one = result.count.impressions == 1;
   return std::to_string(result.count.impressions) + (one ? " page, " : " pages, ") +
-         std::to_string(result.bytes) + " bytes, " +
-         (print.settings.form.empty() ? "no form" : "form " + print.settings.form) + ", " +
-         seconds.data() + " seconds";
+         std::to_string(result.bytes) + " bytes, " + (form.empty() ? "no form" : "form " + form) +
+         ", " + seconds.data() + " seconds";
 }
 
 /// A reader that has gone tells CUPS itself why; this program then only ends, in the usual way.
@@ -132,8 +135,14 @@ int tell(const spooler::PrintResult& result) {
   return 1;
 }
 
-/// cupsd gives this filter what it does not recognise, too, lest it print that as it is.
+/// cupsd gives this filter what it does not recognise, too, lest it print that as it is; and banner
+/// pages, lest it abort the job without a word.
 void require_known_type(const CupsJob& job) {
+  if (std::find(kBanners.begin(), kBanners.end(), job.content_type) != kBanners.end()) {
+    throw std::runtime_error(
+        "the job has a banner page, which the printer cannot print; the rest of the job is printed "
+        "without it: cancel the job, and submit the next one with -o job-sheets=none");
+  }
   if (job.content_type == kUnrecognised) {
     throw std::runtime_error(
         "the job is neither text nor a job with control sequences that is recognised; if it is for "
@@ -157,11 +166,13 @@ int print_to_standard_output(const CupsJob& job, const spooler::Cancellation& ca
   if (result.output_error == EPIPE) {
     end_by_broken_pipe();
   }
-  if (result.problem == Problem::none && !print.settings.form.empty()) {
+  // A job in the printer's language has no use for the form of its queue.
+  const std::string form = print.in_printer_language ? "" : print.settings.form;
+  if (result.problem == Problem::none && !form.empty()) {
     remove_state(kFormMissing);
   }
   const int status = tell(result);
-  info(summary(print, result, std::chrono::steady_clock::now() - begin));
+  info(summary(form, result, std::chrono::steady_clock::now() - begin));
   return status;
 }
 

@@ -4,10 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
 
+#include "mapping/words.h"
 #include "running/descriptor.h"
 
 namespace rlx::texttorlx {
@@ -15,9 +15,8 @@ namespace rlx::texttorlx {
 namespace {
 
 /// One write a line: lines of two threads do not mix. Nothing can be said of a failure.
-void write_line(const std::string& prefix, std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  const std::string line = prefix + text + '\n';
+void write_line(const std::string& prefix, const std::string& text) {
+  const std::string line = prefix + spooler::in_one_line(text) + '\n';
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(line.data());
   static_cast<void>(spooler::write_all(STDERR_FILENO, {bytes, line.size()}));
 }

@@ -2,6 +2,8 @@
 // on.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "spooler/spooler_test.h"
 
 namespace rlx::testing {
@@ -42,6 +44,23 @@ TEST_F(CupsFailure, FormThatIsMissing) {
   put_form("NOSUCH", "print 3 72000\n");
   expect_same_job(filtered({"-n", "NOSUCH", "-p", forms()}, text), restart(id));
   EXPECT_EQ(server_.queue_state("q").find("rlx-form-missing-warning"), std::string::npos);
+}
+
+/// Root makes folders for himself alone; CUPS runs filters as another user.
+TEST_F(CupsFailure, FolderOfFormsThatIsClosed) {
+  if (!is_root()) {
+    GTEST_SKIP() << "only root runs cupsd and filters as different users";
+  }
+  const std::string text = numbered_pages("closed", 2);
+  std::filesystem::permissions(forms(), std::filesystem::perms::owner_all);
+  const int id = server.submit("q", text, {"form=LABEL"});
+  expect_stopped(id, {"LABEL cannot be looked for: " + forms() + "/fcbe/LABEL: Permission denied"});
+  std::filesystem::permissions(
+      forms(), std::filesystem::perms::others_exec | std::filesystem::perms::owner_all);
+  expect_same_job(filtered({"-n", "LABEL", "-p", forms()}, text), restart(id));
+  // A form that only root may read is another thing.
+  std::filesystem::permissions(forms() + "/fcbe/LABEL", std::filesystem::perms::owner_read);
+  expect_stopped(server.submit("q", text, {"form=LABEL"}), {"LABEL", "Permission denied"});
 }
 
 TEST_F(CupsFailure, FormThatIsWrong) {
@@ -88,6 +107,18 @@ TEST_F(CupsFailure, TextThatIsNotOfItsEncoding) {
   const int id = server_.submit("q", "ABC\306\374\377X\n\f", {"rlx-charset=EUC-JP"});
   expect_stopped(id, {"byte 5", "EUC-JP"});
   EXPECT_TRUE(printer_.jobs().empty());
+  expect_queue_goes_on();
+}
+
+/// CUPS has two kinds of banner pages: its own, and those of cups-filters.
+TEST_F(CupsFailure, BannerPages) {
+  expect_stopped(server.submit("q", "#CUPS-BANNER\nShow job-id\n"), {"banner page"});
+  EXPECT_TRUE(printer.jobs().empty());
+  // A document that fails keeps no other one of its job from being printed.
+  expect_stopped(server.submit("q", "A\f", {"job-sheets=standard"}),
+                 {"banner page", "without it", "job-sheets=none"});
+  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  expect_same_job(filtered({}, "A\f"), printer.jobs()[0]);
   expect_queue_goes_on();
 }
 

@@ -221,6 +221,29 @@ TEST_F(TextToRlx, CountsAJobInThePrintersLanguage) {
   EXPECT_EQ(outcome.output, rlx + rlx);
   EXPECT_EQ(lines_of(outcome, "PAGE"), Words({"1 1", "2 1", "3 1", "4 1", "5 1", "6 1"}));
   EXPECT_EQ(lines_of(outcome, "DEBUG"), Words());
+  // It was printed without the form, so nothing is known of that.
+  EXPECT_EQ(lines_of(outcome, "STATE"), Words());
+  const Words info = lines_of(outcome, "INFO");
+  ASSERT_EQ(info.size(), 1U);
+  EXPECT_NE(info[0].find(" bytes, no form, "), std::string::npos) << info[0];
+}
+
+TEST_F(TextToRlx, RefusesBannerPages) {
+  for (const char* const type :
+       {"application/vnd.cups-banner", "application/vnd.cups-pdf-banner"}) {
+    type_ = type;
+    expect_error(
+        run("job-sheets=standard,none"),
+        "the job has a banner page, which the printer cannot print; the rest of the job is "
+        "printed without it: cancel the job, and submit the next one with -o "
+        "job-sheets=none");
+  }
+}
+
+TEST_F(TextToRlx, SaysNothingThatATerminalObeys) {
+  expect_error(run("form=A\033[31m\377B"),
+               "option form=A?[31m?B: wanted is the name of a form: letters, digits, - and _; "
+               "nothing was printed");
 }
 
 /// As cupsd reads it: what it finds unread when the process has ended comes too late.

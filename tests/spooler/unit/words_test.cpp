@@ -54,5 +54,27 @@ TEST(WholeNumber, IsAtMostWhatItMayBe) {
   EXPECT_EQ(whole_number(std::string(1000, '9'), 4294967295U), std::nullopt);
 }
 
+TEST(InOneLine, KeepsTextAsItIs) {
+  for (const char* text : {"", "form A-b_1: ~", "\302\240\337\277", "\340\240\200\355\237\277",
+                           "\346\227\245\346\234\254", "\360\220\200\200\364\217\277\277"}) {
+    EXPECT_EQ(in_one_line(text), text);
+  }
+}
+
+TEST(InOneLine, HasNothingThatATerminalObeys) {
+  EXPECT_EQ(in_one_line("a\nb\n"), "a b ");
+  EXPECT_EQ(in_one_line("\033[31m\r\t\177x"), "?[31m???x");
+  EXPECT_EQ(in_one_line(std::string("\0A", 2)), "?A");
+  EXPECT_EQ(in_one_line("\302\233A"), "??A");
+}
+
+TEST(InOneLine, HasNothingThatIsNoUtf8) {
+  for (const char* text : {"\200", "\301\277", "\303", "\340\237\277", "\343\201", "\355\240\200",
+                           "\360\217\277\277", "\364\220\200\200", "\365\200\200\200", "\377"}) {
+    EXPECT_EQ(in_one_line(text), std::string(std::string_view(text).size(), '?'));
+    EXPECT_EQ(in_one_line(text + std::string("A")).back(), 'A');
+  }
+}
+
 }  // namespace
 }  // namespace rlx::spooler
