@@ -61,6 +61,12 @@ bool JobPrinter::refuse(Problem problem, const std::string& words) {
   return false;
 }
 
+std::string closed_folder(const std::string& form, const std::string& place,
+                          const std::string& why) {
+  return "form " + form + " cannot be looked for: " + place + ": " + why +
+         "; let the spooler's user enter the folder, then let the job print again";
+}
+
 bool JobPrinter::form_is_there() {
   const std::string& form = job_.settings.form;
   if (form.empty()) {
@@ -76,10 +82,7 @@ bool JobPrinter::form_is_there() {
     // Without the right to enter a folder nobody knows whether the form is in it.
     if (error && error != std::errc::no_such_file_or_directory &&
         error != std::errc::not_a_directory) {
-      return refuse(Problem::form_missing, "form " + form + " cannot be looked for: " + place +
-                                               ": " + error.message() +
-                                               "; let the spooler's user enter the folder, then "
-                                               "let the job print again");
+      return refuse(Problem::form_missing, closed_folder(form, place, error.message()));
     }
     all += (all.empty() ? "" : ", ") + place;
   }
