@@ -43,12 +43,13 @@ bool can_have_resolution(const QueueSettings& queue) {
   if (queue.resolution == 0 || lists_resolution(queue)) {
     return true;
   }
+  if (queue.capabilities.find('D') != std::string::npos) {
+    return false;  // the filter goes by the list
+  }
   if (needs_high_resolution_mode(queue)) {
     return queue.emulation_mode == 1 || queue.emulation_mode == kHighResolutionMode;
   }
-  return queue.resolution == kUsualResolution &&
-         queue.capabilities.find('D') == std::string::npos &&
-         queue.emulation_mode != kHighResolutionMode;
+  return queue.resolution == kUsualResolution && queue.emulation_mode != kHighResolutionMode;
 }
 
 bool is_form_directory(const std::string& directory) {

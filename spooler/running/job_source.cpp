@@ -38,8 +38,15 @@ bool begins_sequence(std::uint8_t byte) {
   return byte == 0x1b || byte == 0x1c;
 }
 
+constexpr const char* kOnlyText =
+    "a control sequence; only text without them can be converted from ";
+
+std::string at_byte(std::uint64_t offset) {
+  return "byte " + std::to_string(offset) + " of the job: ";
+}
+
 [[noreturn]] void fail(std::uint64_t offset, const std::string& why) {
-  throw ConversionFault("byte " + std::to_string(offset) + " of the job: " + why);
+  throw ConversionFault(at_byte(offset) + why);
 }
 
 }  // namespace
@@ -86,7 +93,7 @@ std::size_t ConvertedText::convert(std::size_t count, std::span<std::uint8_t> ro
   }
   const auto text = room.first(room.size() - to_left);
   if (std::any_of(text.begin(), text.end(), begins_sequence)) {
-    fail(begin, "a control sequence; only text without them can be converted from " + charset_);
+    throw SequenceInText(at_byte(begin) + kOnlyText + charset_);
   }
   return text.size();
 }

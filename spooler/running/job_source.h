@@ -56,6 +56,12 @@ class ConversionFault : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A sequence stands in what was to be text.
+class SequenceInText : public ConversionFault {
+ public:
+  using ConversionFault::ConversionFault;
+};
+
 /// Text in another encoding, as UTF-8. Text only: ESC and FS, which begin sequences, are refused,
 /// for the data of sequences would suffer (an encoding may use ESC for itself, as ISO-2022-JP
 /// does).
@@ -69,8 +75,9 @@ class ConvertedText : public JobSource {
   ConvertedText& operator=(const ConvertedText&) = delete;
 
   /// @throws ConversionFault that names the offset, from 0, of the byte at which the text is no
-  ///         text of its encoding, or at which a sequence begins; in an encoding that writes ESC
-  ///         and FS otherwise than ASCII, of a byte in front of the sequence.
+  ///         text of its encoding.
+  /// @throws SequenceInText that names the offset at which a sequence begins; in an encoding that
+  ///         writes ESC and FS otherwise than ASCII, of a byte in front of it.
   std::size_t read(std::span<std::uint8_t> room) override;
 
  private:

@@ -48,6 +48,7 @@ class JobPrinter {
   RunReport run(const CopyPlan& plan, int descriptor);
   void add(const RunReport& report);
   bool refuse(Problem problem, const std::string& words);
+  bool refuse_text(const ConversionFault& fault, const std::string& remedy);
 
   const PrintJob& job_;
   PrintListener& listener_;
@@ -59,6 +60,13 @@ bool JobPrinter::refuse(Problem problem, const std::string& words) {
   result_.problem = problem;
   result_.words = words;
   return false;
+}
+
+/// @return true when a job that is cancelled was cut off: its text may end where none can.
+bool JobPrinter::refuse_text(const ConversionFault& fault, const std::string& remedy) {
+  return cancellation_.is_asked() ||
+         refuse(Problem::wrong_text,
+                std::string(fault.what()) + "; nothing was printed; " + remedy);
 }
 
 std::string closed_folder(const std::string& form, const std::string& place,
@@ -109,12 +117,12 @@ bool JobPrinter::text_is_convertible(const KeptJob& kept) {
   try {
     while (text.read(room) > 0) {
     }
+  } catch (const SequenceInText& fault) {
+    return refuse_text(fault,
+                       "a job with control sequences is UTF-8: leave the option rlx-charset "
+                       "out, or give it the value UTF-8");
   } catch (const ConversionFault& fault) {
-    // A text that is cut off may end where none can.
-    return cancellation_.is_asked() ||
-           refuse(Problem::wrong_text, std::string(fault.what()) +
-                                           "; nothing was printed; name the encoding of the text "
-                                           "with the option rlx-charset");
+    return refuse_text(fault, "name the encoding of the text with the option rlx-charset");
   }
   return true;
 }

@@ -157,6 +157,20 @@ TEST_F(CupsQueue, RefreshDoesNotLoseTheDefaultForm) {
   EXPECT_EQ(option("kept", "form"), "form/Form: None *INVOICE");
 }
 
+TEST_F(CupsQueue, WithoutASchedulerSaysSo) {
+  server_.stop();
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"add", "new", "--device", printer_.uri()},
+        {"refresh", "q"},
+        {"remove", "q"},
+        {"list"}}) {
+    const Outcome outcome = server_.rlx_queue(words);
+    EXPECT_EQ(outcome.status, 1) << words.front();
+    EXPECT_NE(outcome.messages.find("CUPS does not answer"), std::string::npos)
+        << words.front() << ": " << outcome.messages;
+  }
+}
+
 TEST_F(CupsQueue, SocketsAreNotAskedBySnmp) {
   for (const auto& [given, kept] :
        {std::pair("socket://h:9100", "socket://h:9100/?snmp=false"),

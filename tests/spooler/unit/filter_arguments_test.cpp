@@ -103,6 +103,8 @@ TEST(FilterArguments, OfAResolutionThatCannotBeAreFaults) {
   EXPECT_EQ(faults_of(queue_of(1, 600, "")), Words({"rlxResolution=600"}));
   EXPECT_EQ(faults_of(queue_of(1, 600, "D240!D400")), Words({"rlxResolution=600"}));
   EXPECT_EQ(faults_of(queue_of(1, 240, "D400")), Words({"rlxResolution=240"}));
+  EXPECT_EQ(faults_of(queue_of(1, 400, "D240")), Words({"rlxResolution=400"}));
+  EXPECT_EQ(faults_of(queue_of(2, 400, "f1!D240")), Words({"rlxResolution=400"}));
   EXPECT_EQ(faults_of(queue_of(2, 240, "")), Words({"rlxResolution=240"}));
   // A part of a token is none.
   EXPECT_EQ(faults_of(queue_of(1, 40, "D400")), Words({"rlxResolution=40"}));

@@ -294,10 +294,11 @@ TEST_F(PrintJobTest, ThatIsNoTextOfItsEncodingPrintsNothing) {
                    "byte 200002 of the job: this is no character of EUC-JP; nothing was printed; "
                    "name the encoding of the text with the option rlx-charset");
   }
-  expect_refused(print("\xc6\xfc" + own_conditions()), Problem::wrong_text,
-                 "byte 2 of the job: a control sequence; only text without them can be converted "
-                 "from EUC-JP; nothing was printed; name the encoding of the text with the option "
-                 "rlx-charset");
+  expect_refused(
+      print("\xc6\xfc" + own_conditions()), Problem::wrong_text,
+      "byte 2 of the job: a control sequence; only text without them can be converted "
+      "from EUC-JP; nothing was printed; a job with control sequences is UTF-8: leave the "
+      "option rlx-charset out, or give it the value UTF-8");
 }
 
 TEST_F(PrintJobTest, OfAFilterThatFailsSaysWhy) {
