@@ -3,7 +3,7 @@
 # to one spooler where that one looks for it.
 #
 # The components are the packages of packaging/packages.cmake: zqeuctorlx, rlx-tools, rlx-cups,
-# rlx-lprng. What a site makes itself (forms, the environment file, the range of user-defined
+# rlx-lprng, rlx-printer-app. What a site makes itself (forms, the environment file, the range of user-defined
 # characters) is never installed: the sample forms go to a folder where no filter looks.
 set(rlx_document_directory ${CMAKE_INSTALL_DATAROOTDIR}/doc)
 set(rlx_installed_components zqeuctorlx)

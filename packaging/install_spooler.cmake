@@ -45,3 +45,17 @@ install(TARGETS rlx-lpd RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONEN
 install_manual(rlx-lprng ${spooler}/rlx-lpd/rlx-lpd.8)
 install(FILES ${spooler}/rlx-lpd/printcap.example
         DESTINATION ${rlx_document_directory}/rlx-lprng/examples COMPONENT rlx-lprng)
+
+# ---- The printer application ---------------------------------------------------------------------
+list(APPEND rlx_installed_components rlx-printer-app)
+install(TARGETS rlx-printer-app RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR}
+        COMPONENT rlx-printer-app)
+file(GLOB pages CONFIGURE_DEPENDS ${spooler}/rlx-printer-app/man/*.1)
+install_manual(rlx-printer-app ${pages})
+install(FILES ${PROJECT_SOURCE_DIR}/docs/printer-app.md
+        DESTINATION ${rlx_document_directory}/rlx-printer-app COMPONENT rlx-printer-app)
+set(SYSTEM_CALLS "@system-service")
+configure_file(${PROJECT_SOURCE_DIR}/packaging/systemd/rlx-printer-app.service.in
+               ${PROJECT_BINARY_DIR}/rlx-printer-app.service @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/rlx-printer-app.service
+        DESTINATION lib/systemd/system COMPONENT rlx-printer-app)

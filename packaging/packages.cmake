@@ -105,4 +105,14 @@ debian_package(
 zqeuctorlx, and a sample printcap entry."
   DEPENDS "zqeuctorlx (= ${package_version}), rlx-tools (= ${package_version}), lprng")
 
+debian_package(
+  rlx-printer-app
+  "RLX page printers as IPP printers"
+  "A printer application: a server that hosts and desktops print to by IPP, with a
+web page. It takes text, line-printer and RLX jobs, runs zqeuctorlx for each,
+and hands the result to printers on the network; jobs that it has accepted
+outlive a crash."
+  DEPENDS
+  "zqeuctorlx (= ${package_version}), rlx-tools (= ${package_version}), adduser")
+
 include(CPack)

@@ -31,7 +31,8 @@ constexpr int kCanceled = 7;
 json to_json(const JournalEntry& entry) {
   return {{"printer", entry.printer_id}, {"job", entry.job_id},        {"name", entry.name},
           {"user", entry.user},          {"format", entry.format},     {"created", entry.created},
-          {"complete", entry.complete},  {"document", entry.document}, {"ended", entry.ended}};
+          {"complete", entry.complete},  {"document", entry.document}, {"ended", entry.ended},
+          {"held", entry.held}};
 }
 
 JournalEntry from_json(const json& note) {
@@ -45,6 +46,7 @@ JournalEntry from_json(const json& note) {
   entry.complete = note.at("complete");
   entry.document = note.at("document");
   entry.ended = note.at("ended");
+  entry.held = note.value("held", false);
   return entry;
 }
 
@@ -77,10 +79,14 @@ bool put_in_place(const std::string& path, const std::string& text) {
 
 namespace {
 
+/// A value as PAPPL reads it back: within one line.
 std::string quoted(const std::string& value) {
   std::string text = "\"";
   for (const char byte : value) {
-    text += byte == '"' || byte == '\\' ? std::string{'\\', byte} : std::string(1, byte);
+    if (byte == '"' || byte == '\\') {
+      text += '\\';
+    }
+    text += static_cast<unsigned char>(byte) < ' ' ? ' ' : byte;
   }
   return text + '"';
 }
@@ -169,8 +175,9 @@ class StateWriter {
   void add(const JournalEntry& entry) {
     if (entry.ended != 0) {
       text_ += line_of(entry, entry.ended) + '\n';
-    } else if (!entry.document.empty()) {
-      text_ += line_of(entry, entry.complete ? kPending : kHeld) + '\n';
+    } else if (access(entry.document.c_str(), R_OK) == 0) {
+      // PAPPL removes the document of an upload that broke.
+      text_ += line_of(entry, entry.complete && !entry.held ? kPending : kHeld) + '\n';
     }
   }
 
@@ -191,37 +198,50 @@ Journal::Journal(std::string folder) : folder_(std::move(folder)) {
   }
 }
 
-std::string Journal::path_of(int printer_id, int job_id) const {
+std::string Journal::path_of(int printer_id, int job_id, const char* extension) const {
   std::array<char, 32> name{};
-  std::snprintf(name.data(), name.size(), "%05d-%09d.json", printer_id, job_id);
+  std::snprintf(name.data(), name.size(), "%05d-%09d%s", printer_id, job_id, extension);
   return folder_ + '/' + name.data();
+}
+
+std::string Journal::attributes_path(int printer_id, int job_id) const {
+  return path_of(printer_id, job_id, ".ipp");
 }
 
 bool Journal::note(const JournalEntry& entry) const {
   return put_in_place(path_of(entry.printer_id, entry.job_id), to_json(entry).dump());
 }
 
-bool Journal::note_complete(int printer_id, int job_id, const std::string& document) const {
+template <typename Change>
+bool Journal::change(int printer_id, int job_id, Change apply) const {
   const std::lock_guard lock(changing_);
   bool good = true;
   for (JournalEntry entry : read_note(path_of(printer_id, job_id))) {
-    if (entry.ended == 0) {
-      entry.complete = true;
-      entry.document = document;
+    if (apply(entry)) {
       good = note(entry);
     }
   }
   return good;
 }
 
+bool Journal::note_complete(int printer_id, int job_id, const std::string& document) const {
+  return change(printer_id, job_id, [&](JournalEntry& entry) {
+    entry.complete = true;
+    entry.document = document;
+    return entry.ended == 0;
+  });
+}
+
+bool Journal::note_held(int printer_id, int job_id, bool held) const {
+  return change(printer_id, job_id, [held](JournalEntry& entry) {
+    return std::exchange(entry.held, held) != held && entry.ended == 0;
+  });
+}
+
 bool Journal::note_ended(int printer_id, int job_id, int state) const {
-  const std::lock_guard lock(changing_);
-  bool good = true;
-  for (JournalEntry entry : read_note(path_of(printer_id, job_id))) {
-    entry.ended = state;
-    good = note(entry);
-  }
-  return good;
+  return change(printer_id, job_id, [state](JournalEntry& entry) {
+    return std::exchange(entry.ended, state) != state;
+  });
 }
 
 std::vector<JournalEntry> Journal::entries() const {
@@ -244,6 +264,18 @@ void Journal::forget_ended(const std::vector<JournalEntry>& ended) const {
   for (const JournalEntry& entry : ended) {
     if (entry.ended != 0) {
       unlink(path_of(entry.printer_id, entry.job_id).c_str());
+      unlink(attributes_path(entry.printer_id, entry.job_id).c_str());
+    }
+  }
+}
+
+void restore_attributes(const Journal& journal, const std::vector<JournalEntry>& entries) {
+  for (const JournalEntry& entry : entries) {
+    std::ifstream file(journal.attributes_path(entry.printer_id, entry.job_id), std::ios::binary);
+    if (file && entry.ended == 0 && !entry.document.empty()) {
+      std::ostringstream attributes;
+      attributes << file.rdbuf();
+      put_in_place(fs::path(entry.document).replace_extension(".ipp"), attributes.str());
     }
   }
 }

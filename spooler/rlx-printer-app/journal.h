@@ -16,6 +16,7 @@ struct JournalEntry {
   long long created = 0;  ///< seconds since 1970
   bool complete = false;  ///< its document was written to the end
   std::string document;   ///< path; empty when there is none yet
+  bool held = false;      ///< by an operator, or by whoever submitted it
   int ended = 0;          ///< 0, or the state in which it ended (IPP: 7 to 9)
 };
 
@@ -32,10 +33,15 @@ class Journal {
   /// @throws std::runtime_error when it cannot be used.
   explicit Journal(std::string folder);
 
+  /// Where a job's attributes are kept, for the caller to write: goes with the job's note.
+  std::string attributes_path(int printer_id, int job_id) const;
+
   /// Notes a job, anew if it was noted before. @return false, with errno, when it could not be.
   bool note(const JournalEntry& entry) const;
   /// Notes that a document is complete. Does nothing for a job that is not noted.
   bool note_complete(int printer_id, int job_id, const std::string& document) const;
+  /// Notes that somebody has held or released a job. Does nothing for a job that is not noted.
+  bool note_held(int printer_id, int job_id, bool held) const;
   /// Notes that a job has ended, until forget_ended(). Does nothing for a job that is not noted.
   bool note_ended(int printer_id, int job_id, int state) const;
 
@@ -46,7 +52,9 @@ class Journal {
   void forget_ended(const std::vector<JournalEntry>& ended) const;
 
  private:
-  std::string path_of(int printer_id, int job_id) const;
+  template <typename Change>
+  bool change(int printer_id, int job_id, Change apply) const;
+  std::string path_of(int printer_id, int job_id, const char* extension = ".json") const;
 
   std::string folder_;
   mutable std::mutex changing_;  ///< a note that is read and written anew
@@ -56,10 +64,16 @@ class Journal {
 /// @return false, with errno, when it could not; the old file is there then.
 bool put_in_place(const std::string& path, const std::string& text);
 
+/// Gives PAPPL the attributes of the jobs that go on after a crash: copies them to where it looks
+/// for them, beside the documents. It has files there itself, and empties them when it saves its
+/// state a second time.
+void restore_attributes(const Journal& journal, const std::vector<JournalEntry>& entries);
+
 /// Puts the text of a state file, as PAPPL writes it, into the shape in which its jobs go on after
-/// a crash, by what the journal says of them: a complete one waits to be printed, one whose
-/// document may be cut is held, one that has ended has, and one without a note or a document is
-/// gone. The printers' next job numbers are behind all of them. Everything else stays.
+/// a crash, by what the journal says of them: a complete one waits to be printed, one that somebody
+/// has held or whose document may be cut is held, one that has ended has, and one without a note or
+/// a document is gone. The printers' next job numbers are behind all of them. Everything else
+/// stays.
 std::string restorable_state(const std::string& state, const std::vector<JournalEntry>& entries);
 
 }  // namespace rlx::printer_app

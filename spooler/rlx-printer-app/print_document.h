@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "rlx-printer-app/job_queue.h"
 #include "rlx-printer-app/journal.h"
 
 namespace rlx::printer_app {
@@ -18,6 +19,7 @@ struct Application {
   std::string filter;          ///< path of zqeuctorlx; empty when it is not installed
   std::string form_checker;    ///< path of fcbcheck; empty when it is not installed
   Journal* journal = nullptr;  ///< of accepted jobs
+  JobQueue* queue = nullptr;   ///< whose turn it is
 };
 
 /// Prints a job of any of the formats; PAPPL calls it, in a thread of the job's own.

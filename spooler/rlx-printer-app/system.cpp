@@ -1,7 +1,9 @@
 #include "rlx-printer-app/system.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -92,11 +94,10 @@ std::string read_file(const std::string& path) {
   return text.str();
 }
 
-/// Whatever the job asks for goes to the file that PAPPL reads when it takes the job up again.
-void write_attributes(pappl_job_t* job) {
-  std::array<char, 1024> path{};
+/// Keeps whatever the job asks for.
+void write_attributes(pappl_job_t* job, const std::string& path) {
   const spooler::Descriptor file(
-      papplJobOpenFile(job, path.data(), path.size(), nullptr, "ipp", "w"));
+      open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   ipp_t* const attributes = ippNew();
   std::vector<const char*> names{"media",
                                  "media-col",
@@ -121,8 +122,9 @@ void write_attributes(pappl_job_t* job) {
   ippDelete(attributes);
 }
 
-void note_job(pappl_job_t* job, const Journal& journal) {
+void note_job(pappl_job_t* job, bool is_held, const Journal& journal) {
   JournalEntry entry;
+  entry.held = is_held;
   entry.printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   entry.job_id = papplJobGetID(job);
   entry.name = papplJobGetName(job);
@@ -130,10 +132,21 @@ void note_job(pappl_job_t* job, const Journal& journal) {
   const char* const format = papplJobGetFormat(job);
   entry.format = format == nullptr ? kText : format;
   entry.created = papplJobGetTimeCreated(job);
-  write_attributes(job);
+  write_attributes(job, journal.attributes_path(entry.printer_id, entry.job_id));
   if (!journal.note(entry)) {
     papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "The journal cannot be written: %s",
                 std::strerror(errno));
+  }
+}
+
+/// Somebody has held or released the job; the queue's own holds are no events.
+void take_hold(pappl_job_t* job, const Application& application) {
+  const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
+  const int job_id = papplJobGetID(job);
+  const ipp_jstate_t state = papplJobGetState(job);
+  if (state == IPP_JSTATE_HELD || state == IPP_JSTATE_PENDING) {
+    application.journal->note_held(printer_id, job_id, state == IPP_JSTATE_HELD);
+    application.queue->set_held(printer_id, job_id, state == IPP_JSTATE_HELD);
   }
 }
 
@@ -145,18 +158,44 @@ void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_
   if (job == nullptr) {
     return;
   }
+  const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
-    note_job(job, *application.journal);
+    const bool is_held = (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
+    note_job(job, is_held, *application.journal);
+    application.queue->add(printer_id, papplJobGetID(job), is_held);
+  }
+  if ((event & PAPPL_EVENT_JOB_STATE_CHANGED) != 0) {
+    take_hold(job, application);
   }
   if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) {
-    application.journal->note_ended(papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job),
-                                    papplJobGetState(job));
+    // The event of a job that is cancelled while it prints comes before it has ended.
+    application.journal->note_ended(printer_id, papplJobGetID(job),
+                                    std::max(papplJobGetState(job), IPP_JSTATE_CANCELED));
+    application.queue->wake();
+  }
+}
+
+/// Marks jobs whose end was no event, such as those with an upload that broke.
+void add_lost(pappl_system_t* system, std::vector<JournalEntry>& entries) {
+  for (JournalEntry& entry : entries) {
+    pappl_printer_t* const printer =
+        papplSystemFindPrinter(system, nullptr, entry.printer_id, nullptr);
+    pappl_job_t* const job =
+        printer == nullptr ? nullptr : papplPrinterFindJob(printer, entry.job_id);
+    if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) {
+      entry.ended = IPP_JSTATE_ABORTED;
+    }
   }
 }
 
 bool save_state(pappl_system_t* system, void* data) {
   const auto& application = *static_cast<const Application*>(data);
-  const auto entries = application.journal->entries();
+  if (!papplSystemIsRunning(system)) {
+    // The last time: the system is gone soon.
+    application.queue->stop();
+  }
+  auto entries = application.journal->entries();
+  add_lost(system, entries);
   const std::string aside = application.state_file + ".aside";
   if (!papplSystemSaveState(system, aside.c_str())) {
     return false;
@@ -177,7 +216,9 @@ void restore(pappl_system_t* system, const Application& application) {
   if (state.empty()) {
     return;
   }
-  const std::string restored = restorable_state(state, application.journal->entries());
+  const auto entries = application.journal->entries();
+  restore_attributes(*application.journal, entries);
+  const std::string restored = restorable_state(state, entries);
   if (!put_in_place(application.state_file, restored) ||
       !papplSystemLoadState(system, application.state_file.c_str())) {
     throw std::runtime_error(application.state_file + " cannot be read or written");
@@ -189,7 +230,8 @@ void resume_printer(pappl_printer_t* printer, void* /*data*/) {
 }
 
 /// Jobs of the last run begin when the system runs. @return false: once is enough.
-bool resume_printers(pappl_system_t* system, void* /*data*/) {
+bool resume_printers(pappl_system_t* system, void* data) {
+  static_cast<const Application*>(data)->queue->start(system);
   papplSystemIteratePrinters(system, resume_printer, nullptr);
   return false;
 }
@@ -208,7 +250,9 @@ void find_places(const ServerOptions& options, Application& application) {
   // Both stay until the process ends: PAPPL's threads use them to the last.
   static Journal journal(state + "/journal");
   static SpoolWatch watch(application.spool_folder, journal);
+  static JobQueue queue;
   application.journal = &journal;
+  application.queue = &queue;
 }
 
 pappl_system_t* create(const ServerOptions& options, const Application& application) {
@@ -290,7 +334,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     papplSystemSetSaveCallback(system, save_state, &application);
     restore(system, application);
     papplSystemSetEventCallback(system, take_event, &application);
-    papplSystemAddTimerCallback(system, 0, 1, resume_printers, nullptr);
+    papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
     return system;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", kName, error.what());

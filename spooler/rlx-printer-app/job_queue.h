@@ -1,0 +1,78 @@
+#pragma once
+
+#include <pappl/pappl.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "rlx-printer-app/job_order.h"
+
+namespace rlx::printer_app {
+
+/// Lets each printer's jobs print in the order of their numbers. PAPPL takes the newest: so each
+/// job is held as it comes, and the oldest that is ready is released while the one before it
+/// prints. Holds of operators, and of those who submit, stay until somebody releases the job.
+///
+/// A job is held a moment after it was created, before its document is here: PAPPL has no call
+/// between. When that comes too late and the printer becomes free in the same moment, the job
+/// prints out of turn; it never prints twice, nor is it lost.
+class JobQueue {
+ public:
+  JobQueue() = default;
+  ~JobQueue();
+  JobQueue(const JobQueue&) = delete;
+  JobQueue& operator=(const JobQueue&) = delete;
+
+  /// Takes over the jobs that the system has: those held stay so. Then begins to work, until the
+  /// system is shut down.
+  void start(pappl_system_t* system);
+  /// Ends its work. Not with PAPPL's locks.
+  void stop();
+
+  /// A job was created. May be called with PAPPL's locks, as all of these.
+  void add(int printer_id, int job_id, bool held_by_operator);
+  /// Somebody has held or released a job.
+  void set_held(int printer_id, int job_id, bool held_by_operator);
+  /// Something has ended.
+  void wake();
+
+  /// Waits until what has come before the call has its place, a moment at most. Not with PAPPL's
+  /// locks.
+  void settle();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Known {
+    bool held_by_operator = false;
+    bool is_placed = false;  ///< held by this queue, or too late for that
+    Clock::time_point created = Clock::now();
+    Clock::time_point arrived{};  ///< when its document was seen first
+  };
+  using Jobs = std::map<int, Known>;
+
+  static void adopt(pappl_printer_t* printer, void* data);
+  void work();
+  void arrange_all();
+  void arrange(pappl_printer_t* printer, Jobs& jobs);
+  bool look_at(pappl_job_t* job, Known& known, QueuedJob& seen) const;
+  std::chrono::milliseconds pause() const;
+
+  pappl_system_t* system_ = nullptr;
+  std::mutex changing_;
+  std::condition_variable changed_;
+  std::map<int, Jobs> printers_;  ///< the thread's own
+  std::vector<std::pair<std::pair<int, int>, Known>> added_;
+  std::map<std::pair<int, int>, bool> holds_;  ///< changes of them
+  std::uint64_t asked_ = 0;                    ///< calls of wake()
+  std::uint64_t done_ = 0;                     ///< of which so many have been followed
+  bool ended_ = false;
+  std::thread thread_;
+};
+
+}  // namespace rlx::printer_app

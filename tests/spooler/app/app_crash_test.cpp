@@ -1,0 +1,84 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "spooler/app/app_server.h"
+#include "support/record_builder.h"
+
+// The server is killed, and started again.
+namespace rlx::testing {
+namespace {
+
+class AppCrash : public AppTest {};
+
+TEST_F(AppCrash, NoAcceptedJobIsLostAndNoneIsPrintedTwice) {
+  constexpr int kJobs = 20;
+  constexpr std::size_t kPrintedBefore = 7;
+  std::map<std::string, int> printed;
+  std::vector<int> ids;
+  for (int number = 1; number <= kJobs; ++number) {
+    ids.push_back(server_.submit("office", numbered_pages("J" + std::to_string(number), 1)));
+    ASSERT_GT(ids.back(), 0);
+  }
+  printer_.wait_for_jobs(kPrintedBefore);
+  server_.kill();
+  server_.start();
+  for (const int id : ids) {
+    EXPECT_EQ(server_.wait_for("office", id).state, kCompleted) << id;
+  }
+  for (const PrinterJob& job : printer_.wait_for_jobs(kJobs)) {
+    // One whose bytes had begun to reach the printer is cut and printed again.
+    if (job.is_whole()) {
+      ++printed[job.bytes];
+    }
+  }
+  EXPECT_EQ(printed.size(), std::size_t{kJobs});
+  int twice = 0;
+  for (const auto& [bytes, times] : printed) {
+    twice += times - 1;
+  }
+  EXPECT_LE(twice, 1) << "only the one that was at the printer may come again";
+}
+
+TEST_F(AppCrash, AHeldJobIsHeldAfterwards) {
+  const int held = server_.submit("office", "HELD\f", {{"job-hold-until", "indefinite"}});
+  ASSERT_GT(held, 0);
+  ASSERT_TRUE(server_.wait_for_state("office", held, kHeld));
+  server_.kill();
+  server_.start();
+  EXPECT_EQ(server_.job("office", held).state, kHeld);
+  EXPECT_TRUE(printer_.jobs().empty());
+  ASSERT_TRUE(server_.tell_job("release", "office", held));
+  EXPECT_EQ(server_.wait_for("office", held).state, kCompleted);
+}
+
+TEST_F(AppCrash, AttributesOfAJobAreKept) {
+  printer_.tell("away");
+  const int id = server_.submit("office", "TWO\f", {{"copies", "3"}, {"lpi", "8"}});
+  ASSERT_GT(id, 0);
+  ASSERT_TRUE(server_.wait_for_state("office", id, kProcessing));
+  server_.kill();
+  printer_.tell("back");
+  server_.start();
+  ASSERT_EQ(server_.wait_for("office", id).state, kCompleted);
+  const ConditionColumns columns{.layout = "2", .copies = "  3"};
+  expect_same_job(filtered({"-l", "8"}, condition_sequence(columns) + "TWO\f"),
+                  printer_.wait_for_jobs(1).at(0));
+}
+
+TEST_F(AppCrash, ACancelledJobStaysSo) {
+  printer_.tell("away");
+  const int id = server_.submit("office", "GONE\f");
+  const int next = server_.submit("office", "NEXT\f");
+  ASSERT_TRUE(server_.tell_job("cancel", "office", next));
+  server_.kill();
+  printer_.tell("back");
+  server_.start();
+  ASSERT_EQ(server_.wait_for("office", id).state, kCompleted);
+  EXPECT_EQ(printer_.jobs().size(), 1U);
+}
+
+}  // namespace
+}  // namespace rlx::testing

@@ -1,0 +1,53 @@
+#include "rlx-printer-app/spool_watch.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <thread>
+
+#include "support/descriptors.h"
+
+namespace rlx::printer_app {
+namespace {
+
+TEST(SpoolWatch, ReadsTheJobOfADocumentsName) {
+  int printer = 0;
+  int job = 0;
+  ASSERT_TRUE(read_document_name("p00012j000000345-a_job.txt", printer, job));
+  EXPECT_EQ(printer, 12);
+  EXPECT_EQ(job, 345);
+  EXPECT_FALSE(read_document_name("p00012j000000345-a_job.ipp", printer, job));
+  EXPECT_FALSE(read_document_name("p00012-a_job.txt", printer, job));
+  EXPECT_FALSE(read_document_name("", printer, job));
+}
+
+TEST(SpoolWatch, TellsTheJournalOfADocumentThatIsWritten) {
+  const testing::ScratchDirectory scratch;
+  Journal journal("journal");
+  JournalEntry entry;
+  entry.printer_id = 1;
+  entry.job_id = 2;
+  ASSERT_TRUE(journal.note(entry));
+  ASSERT_TRUE(std::filesystem::create_directory("spool"));
+  const SpoolWatch watch("spool", journal);
+  std::ofstream("spool/p00001j000000002-x.txt") << "TEXT";
+  bool complete = false;
+  for (int i = 0; i < 500 && !complete; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    complete = journal.entries().at(0).complete;
+  }
+  EXPECT_TRUE(complete);
+  EXPECT_EQ(journal.entries().at(0).document, "spool/p00001j000000002-x.txt");
+}
+
+TEST(SpoolWatch, AFolderThatIsNotThereIsAnError) {
+  const testing::ScratchDirectory scratch;
+  Journal journal("journal");
+  EXPECT_THROW(SpoolWatch("nowhere", journal), std::system_error);
+}
+
+}  // namespace
+}  // namespace rlx::printer_app
