@@ -109,7 +109,7 @@ bool describe_printer(pappl_system_t* /*system*/, const char* name, const char* 
   data->format = kPrinterLanguage;
   data->ppm = kPagesPerMinute;
   data->kind = PAPPL_KIND_DOCUMENT;
-  data->orient_default = IPP_ORIENT_NONE;
+  data->orient_default = IPP_ORIENT_PORTRAIT;
   data->duplex = PAPPL_DUPLEX_NORMAL;
   data->sides_supported =
       PAPPL_SIDES_ONE_SIDED | PAPPL_SIDES_TWO_SIDED_LONG_EDGE | PAPPL_SIDES_TWO_SIDED_SHORT_EDGE;

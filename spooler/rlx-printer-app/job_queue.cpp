@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 /// PAPPL names a job's file, and only then looks whether the job is held.
 constexpr auto kSettles = 10ms;
-constexpr auto kLongestSettling = 200ms;
+constexpr auto kLongestSettling = 1000ms;
 constexpr auto kUpload = 2s;
 
 /// Released at once when its document is here, but not by PAPPL.
@@ -69,7 +69,6 @@ void JobQueue::adopt(pappl_printer_t* printer, void* data) {
 void JobQueue::start(pappl_system_t* system) {
   system_ = system;
   papplSystemIteratePrinters(system, adopt, this);
-  arrange_all();
   thread_ = std::thread([this] { work(); });
 }
 
@@ -106,7 +105,16 @@ void JobQueue::settle() {
   changed_.wait_for(lock, kLongestSettling, [&] { return done_ >= wanted || ended_; });
 }
 
+/// Waits until the system runs: before, PAPPL would start jobs and give them up again.
+void JobQueue::wait_for_system() {
+  std::unique_lock lock(changing_);
+  while (!ended_ && !papplSystemIsRunning(system_)) {
+    changed_.wait_for(lock, kSettles);
+  }
+}
+
 void JobQueue::work() {
+  wait_for_system();
   while (papplSystemIsRunning(system_)) {
     std::uint64_t followed = 0;
     {

@@ -28,8 +28,8 @@ class JobQueue {
   JobQueue(const JobQueue&) = delete;
   JobQueue& operator=(const JobQueue&) = delete;
 
-  /// Takes over the jobs that the system has: those held stay so. Then begins to work, until the
-  /// system is shut down.
+  /// Takes over the jobs that the system has: those held stay so. Works from when the system runs
+  /// until it is shut down.
   void start(pappl_system_t* system);
   /// Ends its work. Not with PAPPL's locks.
   void stop();
@@ -57,6 +57,7 @@ class JobQueue {
   using Jobs = std::map<int, Known>;
 
   static void adopt(pappl_printer_t* printer, void* data);
+  void wait_for_system();
   void work();
   void arrange_all();
   void arrange(pappl_printer_t* printer, Jobs& jobs);

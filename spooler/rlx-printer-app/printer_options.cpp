@@ -109,12 +109,21 @@ bool has(pappl_job_t* job, const char* name) {
   return papplJobGetAttribute(job, name) != nullptr;
 }
 
+/// True when the job's media collection names a tray. PAPPL puts the default where none is named.
+bool names_tray(pappl_job_t* job) {
+  ipp_attribute_t* const media = papplJobGetAttribute(job, "media-col");
+  ipp_t* const collection = media == nullptr ? nullptr : ippGetCollection(media, 0);
+  return ippFindAttribute(collection, "media-source", IPP_TAG_ZERO) != nullptr;
+}
+
 /// What the job asks for itself, of the attributes that IPP knows. PAPPL has put a media collection
 /// into its parts.
 void add_standard_options(pappl_job_t* job, std::vector<JobOption>& options) {
   const PrintOptions print(papplJobCreatePrintOptions(job, 0, false));
   if (has(job, "media") || has(job, "media-col")) {
     add_unless(options, "media", print->media.size_name, "");
+  }
+  if (names_tray(job)) {
     add_unless(options, "media-source", print->media.source, "");
   }
   for (const char* const name : {"media-source", "sides", "copies"}) {

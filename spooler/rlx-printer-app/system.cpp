@@ -231,7 +231,7 @@ void resume_printer(pappl_printer_t* printer, void* /*data*/) {
 
 /// Jobs of the last run begin when the system runs. @return false: once is enough.
 bool resume_printers(pappl_system_t* system, void* data) {
-  static_cast<const Application*>(data)->queue->start(system);
+  static_cast<const Application*>(data)->queue->settle();
   papplSystemIteratePrinters(system, resume_printer, nullptr);
   return false;
 }
@@ -333,6 +333,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     set_up_formats(system, application);
     papplSystemSetSaveCallback(system, save_state, &application);
     restore(system, application);
+    application.queue->start(system);
     papplSystemSetEventCallback(system, take_event, &application);
     papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
     return system;
