@@ -3,6 +3,7 @@
 #   ./test.sh         format, all builds with their tests, lint, benchmarks' build
 #   ./test.sh quick   the release build with its tests, less the fault tests and those with spoolers
 #   ./test.sh spooler the release build, and all tests with real spoolers
+#   ./test.sh app     the release build, and all tests of the printer application
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
 #                     many read back
@@ -131,7 +132,7 @@ check_all() {
 # with spoolers need the spoolers.
 check_release_quickly() {
   build_preset release &&
-    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler|lprng)_tests'
+    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler|lprng|app)_tests'
 }
 
 check_quickly() {
@@ -148,6 +149,14 @@ check_spoolers() {
   step "tests with LPRng" build-release/tests/spooler/lprng/lprng_tests
 }
 
+check_printer_application() {
+  install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}" \
+    "${spooler_test_needs[@]}"
+  step "release build" build_preset release
+  step "the printer application's parts" build-release/tests/spooler/app/app_unit_tests
+  step "tests with the printer application" build-release/tests/spooler/app/app_tests
+}
+
 compare_roads() {
   RLX_GENERATED_JOBS=100000 build-release/tests/unit_tests --gtest_filter='Roads.*' --gtest_brief=1
 }
@@ -161,6 +170,7 @@ case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
   spooler) check_spoolers ;;
+  app) check_printer_application ;;
   long)
     check_all lint_apart
     step "both roads on 100,000 jobs" compare_roads
@@ -168,7 +178,7 @@ case "${1-}" in
     ;;
   packages) step "packages" tests/packages/run ;;
   *)
-    say "usage: ./test.sh [quick|spooler|packages|long]"
+    say "usage: ./test.sh [quick|spooler|app|packages|long]"
     exit 2
     ;;
 esac

@@ -23,6 +23,11 @@ void hold_plainly(pappl_job_t* job) {
   papplJobHold(job, nullptr, nullptr, 0);
 }
 
+/// A reason that PAPPL tells of; of its own "job-hold-until-specified" it tells nothing at all.
+void say_queued(pappl_job_t* job) {
+  papplJobSetReasons(job, PAPPL_JREASON_JOB_QUEUED, PAPPL_JREASON_NONE);
+}
+
 bool says_held(pappl_job_t* job) {
   return (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
 }
@@ -39,6 +44,11 @@ QueuedJob::State state_of(pappl_job_t* job) {
 }
 
 }  // namespace
+
+void say_nothing_of_waiting(pappl_job_t* job) {
+  papplJobSetReasons(job, PAPPL_JREASON_NONE,
+                     PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED | PAPPL_JREASON_JOB_QUEUED);
+}
 
 JobQueue::~JobQueue() {
   stop();
@@ -174,8 +184,15 @@ void JobQueue::arrange_all() {
 
 /// Holds a new job, and tells how a job stands. @return false when it has ended.
 bool JobQueue::look_at(pappl_job_t* job, Known& known, QueuedJob& seen) const {
-  if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) {
+  if (job == nullptr) {
     return false;
+  }
+  if (papplJobGetState(job) >= IPP_JSTATE_CANCELED) {
+    say_nothing_of_waiting(job);
+    return false;
+  }
+  if (!known.is_placed) {
+    say_queued(job);
   }
   const bool has_document = papplJobGetFilename(job) != nullptr;
   if (!known.is_placed && !known.held_by_operator && !has_document) {
@@ -188,8 +205,8 @@ bool JobQueue::look_at(pappl_job_t* job, Known& known, QueuedJob& seen) const {
   seen.state = state_of(job);
   seen.held_by_operator = known.held_by_operator;
   seen.ready = has_document && Clock::now() - known.arrived >= kSettles;
-  if (seen.state == QueuedJob::State::printing && says_held(job)) {
-    papplJobSetReasons(job, PAPPL_JREASON_NONE, PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED);
+  if (seen.state == QueuedJob::State::printing) {
+    say_nothing_of_waiting(job);
   }
   return true;
 }

@@ -14,6 +14,9 @@
 
 namespace rlx::printer_app {
 
+/// Takes the reasons away that a job has while it waits.
+void say_nothing_of_waiting(pappl_job_t* job);
+
 /// Lets each printer's jobs print in the order of their numbers. PAPPL takes the newest: so each
 /// job is held as it comes, and the oldest that is ready is released while the one before it
 /// prints. Holds of operators, and of those who submit, stay until somebody releases the job.

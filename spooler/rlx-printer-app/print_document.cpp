@@ -250,6 +250,7 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   }
   const auto begin = std::chrono::steady_clock::now();
   const Turn turn(turns, printer_id, job_id);
+  say_nothing_of_waiting(job);
   bool printed = false;
   try {
     printed = print_in_turn(job, device, application);
@@ -258,6 +259,11 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   }
   // A second thread that is still on its way here must find the job not ended.
   std::this_thread::sleep_until(begin + kLeastTime);
+  // Noted here and not when PAPPL tells of it: that takes the disk's time, between this job's place
+  // and the next one's.
+  const int ended = printed ? IPP_JSTATE_COMPLETED : IPP_JSTATE_ABORTED;
+  application.journal->note_ended(printer_id, job_id,
+                                  papplJobIsCanceled(job) ? int{IPP_JSTATE_CANCELED} : ended);
   // PAPPL starts the next one as soon as this ends.
   application.queue->settle();
   return printed;

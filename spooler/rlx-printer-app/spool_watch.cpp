@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 
 namespace rlx::printer_app {
@@ -46,6 +47,21 @@ void SpoolWatch::take(const std::string& name) {
   int job_id = 0;
   if (read_document_name(name, printer_id, job_id)) {
     journal_.note_complete(printer_id, job_id, folder_ + '/' + name);
+  }
+}
+
+void find_documents(const std::string& folder, std::vector<JournalEntry>& entries) {
+  for (const auto& file : std::filesystem::directory_iterator(folder)) {
+    int printer_id = 0;
+    int job_id = 0;
+    if (!read_document_name(file.path().filename(), printer_id, job_id)) {
+      continue;
+    }
+    for (JournalEntry& entry : entries) {
+      if (entry.printer_id == printer_id && entry.job_id == job_id && entry.document.empty()) {
+        entry.document = file.path();
+      }
+    }
   }
 }
 

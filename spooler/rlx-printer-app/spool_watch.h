@@ -2,6 +2,7 @@
 
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "rlx-printer-app/journal.h"
 #include "running/cancellation.h"
@@ -29,6 +30,10 @@ class SpoolWatch {
   spooler::Cancellation done_;
   std::thread thread_;
 };
+
+/// Finds the documents of jobs whose notes know of none yet: the server was killed between. They
+/// are not marked as complete.
+void find_documents(const std::string& folder, std::vector<JournalEntry>& entries);
 
 /// The job of a document, by the name that PAPPL gives it (p00001j000000001-NAME.EXTENSION).
 /// @return false for another file.

@@ -216,7 +216,8 @@ void restore(pappl_system_t* system, const Application& application) {
   if (state.empty()) {
     return;
   }
-  const auto entries = application.journal->entries();
+  auto entries = application.journal->entries();
+  find_documents(application.spool_folder, entries);
   restore_attributes(*application.journal, entries);
   const std::string restored = restorable_state(state, entries);
   if (!put_in_place(application.state_file, restored) ||

@@ -43,6 +43,22 @@ TEST(SpoolWatch, TellsTheJournalOfADocumentThatIsWritten) {
   EXPECT_EQ(journal.entries().at(0).document, "spool/p00001j000000002-x.txt");
 }
 
+TEST(SpoolWatch, FindsDocumentsThatAreNotNoted) {
+  const testing::ScratchDirectory scratch;
+  std::filesystem::create_directory("spool");
+  std::ofstream("spool/p00001j000000002-x.prn") << "TEXT";
+  std::ofstream("spool/p00001j000000002-x.ipp") << "attributes";
+  std::ofstream("spool/other") << "x";
+  std::vector<JournalEntry> entries(2);
+  entries[0].printer_id = entries[1].printer_id = 1;
+  entries[0].job_id = 2;
+  entries[1].job_id = 3;
+  find_documents("spool", entries);
+  EXPECT_EQ(entries[0].document, "spool/p00001j000000002-x.prn");
+  EXPECT_FALSE(entries[0].complete);
+  EXPECT_EQ(entries[1].document, "");
+}
+
 TEST(SpoolWatch, AFolderThatIsNotThereIsAnError) {
   const testing::ScratchDirectory scratch;
   Journal journal("journal");
