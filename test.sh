@@ -4,6 +4,7 @@
 #   ./test.sh quick   the release build with its tests, less the fault tests and those with spoolers
 #   ./test.sh spooler the release build, and all tests with real spoolers
 #   ./test.sh app     the release build, and all tests of the printer application
+#   ./test.sh farm    the release build, and all tests with several print servers behind one queue
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
 #                     many read back
@@ -132,7 +133,8 @@ check_all() {
 # with spoolers need the spoolers.
 check_release_quickly() {
   build_preset release &&
-    ctest --preset release --parallel "$jobs" --exclude-regex '^(fault|spooler|lprng|app)_tests'
+    ctest --preset release --parallel "$jobs" \
+      --exclude-regex '^(fault|spooler|lprng|app|farm)_tests'
 }
 
 check_quickly() {
@@ -157,6 +159,13 @@ check_printer_application() {
   step "tests with the printer application" build-release/tests/spooler/app/app_tests
 }
 
+check_farm() {
+  install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}" \
+    "${spooler_test_needs[@]}"
+  step "release build" build_preset release
+  step "tests with several print servers" build-release/tests/spooler/farm/farm_tests
+}
+
 compare_roads() {
   RLX_GENERATED_JOBS=100000 build-release/tests/unit_tests --gtest_filter='Roads.*' --gtest_brief=1
 }
@@ -171,6 +180,7 @@ case "${1-}" in
   quick) check_quickly ;;
   spooler) check_spoolers ;;
   app) check_printer_application ;;
+  farm) check_farm ;;
   long)
     check_all lint_apart
     step "both roads on 100,000 jobs" compare_roads
@@ -178,7 +188,7 @@ case "${1-}" in
     ;;
   packages) step "packages" tests/packages/run ;;
   *)
-    say "usage: ./test.sh [quick|spooler|app|packages|long]"
+    say "usage: ./test.sh [quick|spooler|app|farm|packages|long]"
     exit 2
     ;;
 esac

@@ -53,6 +53,7 @@ class CupsServer {
   /// Ends it as a crash does. What it has started goes on.
   void kill();
   pid_t process() const { return process_->id(); }
+  int port() const { return port_; }
   const std::string& directory() const { return directory_; }
   std::string spool_directory() const;
 

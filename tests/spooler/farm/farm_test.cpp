@@ -1,0 +1,167 @@
+// One queue, three print servers behind it, all real: cupsd four times, each with its own folders
+// and port, set up with the sample scripts of examples/print-farm.
+#include <gtest/gtest.h>
+
+#include "spooler/farm/farm.h"
+
+namespace rlx::testing {
+namespace {
+
+class Farm : public FarmTest {};
+
+TEST_F(Farm, OptionsAndPagesOfAJobPassTheFront) {
+  const std::string text = numbered_pages("options", 3);
+  const int id = front_.submit(
+      "farm", text,
+      {"form=LABEL", "lpi=8", "cpi=12", "media=A3", "media-source=tray-2",
+       "sides=two-sided-short-edge", "orientation-requested=4", "copies=3", "rlx-undefined=ubar",
+       "rlx-extended=true", "page-offset-x=1440", "page-offset-y=2880"});
+  EXPECT_EQ(front_.wait_for("farm", id).state, "completed");
+  const std::string direct = numbered_pages("options", 3);
+  ASSERT_EQ(printed(), 1U);
+  PrinterJob through;
+  for (const auto& server : servers_) {
+    if (!server->printer().jobs().empty()) {
+      through = server->printer().jobs()[0];
+      const auto jobs = server->cups().jobs("lines");
+      ASSERT_EQ(jobs.size(), 1U);
+      EXPECT_EQ(jobs.begin()->second.impressions, 9);
+      EXPECT_EQ(jobs.begin()->second.state, "completed");
+    }
+  }
+  // The same job, handed to a server itself.
+  FarmServer& server = *servers_[0];
+  const std::size_t before = server.printer().jobs().size();
+  server.cups().submit(
+      "lines", text,
+      {"form=LABEL", "lpi=8", "cpi=12", "media=A3", "media-source=tray-2",
+       "sides=two-sided-short-edge", "orientation-requested=4", "copies=3", "rlx-undefined=ubar",
+       "rlx-extended=true", "page-offset-x=1440", "page-offset-y=2880"});
+  ASSERT_EQ(server.printer().wait_for_jobs(before + 1).size(), before + 1);
+  expect_same_job(server.printer().jobs().back().bytes, through);
+  EXPECT_EQ(through.impressions, 9U);
+}
+
+/// Jobs with control sequences, and those in the printer's language, are passed on as such.
+TEST_F(Farm, FormatsPassTheFront) {
+  const std::string lines = "A\033Q1;100!C\nB\f";
+  front_.wait_for("farm", front_.submit("farm", lines));
+  const std::string language = filtered({}, "PLAIN\f");
+  front_.wait_for("farm", front_.submit("farm", language));
+  std::set<std::string> bytes;
+  for (const auto& server : servers_) {
+    for (const PrinterJob& job : server->printer().jobs()) {
+      bytes.insert(job.bytes);
+    }
+  }
+  EXPECT_EQ(bytes, (std::set<std::string>{filtered({}, lines), language}));
+}
+
+TEST_F(Farm, JobsGoElsewhereWhenAServerIsAway) {
+  servers_[1]->lose_power();
+  const auto jobs = farm_jobs(12, forms());
+  submit(jobs);
+  wait_for_clients();
+  wait_for_front(Seconds(60));
+  EXPECT_EQ(expect_all_printed(jobs), 0);
+  EXPECT_EQ(printed(), jobs.size());
+  EXPECT_TRUE(servers_[1]->printer().jobs().empty());
+  servers_[1]->come_back();
+  expect_lanes_idle();
+}
+
+/// A printer that takes nothing keeps a job a lane, and no more.
+TEST_F(Farm, PrinterThatIsAwayKeepsAJobALane) {
+  servers_[2]->printer().tell("away");
+  const auto jobs = farm_jobs(15, forms());
+  submit(jobs);
+  wait_for_clients();
+  EXPECT_TRUE(comes_true(Seconds(30), [&] { return printed() >= jobs.size() - kLanes; }));
+  servers_[2]->printer().tell("back");
+  wait_for_front(Seconds(60));
+  EXPECT_EQ(expect_all_printed(jobs), 0);
+  EXPECT_EQ(printed(), jobs.size());
+}
+
+/// More jobs with a fault than there are lanes: without farm-watch all lanes would wait for ever.
+TEST_F(Farm, JobsWithAFaultBlockNoLane) {
+  for (int job = 0; job < 2 * kLanes * 3; ++job) {
+    front_.submit("farm", "A\f", {"form=NOSUCH"});
+  }
+  const auto jobs = farm_jobs(6, forms());
+  submit(jobs);
+  wait_for_clients();
+  wait_for_front(Seconds(60));
+  EXPECT_EQ(expect_all_printed(jobs), 0);
+  int held = 0;
+  for (const auto& server : servers_) {
+    for (const auto& [id, job] : server->cups().jobs("lines")) {
+      if (job.state == "pending-held") {
+        EXPECT_NE(job.message.find("NOSUCH"), std::string::npos) << job.message;
+        ++held;
+      }
+    }
+  }
+  EXPECT_EQ(held, 2 * kLanes * 3);
+  // Mended, it prints.
+  put_form("NOSUCH", "print 4 36000\n");
+  FarmServer& server = *servers_[0];
+  const std::size_t before = server.printer().jobs().size();
+  for (const auto& [id, job] : server.cups().jobs("lines")) {
+    if (job.state == "pending-held") {
+      EXPECT_EQ(server.cups().run({"lp", "-i", std::to_string(id), "-H", "resume"}).status, 0);
+      ASSERT_EQ(server.printer().wait_for_jobs(before + 1).size(), before + 1);
+      expect_same_job(filtered({"-n", "NOSUCH", "-p", forms()}, "A\f"),
+                      server.printer().jobs().back());
+      break;
+    }
+  }
+}
+
+/// In the middle of the jobs a server goes, and comes back later.
+class FarmKilled : public FarmTest {
+ protected:
+  enum class End : std::uint8_t { power, crash };
+
+  void kill_in_the_middle(int count, End end) {
+    for (const auto& server : servers_) {
+      server->printer().tell("rate 40000");
+    }
+    const auto jobs = farm_jobs(count, forms());
+    submit(jobs);
+    const auto third = static_cast<std::size_t>(count / 3);
+    ASSERT_TRUE(comes_true(Seconds(120), [&] { return printed() >= third; }));
+    if (end == End::power) {
+      servers_[1]->lose_power();
+    } else {
+      servers_[1]->crash();
+    }
+    EXPECT_TRUE(comes_true(Seconds(120), [&] { return printed() >= 2 * third; }));
+    servers_[1]->come_back();
+    wait_for_clients();
+    wait_for_front(Seconds(120));
+    const int repeated = expect_all_printed(jobs);
+    std::printf("%d jobs, %zu connections of printers, %d jobs printed more than once\n", count,
+                printed(), repeated);
+    // Those that the server had, and one whose answer did not reach the front any more.
+    EXPECT_LE(repeated, 2 * kLanes);
+    expect_lanes_idle();
+  }
+};
+
+TEST_F(FarmKilled, SixtyJobsPowerLost) {
+  kill_in_the_middle(60, End::power);
+}
+
+class LongFarmKilled : public FarmKilled {};
+
+TEST_F(LongFarmKilled, FiveHundredJobsPowerLost) {
+  kill_in_the_middle(500, End::power);
+}
+
+TEST_F(LongFarmKilled, FiveHundredJobsCrash) {
+  kill_in_the_middle(500, End::crash);
+}
+
+}  // namespace
+}  // namespace rlx::testing
