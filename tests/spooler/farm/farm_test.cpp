@@ -8,6 +8,7 @@ namespace rlx::testing {
 namespace {
 
 class Farm : public FarmTest {};
+class LongFarm : public FarmTest {};
 
 TEST_F(Farm, OptionsAndPagesOfAJobPassTheFront) {
   const std::string text = numbered_pages("options", 3);
@@ -17,7 +18,6 @@ TEST_F(Farm, OptionsAndPagesOfAJobPassTheFront) {
        "sides=two-sided-short-edge", "orientation-requested=4", "copies=3", "rlx-undefined=ubar",
        "rlx-extended=true", "page-offset-x=1440", "page-offset-y=2880"});
   EXPECT_EQ(front_.wait_for("farm", id).state, "completed");
-  const std::string direct = numbered_pages("options", 3);
   ASSERT_EQ(printed(), 1U);
   PrinterJob through;
   for (const auto& server : servers_) {
@@ -43,7 +43,7 @@ TEST_F(Farm, OptionsAndPagesOfAJobPassTheFront) {
 }
 
 /// Jobs with control sequences, and those in the printer's language, are passed on as such.
-TEST_F(Farm, FormatsPassTheFront) {
+TEST_F(LongFarm, FormatsPassTheFront) {
   const std::string lines = "A\033Q1;100!C\nB\f";
   front_.wait_for("farm", front_.submit("farm", lines));
   const std::string language = filtered({}, "PLAIN\f");
@@ -57,7 +57,7 @@ TEST_F(Farm, FormatsPassTheFront) {
   EXPECT_EQ(bytes, (std::set<std::string>{filtered({}, lines), language}));
 }
 
-TEST_F(Farm, JobsGoElsewhereWhenAServerIsAway) {
+TEST_F(LongFarm, JobsGoElsewhereWhenAServerIsAway) {
   servers_[1]->lose_power();
   const auto jobs = farm_jobs(12, forms());
   submit(jobs);
@@ -71,7 +71,7 @@ TEST_F(Farm, JobsGoElsewhereWhenAServerIsAway) {
 }
 
 /// A printer that takes nothing keeps a job a lane, and no more.
-TEST_F(Farm, PrinterThatIsAwayKeepsAJobALane) {
+TEST_F(LongFarm, PrinterThatIsAwayKeepsAJobALane) {
   servers_[2]->printer().tell("away");
   const auto jobs = farm_jobs(15, forms());
   submit(jobs);
@@ -125,7 +125,7 @@ class FarmKilled : public FarmTest {
 
   void kill_in_the_middle(int count, End end) {
     for (const auto& server : servers_) {
-      server->printer().tell("rate 40000");
+      server->printer().tell("rate 3000");
     }
     const auto jobs = farm_jobs(count, forms());
     submit(jobs);
@@ -149,8 +149,8 @@ class FarmKilled : public FarmTest {
   }
 };
 
-TEST_F(FarmKilled, SixtyJobsPowerLost) {
-  kill_in_the_middle(60, End::power);
+TEST_F(FarmKilled, ThirtyJobsPowerLost) {
+  kill_in_the_middle(30, End::power);
 }
 
 class LongFarmKilled : public FarmKilled {};
