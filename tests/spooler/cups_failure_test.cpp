@@ -53,14 +53,14 @@ TEST_F(CupsFailure, FolderOfFormsThatIsClosed) {
   }
   const std::string text = numbered_pages("closed", 2);
   std::filesystem::permissions(forms(), std::filesystem::perms::owner_all);
-  const int id = server.submit("q", text, {"form=LABEL"});
+  const int id = server_.submit("q", text, {"form=LABEL"});
   expect_stopped(id, {"LABEL cannot be looked for: " + forms() + "/fcbe/LABEL: Permission denied"});
   std::filesystem::permissions(
       forms(), std::filesystem::perms::others_exec | std::filesystem::perms::owner_all);
   expect_same_job(filtered({"-n", "LABEL", "-p", forms()}, text), restart(id));
   // A form that only root may read is another thing.
   std::filesystem::permissions(forms() + "/fcbe/LABEL", std::filesystem::perms::owner_read);
-  expect_stopped(server.submit("q", text, {"form=LABEL"}), {"LABEL", "Permission denied"});
+  expect_stopped(server_.submit("q", text, {"form=LABEL"}), {"LABEL", "Permission denied"});
 }
 
 TEST_F(CupsFailure, FormThatIsWrong) {
@@ -112,13 +112,13 @@ TEST_F(CupsFailure, TextThatIsNotOfItsEncoding) {
 
 /// CUPS has two kinds of banner pages: its own, and those of cups-filters.
 TEST_F(CupsFailure, BannerPages) {
-  expect_stopped(server.submit("q", "#CUPS-BANNER\nShow job-id\n"), {"banner page"});
-  EXPECT_TRUE(printer.jobs().empty());
+  expect_stopped(server_.submit("q", "#CUPS-BANNER\nShow job-id\n"), {"banner page"});
+  EXPECT_TRUE(printer_.jobs().empty());
   // A document that fails keeps no other one of its job from being printed.
-  expect_stopped(server.submit("q", "A\f", {"job-sheets=standard"}),
+  expect_stopped(server_.submit("q", "A\f", {"job-sheets=standard"}),
                  {"banner page", "without it", "job-sheets=none"});
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-  expect_same_job(filtered({}, "A\f"), printer.jobs()[0]);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  expect_same_job(filtered({}, "A\f"), printer_.jobs()[0]);
   expect_queue_goes_on();
 }
 

@@ -152,13 +152,13 @@ class CupsStopped : public SpoolerTest {
   /// Prints a large job and lets `stop` and `go_on` happen while the printer has begun with it.
   template <typename Stop, typename GoOn>
   void expect_printed_again(CupsServer& server, Stop stop, GoOn go_on) {
-    server.add_queue("q", printer);
+    server_.add_queue("q", printer_);
     const std::string text = numbered_pages("stopped", 60000, 10);
-    printer.tell("stall 50000");
+    printer_.tell("stall 50000");
     const int id = server.submit("q", text);
-    ASSERT_TRUE(printer.wait_for_stall());
+    ASSERT_TRUE(printer_.wait_for_stall());
     stop();
-    printer.tell("go");
+    printer_.tell("go");
     ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
     EXPECT_LT(printer.jobs()[0].pages, 60000U);
     go_on();

@@ -198,7 +198,7 @@ TEST_F(CupsPrint, JobInThePrintersLanguage) {
 }
 
 TEST_F(CupsPrint, CopiesOfSeveralDocumentsInOneJob) {
-  const std::string folder = server.directory() + "/temporary/";
+  const std::string folder = server_.directory() + "/temporary/";
   const std::string text = numbered_pages("documents", 2);
   const std::string own = condition_sequence({.layout = "2", .copies = "  2"}) + "OWN\f";
   const std::string rlx = filtered({}, numbered_pages("rlx", 3));
@@ -206,25 +206,25 @@ TEST_F(CupsPrint, CopiesOfSeveralDocumentsInOneJob) {
   write_file(folder + "own", own);
   write_file(folder + "rlx", rlx);
   const Outcome outcome =
-      server.run({"lp", "-d", "q", "-n", "3", folder + "text", folder + "own", folder + "rlx"});
+      server_.run({"lp", "-d", "q", "-n", "3", folder + "text", folder + "own", folder + "rlx"});
   ASSERT_EQ(outcome.status, 0) << outcome.messages;
-  const int id = server.jobs("q").rbegin()->first;
+  const int id = server_.jobs("q").rbegin()->first;
   const CupsJob job = server.wait_for("q", id);
   EXPECT_EQ(job.state, "completed") << job.message;
   const std::string by_printer =
       filtered({}, condition_sequence({.layout = "2", .copies = "  3"}) + text);
   const std::string once = filtered({}, own);
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
   EXPECT_EQ(describe_difference(by_printer + once + once + once + rlx + rlx + rlx,
-                                printer.jobs()[0].bytes),
+                                printer_.jobs()[0].bytes),
             "");
-  EXPECT_EQ(printer.jobs()[0].impressions, 6U + 6U + 9U);
+  EXPECT_EQ(printer_.jobs()[0].impressions, 6U + 6U + 9U);
   EXPECT_EQ(job.impressions, 6 + 6 + 9);
 }
 
 /// A client may compress what it sends: CUPS expands it and hands it over on standard input.
 TEST_F(CupsPrint, CopiesOfAJobThatCameCompressed) {
-  const std::string folder = server.directory() + "/temporary";
+  const std::string folder = server_.directory() + "/temporary";
   // The job is kept here for its copies, by a filter that runs as another user.
   std::filesystem::permissions(folder, std::filesystem::perms::all);
   const std::string text = numbered_pages("compressed", 2);
@@ -238,14 +238,14 @@ TEST_F(CupsPrint, CopiesOfAJobThatCameCompressed) {
              "GROUP job-attributes-tag\nATTR integer copies 3\n"
              "COMPRESSION gzip\nFILE $filename\nSTATUS successful-ok\n}\n");
   const Outcome outcome =
-      server.run({"ipptool", "-tv", "-f", folder + "/job", server.uri("q"), folder + "/print"});
+      server_.run({"ipptool", "-tv", "-f", folder + "/job", server_.uri("q"), folder + "/print"});
   ASSERT_EQ(outcome.status, 0) << outcome.output;
-  const CupsJob job = server.wait_for("q", server.jobs("q").rbegin()->first);
+  const CupsJob job = server_.wait_for("q", server_.jobs("q").rbegin()->first);
   EXPECT_EQ(job.state, "completed") << job.message;
   EXPECT_EQ(job.impressions, 6);
-  ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
   expect_same_job(filtered({}, condition_sequence({.layout = "2", .copies = "  3"}) + text),
-                  printer.jobs()[0]);
+                  printer_.jobs()[0]);
 }
 
 TEST_F(CupsPrint, PagesInThePageLog) {

@@ -87,16 +87,16 @@ TEST_F(CupsQueue, SettingsThatDoNotGoTogether) {
            {"--resolution", "600"},
            {"--mode", "2", "--resolution", "240"},
            {"--capabilities", "D240", "--resolution", "400", "--mode", "3"}}) {
-    std::vector<std::string> words{"add", "new", "--device", printer.uri()};
+    std::vector<std::string> words{"add", "new", "--device", printer_.uri()};
     words.insert(words.end(), settings.begin(), settings.end());
-    const Outcome refused = server.rlx_queue(words);
+    const Outcome refused = server_.rlx_queue(words);
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.messages.find("the queue is set up wrongly: --resolution "),
               std::string::npos)
         << refused.messages;
     EXPECT_FALSE(has_queue("new"));
   }
-  EXPECT_EQ(server.rlx_queue({"refresh", "q", "--resolution", "600"}).status, 1);
+  EXPECT_EQ(server_.rlx_queue({"refresh", "q", "--resolution", "600"}).status, 1);
   EXPECT_NE(ppd("q").find("*rlxResolution: \"\"\n"), std::string::npos);
 }
 
@@ -106,12 +106,12 @@ TEST_F(CupsQueue, FoldersWhoseNamesAreTooLong) {
   std::string deep = forms() + '/' + std::string(100, 'x') + '/';
   deep.resize(kMost, 'x');
   write_file(deep + "/fcbe/DEEP", "print 1\n");
-  server.add_queue("deep", printer, {"--forms", deep});
+  server_.add_queue("deep", printer_, {"--forms", deep});
   EXPECT_EQ(option("deep", "form"), "form/Form: *None DEEP");
   deep += 'x';
   write_file(deep + "/fcbe/DEEP", "print 1\n");
   const Outcome refused =
-      server.rlx_queue({"add", "new", "--device", printer.uri(), "--forms", deep});
+      server_.rlx_queue({"add", "new", "--device", printer_.uri(), "--forms", deep});
   EXPECT_EQ(refused.status, 1);
   EXPECT_NE(refused.messages.find("too long for a queue: " + deep + " (at most 232 bytes)"),
             std::string::npos)
