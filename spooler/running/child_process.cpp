@@ -124,6 +124,12 @@ ChildProcess::~ChildProcess() {
   }
 }
 
+void ChildProcess::kill() const {
+  if (child_ > 0) {
+    ::kill(-child_, SIGKILL);
+  }
+}
+
 ProcessEnd ChildProcess::wait() {
   return wait_for(std::exchange(child_, -1));
 }

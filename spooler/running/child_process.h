@@ -37,6 +37,9 @@ class ChildProcess {
   Descriptor& output() { return output_; }
   Descriptor& messages() { return messages_; }
 
+  /// Kills it, and those of its group that it has started. To be called before wait().
+  void kill() const;
+
   /// Waits for its end. To be called once, after the ends of its output and messages.
   ProcessEnd wait();
 
