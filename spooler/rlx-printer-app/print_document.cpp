@@ -31,9 +31,10 @@ constexpr std::chrono::milliseconds kLeastTime(50);
 /// Tells PAPPL of the job's pages and command lines.
 class Listener : public spooler::PrintListener {
  public:
-  explicit Listener(pappl_job_t* job) : job_(job) {}
+  Listener(pappl_job_t* job, std::vector<std::string>& commands) : job_(job), commands_(commands) {}
 
   void command_line(const std::string& words) override {
+    commands_.push_back(words);
     papplLogJob(job_, PAPPL_LOGLEVEL_INFO, "Running %s", words.c_str());
   }
   void page(std::uint64_t /*number*/, unsigned copies) override {
@@ -42,6 +43,7 @@ class Listener : public spooler::PrintListener {
 
  private:
   pappl_job_t* job_;
+  std::vector<std::string>& commands_;
 };
 
 /// Looks whether the job was cancelled, and gives the printer up when it takes too long then.
@@ -148,7 +150,8 @@ pappl_jreason_t reason_of(Problem problem) {
 
 /// What the job and its printer ask for. @return false when that cannot be; the job then has the
 /// reason.
-bool read_settings(pappl_job_t* job, const Application& application, spooler::PrintJob& print) {
+bool read_settings(pappl_job_t* job, const Application& application, spooler::PrintJob& print,
+                   JobRecord& record) {
   pappl_printer_t* const printer = papplJobGetPrinter(job);
   const PrinterKind* const kind = find_printer_kind(papplPrinterGetDriverName(printer));
   if (kind == nullptr) {
@@ -161,7 +164,10 @@ bool read_settings(pappl_job_t* job, const Application& application, spooler::Pr
               text_of(faults.front()) + "; nothing was printed");
     return false;
   }
-  print.queue = queue_settings(*kind, resolution_of(job), application.form_folder);
+  record.kind = kind->name;
+  record.resolution = resolution_of(job);
+  record.settings = print.settings;
+  print.queue = queue_settings(*kind, record.resolution, application.form_folder);
   print.in_printer_language = papplJobGetFormat(job) == std::string(kPrinterLanguage);
   print.filter = application.filter;
   print.form_checker = application.form_checker;
@@ -170,8 +176,8 @@ bool read_settings(pappl_job_t* job, const Application& application, spooler::Pr
 
 /// Runs the job with its output going to the device. @return how that went.
 spooler::PrintResult print_to_device(pappl_job_t* job, pappl_device_t* device,
-                                     spooler::PrintJob& print) {
-  Listener listener(job);
+                                     spooler::PrintJob& print, JobRecord& record) {
+  Listener listener(job, record.commands);
   CancelWatch watch(job);
   JobDevice printer(job, device, watch.give_up());
   spooler::Pipe pipe = spooler::make_pipe();
@@ -197,9 +203,10 @@ void log_end(pappl_job_t* job, const spooler::PrintResult& result) {
               static_cast<unsigned long long>(result.bytes));
 }
 
-bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& application) {
+bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& application,
+                   JobRecord& record) {
   spooler::PrintJob print;
-  if (!read_settings(job, application, print)) {
+  if (!read_settings(job, application, print, record)) {
     return false;
   }
   const spooler::Descriptor document(
@@ -210,13 +217,29 @@ bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& 
     return false;
   }
   print.input = document.number();
-  const spooler::PrintResult result = print_to_device(job, device, print);
+  const spooler::PrintResult result = print_to_device(job, device, print, record);
   log_end(job, result);
+  record.pages = result.count.pages;
+  record.impressions = result.count.impressions;
+  record.bytes = result.bytes;
   if (result.problem != Problem::none && !papplJobIsCanceled(job)) {
     abort_job(job, reason_of(result.problem), result.words);
     return false;
   }
   return true;
+}
+
+/// What the web page shows of the job later; it prints without, too.
+void keep_record(pappl_job_t* job, const Application& application, JobRecord& record) {
+  const char* const message = papplJobGetMessage(job);
+  record.format = papplJobGetFormat(job);
+  record.words = message == nullptr ? "" : message;
+  if (application.records != nullptr &&
+      !application.records->keep(papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job),
+                                 record)) {
+    papplLogJob(job, PAPPL_LOGLEVEL_WARN, "The job's record cannot be kept: %s",
+                std::strerror(errno));
+  }
 }
 
 /// A job's turn at its printer, from the wait for it to its end.
@@ -252,11 +275,13 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   const Turn turn(turns, printer_id, job_id);
   say_nothing_of_waiting(job);
   bool printed = false;
+  JobRecord record;
   try {
-    printed = print_in_turn(job, device, application);
+    printed = print_in_turn(job, device, application, record);
   } catch (const std::exception& error) {
     abort_job(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, error.what());
   }
+  keep_record(job, application, record);
   // A second thread that is still on its way here must find the job not ended.
   std::this_thread::sleep_until(begin + kLeastTime);
   // Noted here and not when PAPPL tells of it: that takes the disk's time, between this job's place

@@ -18,11 +18,13 @@
 #include <string_view>
 #include <vector>
 
+#include "mapping/words.h"
 #include "rlx-printer-app/formats.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/printer_options.h"
 #include "rlx-printer-app/spool_watch.h"
+#include "rlx-printer-app/web/web.h"
 #include "running/child_process.h"
 
 namespace rlx::printer_app {
@@ -237,6 +239,15 @@ bool resume_printers(pappl_system_t* system, void* data) {
   return false;
 }
 
+int preserved_jobs(const std::string& text) {
+  constexpr unsigned kMostPreserved = 1000;
+  const auto count = spooler::whole_number(text, kMostPreserved);
+  if (!count) {
+    throw std::runtime_error("preserved-jobs=" + text + ": wanted is a number up to 1000");
+  }
+  return static_cast<int>(*count);
+}
+
 void find_places(const ServerOptions& options, Application& application) {
   const std::string state =
       options.find("state-directory", usual_folder("/var/lib", ".local/state"));
@@ -248,7 +259,14 @@ void find_places(const ServerOptions& options, Application& application) {
   make_folder(application.form_folder + "/fcbe");
   application.filter = spooler::find_program("zqeuctorlx", RLX_TO_FILTERS);
   application.form_checker = spooler::find_program("fcbcheck", RLX_TO_PROGRAMS);
-  // Both stay until the process ends: PAPPL's threads use them to the last.
+  application.painter = spooler::find_program("rlxproof", RLX_TO_PROGRAMS);
+  application.dumper = spooler::find_program("rlxdump", RLX_TO_PROGRAMS);
+  application.proof_folder = application.spool_folder + "/proofs";
+  application.preserved_jobs = preserved_jobs(options.find("preserved-jobs", "20"));
+  make_folder(state + "/records");
+  // All stay until the process ends: PAPPL's threads use them to the last.
+  static const JobRecords records(state + "/records");
+  application.records = &records;
   static Journal journal(state + "/journal");
   static SpoolWatch watch(application.spool_folder, journal);
   static JobQueue queue;
@@ -330,8 +348,9 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     pappl_system_t* const system = create(given, application);
     set_up_version(system);
     papplSystemSetPrinterDrivers(system, static_cast<int>(drivers().size()), drivers().data(),
-                                 nullptr, nullptr, describe_printer, &application);
+                                 nullptr, prepare_printer, describe_printer, &application);
     set_up_formats(system, application);
+    add_web_pages(system, application);
     papplSystemSetSaveCallback(system, save_state, &application);
     restore(system, application);
     application.queue->start(system);
