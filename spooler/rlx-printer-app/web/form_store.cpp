@@ -77,16 +77,12 @@ std::string FormStore::remove(const std::string& name) const {
   return unlink(path_of(name).c_str()) == 0 ? std::string() : std::strerror(errno);
 }
 
-FormCheck FormStore::check(const std::string& text, bool draws) const {
+FormCheck FormStore::run(const std::vector<std::string>& arguments,
+                         const std::string& input) const {
   if (checker_.empty()) {
     return {false, 0, "fcbcheck is not installed", {}};
   }
-  std::vector<std::string> arguments;
-  if (draws) {
-    arguments = {"--svg", "-"};
-  }
-  arguments.emplace_back("-");
-  ProgramResult result = run_program(checker_, arguments, text);
+  ProgramResult result = run_program(checker_, arguments, input);
   if (result.timed_out || result.cut) {
     return {false, 0, "the form could not be checked in time", {}};
   }
@@ -94,6 +90,14 @@ FormCheck FormStore::check(const std::string& text, bool draws) const {
     return read_fault(result.messages);
   }
   return {true, 0, {}, std::move(result.output)};
+}
+
+FormCheck FormStore::check(const std::string& text) const {
+  return run({"-"}, text);
+}
+
+FormCheck FormStore::draw(const std::string& name) const {
+  return read(name) ? run({"--svg", "-", path_of(name)}, {}) : FormCheck();
 }
 
 FormCheck read_fault(const std::string& message) {

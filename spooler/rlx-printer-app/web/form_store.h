@@ -11,7 +11,7 @@ struct FormCheck {
   bool is_good = false;
   unsigned line = 0;  ///< of the fault, from 1; 0 when it has none
   std::string words;  ///< of the fault
-  std::string svg;    ///< the drawing of a good form, when it was asked for
+  std::string svg;    ///< the drawing of a good form, of draw()
 };
 
 /// The folder of forms. Names are those that is_form_name takes, so no path leaves the folder.
@@ -34,12 +34,14 @@ class FormStore {
   /// @return what went wrong; empty when nothing did.
   std::string remove(const std::string& name) const;
 
-  /// @param draws  whether the drawing is wanted.
-  FormCheck check(const std::string& text, bool draws) const;
+  FormCheck check(const std::string& text) const;
+  /// The same of a form that is there, with its drawing. @return nothing good when it is not.
+  FormCheck draw(const std::string& name) const;
 
   static constexpr std::size_t kMostBytes = 65536;
 
  private:
+  FormCheck run(const std::vector<std::string>& arguments, const std::string& input) const;
   std::string path_of(const std::string& name) const { return folder_ + '/' + name; }
 
   std::string folder_;

@@ -33,8 +33,8 @@ std::string picture(const Request& request, const std::string& name) {
 std::string card(const Request& request, const Web& web, const std::string& name) {
   const std::string link = "/forms/form?name=" + url_encoded(name);
   const auto text = web.forms.read(name);
-  const FormCheck check = text ? web.forms.check(*text, false)
-                               : FormCheck{false, 0, request.text("too long to show"), {}};
+  const FormCheck check =
+      text ? web.forms.check(*text) : FormCheck{false, 0, request.text("too long to show"), {}};
   std::string html = "<div class=\"rlx-card\"><a href=\"" + escaped(link) + "\">";
   if (check.is_good) {
     html += "<span class=\"rlx-frame\">" + picture(request, name) + "</span>";
@@ -133,7 +133,7 @@ std::string fault_of(const Request& request, const Web& web, const Change& chang
   if (!change.replaces && std::find(names.begin(), names.end(), change.name) != names.end()) {
     return sentence("There is a form of this name. Nothing was stored.");
   }
-  const FormCheck check = web.forms.check(change.text, false);
+  const FormCheck check = web.forms.check(change.text);
   if (check.is_good) {
     return {};
   }
@@ -195,7 +195,7 @@ bool form_page(Request& request, Web& web) {
   if (!place.is_there()) {
     return send_busy(request, "/forms");
   }
-  const FormCheck check = web.forms.check(*text, false);
+  const FormCheck check = web.forms.check(*text);
   const std::string query = "?name=" + url_encoded(name);
   std::string html = "<h1 class=\"title\">" + escaped(name) + "</h1>\n<p>" +
                      button(request, "Change", "/forms/change" + query) +
@@ -215,12 +215,11 @@ bool form_page(Request& request, Web& web) {
 }
 
 bool form_picture(Request& request, Web& web) {
-  const auto text = web.forms.read(request.query("name"));
   const RunPlace place;
-  if (!text || !place.is_there()) {
-    return request.send_status(text ? HTTP_STATUS_SERVICE_UNAVAILABLE : HTTP_STATUS_NOT_FOUND);
+  if (!place.is_there()) {
+    return request.send_status(HTTP_STATUS_SERVICE_UNAVAILABLE);
   }
-  const FormCheck check = web.forms.check(*text, true);
+  const FormCheck check = web.forms.draw(request.query("name"));
   return check.is_good ? request.send_bytes("image/svg+xml", check.svg)
                        : request.send_status(HTTP_STATUS_NOT_FOUND);
 }

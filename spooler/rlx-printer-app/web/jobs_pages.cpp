@@ -228,6 +228,9 @@ bool proof_page(Request& request, Web& web) {
                      escaped(proof.job->name) + "</span></h1>\n";
   html += facts(request, proof);
   if (proof.proof) {
+    if (proof.proof->words == proof.job->message) {
+      proof.proof->words.clear();
+    }
     html += proof_pictures(request, web, *proof.proof, proof.of, home_of(proof) + "&part=");
   } else {
     html += "<p class=\"rlx-hint\">" + escaped(proof.words) + "</p>\n";

@@ -3,7 +3,8 @@
 namespace rlx::printer_app {
 
 const char* const kStyle = R"(
-.rlx { font-family: "Open Sans", "Noto Sans CJK JP", "IPAPGothic", "IPAGothic", sans-serif; }
+.rlx { font-family: "Open Sans", "DejaVu Sans", sans-serif; }
+.rlx:lang(ja) { font-family: "Open Sans", "Noto Sans CJK JP", "IPAPGothic", sans-serif; }
 .rlx h1 .btn, .rlx h2 .btn { vertical-align: middle; }
 .rlx h1 { overflow-wrap: anywhere; }
 .rlx form.rlx { display: block; max-width: 60em; }
@@ -34,11 +35,10 @@ p.rlx-fault { background: #fdecee; border-left: 4px solid #b00020; padding: 8px 
 .rlx-large img, .rlx-sheet { max-width: 100%; background: white;
   box-shadow: 0 1px 6px rgba(0,0,0,.35); }
 .rlx-text, .rlx-dump { background: #f6f6f6; border: 1px solid #ddd; border-radius: 6px;
-  padding: 10px; overflow-x: auto; font-size: 13px; line-height: 1.45; }
+  padding: 10px; overflow-x: auto; font-size: 13px; line-height: 1.45; white-space: pre; }
 .rlx-text i { color: #888; display: inline-block; font-style: normal; margin-right: 12px;
   min-width: 2em; text-align: right; user-select: none; }
 .rlx-text mark { background: #fbd3d8; }
-.rlx-dump { white-space: pre; }
 .rlx-jobs { list-style: none; margin: 16px 0; padding: 0; }
 .rlx-jobs li { display: grid; grid-template-columns: minmax(0, 3fr) 7em minmax(0, 1fr) 6em 11em auto;
   gap: 4px 14px; align-items: center; border-top: 1px solid #ddd; padding: 10px 4px; }
@@ -64,7 +64,10 @@ p.rlx-fault { background: #fdecee; border-left: 4px solid #b00020; padding: 8px 
   .rlx-grid { grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 14px; }
   .rlx-frame { height: 190px; }
   .rlx-jobs li { grid-template-columns: minmax(0, 1fr) auto; }
-  .rlx-jobs time { text-align: right; }
+  .rlx-jobs time { grid-column: 1 / -1; }
+  .header div.nav { font-size: 17px; line-height: 32px; }
+  .header a.btn, .header span.active { padding: 0 14px 0 0; }
+  .header a.btn img { margin-right: 0; }
   .rlx-facts th, .rlx-facts td { display: block; padding: 0; width: auto; }
   .rlx-facts td { padding-bottom: 8px; }
 }
