@@ -153,10 +153,12 @@ check_spoolers() {
 
 check_printer_application() {
   install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${quick_test_needs[@]}" \
-    "${spooler_test_needs[@]}"
+    "${spooler_test_needs[@]}" "${web_test_needs[@]}"
   step "release build" build_preset release
   step "the printer application's parts" build-release/tests/spooler/app/app_unit_tests
   step "tests with the printer application" build-release/tests/spooler/app/app_tests
+  step "web pages" build-release/tests/spooler/web/web_unit_tests
+  step "web pages in a browser" build-release/tests/spooler/web/web_browser_tests
 }
 
 check_farm() {

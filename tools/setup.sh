@@ -68,6 +68,14 @@ spooler_test_needs=(
   /usr/share/cups/mime/cupsfilters.convs:cups-filters
 )
 
+# What the tests of the printer application's web pages need besides.
+# shellcheck disable=SC2034  # used by test.sh
+web_test_needs=(
+  /usr/bin/chromium:chromium
+  chromedriver:chromium-driver
+  /usr/include/x86_64-linux-gnu/curl/curl.h:libcurl4-openssl-dev
+)
+
 # Format and lint are tied to one version of their tools: another one asks for other changes.
 # shellcheck disable=SC2034
 clang_tools_version=14

@@ -10,9 +10,9 @@ const char* const kStyle = R"(
 .rlx form.rlx { display: block; max-width: 60em; }
 .rlx a { overflow-wrap: anywhere; }
 .rlx a.btn { display: inline-block; margin: 2px 4px 2px 0; white-space: normal; }
-.rlx label { display: block; }
+.rlx label { display: block; max-width: 100%; min-width: 0; }
 .rlx label input[type=checkbox] { margin: 0 6px 0 0; }
-.rlx textarea, .rlx select, .rlx input[type=text] { box-sizing: border-box; max-width: 100%; }
+.rlx textarea, .rlx select, .rlx input[type=text], .rlx input[type=file] { box-sizing: border-box; max-width: 100%; }
 .rlx textarea { display: block; width: 100%; font-size: 14px; line-height: 1.4; margin-top: 4px; }
 .rlx-row { display: flex; flex-wrap: wrap; gap: 12px 28px; }
 .rlx-grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(190px, 1fr));

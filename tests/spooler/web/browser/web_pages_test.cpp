@@ -1,0 +1,199 @@
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "spooler/web/browser/web_test.h"
+
+namespace rlx::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kGoodForm = "print 4 79200\nlpi 1200 66\n";
+constexpr const char* kBadForm = "print 4 79200\nlpi 1000 66\n";
+constexpr const char* kFault = "Line 2: lpi: pitch 1000 is none of 2400, 1800, 1200, 900 and 600";
+const BrowserSetup kPhone{390, 800, "en"};
+const BrowserSetup kJapanesePhone{390, 800, "ja"};
+
+std::string contents(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
+bool has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class WebPages : public WebTest {};
+
+TEST_F(WebPages, AddAFormAndDeleteIt) {
+  Browser browser;
+  browser.open(at("/forms"));
+  browser.click_text("Add a form");
+  browser.type("input[name=name]", "SLIP");
+  browser.type("textarea", kGoodForm);
+  browser.keep_screenshot("form-add-desktop");
+  browser.click_text("Check and store");
+  EXPECT_EQ(contents(form_path("SLIP")), kGoodForm);
+  EXPECT_EQ(browser.pictures(), 1);
+  browser.keep_screenshot("form-desktop");
+  browser.open(at("/forms"));
+  EXPECT_EQ(browser.pictures(), 2);
+  browser.keep_screenshot("forms-desktop");
+  browser.open(at("/forms/form?name=SLIP"));
+  browser.click_text("Delete this form");
+  EXPECT_TRUE(fs::exists(form_path("SLIP"))) << "it only asks";
+  browser.follow("input[type=submit]");
+  EXPECT_FALSE(fs::exists(form_path("SLIP")));
+  EXPECT_TRUE(fs::exists(form_path("INVOICE")));
+}
+
+TEST_F(WebPages, UploadAFile) {
+  Browser browser;
+  browser.open(at("/forms/change"));
+  browser.type("input[type=file]", RLX_PROJECT_DIRECTORY "/examples/forms/fcbe/INVOICE");
+  browser.click_text("Check and store");
+  EXPECT_TRUE(has(browser.text(), "There is a form of this name. Nothing was stored."));
+  browser.click("input[name=replace]");
+  browser.click_text("Check and store");
+  EXPECT_EQ(contents(form_path("INVOICE")),
+            contents(RLX_PROJECT_DIRECTORY "/examples/forms/fcbe/INVOICE"));
+  EXPECT_TRUE(has(browser.url(), "/forms/form?name=INVOICE"));
+}
+
+TEST_F(WebPages, ABrokenFormIsNotStored) {
+  const std::string before = contents(form_path("INVOICE"));
+  Browser browser;
+  browser.open(at("/forms/form?name=INVOICE"));
+  browser.click_text("Change");
+  browser.clear("textarea");
+  browser.type("textarea", kBadForm);
+  browser.click_text("Check and store");
+  EXPECT_TRUE(has(browser.text(), kFault)) << browser.text();
+  EXPECT_EQ(contents(form_path("INVOICE")), before);
+  browser.keep_screenshot("form-fault-desktop");
+  // One that is broken behind the server's back.
+  std::ofstream(form_path("INVOICE")) << kBadForm;
+  browser.open(at("/forms"));
+  EXPECT_TRUE(has(browser.text(), kFault));
+  EXPECT_EQ(browser.pictures(), 0);
+  browser.keep_screenshot("forms-fault-desktop");
+}
+
+TEST_F(WebPages, ANameIsNeverAPath) {
+  Browser browser;
+  browser.open(at("/forms/change"));
+  browser.run_script("document.querySelector('input[name=name]').removeAttribute('pattern')");
+  browser.type("input[name=name]", "../../BAD");
+  browser.type("textarea", kGoodForm);
+  browser.click_text("Check and store");
+  EXPECT_TRUE(has(browser.text(), "Nothing was stored."));
+  EXPECT_FALSE(fs::exists(form_path("../../BAD")));
+}
+
+TEST_F(WebPages, ShowTheProofOfAJob) {
+  submit(contents(RLX_PROJECT_DIRECTORY "/examples/invoice.txt"), {"form=INVOICE"});
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  Browser browser;
+  ASSERT_TRUE(shows(browser, "/proofs", "Printed"));
+  browser.keep_screenshot("jobs-desktop");
+  browser.follow(".rlx-jobs a");
+  EXPECT_EQ(browser.pictures(), 2);
+  EXPECT_TRUE(has(browser.text(), "-n INVOICE"));
+  browser.keep_screenshot("job-desktop");
+  browser.follow(".rlx-card a");
+  EXPECT_EQ(browser.pictures(), 1);
+  EXPECT_TRUE(has(browser.text(), "Page 1 of 2"));
+  browser.keep_screenshot("page-desktop");
+  browser.click_text("Next page");
+  EXPECT_TRUE(has(browser.text(), "Page 2 of 2"));
+  browser.click_text("All pages");
+  browser.click_text("What the printer gets");
+  EXPECT_TRUE(has(browser.text(), " blocks"));
+  browser.keep_screenshot("dump-desktop");
+}
+
+TEST_F(WebPages, TellWhyAJobWasNotPrinted) {
+  submit("A\n", {"form=<b>NONE"});
+  submit("A\n", {"form=MISSING"});
+  Browser browser;
+  ASSERT_TRUE(shows(browser, "/proofs", "form MISSING is missing"));
+  EXPECT_FALSE(has(browser.source(), "<b>NONE")) << "escaped";
+  browser.keep_screenshot("jobs-failed-desktop");
+}
+
+TEST_F(WebPages, CancelAJob) {
+  printer_.tell("stall 1");
+  submit(std::string(3000000, 'x') + "\n");
+  Browser browser;
+  ASSERT_TRUE(shows(browser, "/proofs", "Printing"));
+  printer_.wait_for_stall();
+  browser.keep_screenshot("jobs-printing-desktop");
+  browser.click_text("Cancel this job");
+  printer_.tell("go");
+  EXPECT_TRUE(shows(browser, "/proofs", "Cancelled"));
+}
+
+TEST_F(WebPages, TryAForm) {
+  Browser browser;
+  browser.open(at("/forms/form?name=INVOICE"));
+  browser.click_text("Try it");
+  browser.type("textarea", "Trial <of> a form\n");
+  browser.click_text("Show the proof");
+  EXPECT_EQ(browser.pictures(), 1);
+  EXPECT_TRUE(has(browser.source(), "Trial &lt;of&gt; a form")) << "the text stays";
+  browser.keep_screenshot("try-desktop");
+  // A form feed cannot be typed; a file has them.
+  browser.type("input[type=file]", RLX_PROJECT_DIRECTORY "/examples/invoice.txt");
+  browser.click_text("Show the proof");
+  EXPECT_EQ(browser.pictures(), 2);
+  EXPECT_TRUE(printer_.jobs().empty()) << "nothing is printed";
+  browser.open(at("/proofs"));
+  EXPECT_TRUE(has(browser.text(), "There was no job yet."));
+}
+
+TEST_F(WebPages, RefuseWhatDoesNotComeFromThem) {
+  const std::string removal = "name=INVOICE";
+  EXPECT_EQ(web_request(at("/forms/delete"), &removal).status, 403);
+  const std::string other = "name=INVOICE&session=0123456789";
+  EXPECT_EQ(web_request(at("/forms/delete"), &other).status, 403);
+  EXPECT_TRUE(fs::exists(form_path("INVOICE")));
+  const std::string long_body(3000000, 'a');
+  EXPECT_EQ(web_request(at("/forms/change"), &long_body).status, 413);
+  EXPECT_EQ(web_request(at("/try"), &removal, "text/plain").status, 400);
+  EXPECT_EQ(web_request(at("/forms/picture?name=../../../../etc/passwd")).status, 404);
+  EXPECT_EQ(web_request(at("/forms")).status, 200) << "it goes on";
+}
+
+/// Each page fits into a phone's width, in both languages, and has no script.
+TEST_F(WebPages, FitAPhone) {
+  submit(contents(RLX_PROJECT_DIRECTORY "/examples/invoice.txt"), {"form=INVOICE"});
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  std::ofstream(form_path("BROKEN")) << kBadForm;
+  const std::vector<std::pair<std::string, std::string>> pages{
+      {"forms", "/forms"},
+      {"form", "/forms/form?name=INVOICE"},
+      {"change", "/forms/change"},
+      {"jobs", "/proofs"},
+      {"job", "/proofs/job?of=1-1"},
+      {"page", "/proofs/page?of=1-1&page=1"},
+      {"dump", "/proofs/dump?of=1-1"},
+      {"try", "/try"}};
+  for (const BrowserSetup& setup : {kPhone, kJapanesePhone}) {
+    Browser browser(setup);
+    ASSERT_TRUE(shows(browser, "/proofs", setup.language == "ja" ? "印刷済み" : "Printed"));
+    for (const auto& [name, path] : pages) {
+      browser.open(at(path));
+      EXPECT_LE(browser.run_script("return document.documentElement.scrollWidth").get<int>(),
+                setup.width)
+          << path;
+      EXPECT_EQ(has(browser.text(), "フォームを試す"), setup.language == "ja") << path;
+      EXPECT_FALSE(has(browser.source(), "<script")) << path;
+      browser.keep_screenshot(name + "-phone-" + setup.language);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace rlx::testing

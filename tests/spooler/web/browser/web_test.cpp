@@ -1,0 +1,85 @@
+#include "spooler/web/browser/web_test.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "spooler/installed_tree.h"
+
+namespace rlx::testing {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr Seconds kPatience(20);
+
+/// A port that nobody has just now.
+int free_port() {
+  const int socket_number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  socklen_t length = sizeof(address);
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* const plain = reinterpret_cast<sockaddr*>(&address);
+  const bool is_good =
+      bind(socket_number, plain, length) == 0 && getsockname(socket_number, plain, &length) == 0;
+  close(socket_number);
+  return is_good ? ntohs(address.sin_port) : 0;
+}
+
+}  // namespace
+
+WebTest::WebTest() : folder_(make_directory("web")), port_(free_port()) {
+  base_ = "http://localhost:" + std::to_string(port_);
+  fs::create_directories(folder_ + "/s/forms/fcbe");
+  fs::create_directories(folder_ + "/sp");
+  fs::copy(RLX_PROJECT_DIRECTORY "/examples/forms/fcbe/INVOICE", form_path("INVOICE"));
+  start();
+  EXPECT_EQ(run({"add", "-d", "office", "-v", printer_.uri(), "-m", "rlx-240"}).status, 0);
+}
+
+void WebTest::start() {
+  server_ = std::make_unique<Process>(Command{
+      .words = {RLX_BUILD_DIRECTORY "/rlx-printer-app", "server", "-o",
+                "state-directory=" + folder_ + "/s", "-o", "spool-directory=" + folder_ + "/sp",
+                "-o", "server-port=" + std::to_string(port_), "-o", "listen-hostname=localhost",
+                "-o", "log-file=" + folder_ + "/log", "-o", "log-level=debug"},
+      .environment = {{"HOME", folder_}, {"PATH", "/usr/bin:/bin"}},
+      .user = {},
+      .has_pipes = false,
+      .error_file = folder_ + "/messages"});
+  EXPECT_TRUE(comes_true(kPatience, [this] { return web_request(at("/forms")).status == 200; }));
+}
+
+Outcome WebTest::run(std::vector<std::string> words) const {
+  words.insert(words.begin(), RLX_BUILD_DIRECTORY "/rlx-printer-app");
+  words.insert(words.begin() + 2, {"-h", "localhost:" + std::to_string(port_)});
+  return run_command(
+      {.words = words, .environment = {{"HOME", folder_}, {"PATH", "/usr/bin:/bin"}}});
+}
+
+void WebTest::submit(const std::string& text, const std::vector<std::string>& options) const {
+  const std::string file = folder_ + "/report.txt";
+  std::ofstream(file) << text;
+  std::vector<std::string> words{"submit", "-d", "office"};
+  for (const std::string& option : options) {
+    words.insert(words.end(), {"-o", option});
+  }
+  words.push_back(file);
+  const Outcome outcome = run(words);
+  EXPECT_EQ(outcome.status, 0) << outcome.messages;
+}
+
+bool WebTest::shows(Browser& browser, const std::string& path, const std::string& text) const {
+  return comes_true(kPatience, [&] {
+    browser.open(at(path));
+    return browser.text().find(text) != std::string::npos;
+  });
+}
+
+}  // namespace rlx::testing

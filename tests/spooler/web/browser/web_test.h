@@ -1,0 +1,39 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "spooler/printer.h"
+#include "spooler/process.h"
+#include "spooler/web/browser/browser.h"
+
+namespace rlx::testing {
+
+/// rlx-printer-app with folders and a port of its own, a printer "office" and the form INVOICE.
+class WebTest : public ::testing::Test {
+ protected:
+  WebTest();
+
+  std::string at(const std::string& path) const { return base_ + path; }
+  std::string form_path(const std::string& name) const { return folder_ + "/s/forms/fcbe/" + name; }
+  /// Hands a job to the printer.
+  void submit(const std::string& text, const std::vector<std::string>& options = {}) const;
+  /// Opens a page again and again until it shows a text. @return false when it does not.
+  bool shows(Browser& browser, const std::string& path, const std::string& text) const;
+
+  Printer printer_;
+
+ private:
+  void start();
+  Outcome run(std::vector<std::string> words) const;
+
+  std::string folder_;
+  std::string base_;
+  int port_ = 0;
+  std::unique_ptr<Process> server_;
+};
+
+}  // namespace rlx::testing
