@@ -80,7 +80,7 @@ std::string job_row(const Request& request, const JobFacts& job) {
   return "<li><a href=\"" + escaped(link) + "\"><b>" + escaped(job.printer) + ' ' +
          std::to_string(job.id) + "</b> <span class=\"rlx-name\">" + escaped(job.name) +
          "</span></a>" + state_mark(request, job) + "<span>" + escaped(job.user) + "</span><span>" +
-         escaped(filled(request.text("{0} pages"), {std::to_string(job.impressions)})) +
+         escaped(filled(request.text("Pages: {0}"), {std::to_string(job.impressions)})) +
          "</span><time>" + time_text(job.created) + "</time>" + cancel_button(request, job) +
          (job.message.empty() ? "" : "<small>" + escaped(job.message) + "</small>") + "</li>\n";
 }

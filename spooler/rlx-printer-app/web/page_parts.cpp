@@ -37,7 +37,7 @@ bool send_busy(const Request& request, const std::string& back) {
 std::string proof_pictures(const Request& request, Web& web, const Proof& proof,
                            const std::string& of, const std::string& here) {
   std::string html = "<h2>" + shown(request, "Proof") + " <span class=\"rlx-name\">" +
-                     escaped(filled(request.text("{0} pages"), {std::to_string(proof.pages)})) +
+                     escaped(filled(request.text("Pages: {0}"), {std::to_string(proof.pages)})) +
                      "</span> <a class=\"btn\" href=\"" + escaped("/proofs/dump?of=" + of) + "\">" +
                      shown(request, "What the printer gets") + "</a></h2>\n";
   if (!proof.words.empty()) {

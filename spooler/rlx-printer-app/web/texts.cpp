@@ -48,7 +48,7 @@ constexpr std::array kTexts = std::to_array<Translation>({
     {"Not printed", "印刷不可"},
     {"Printed", "印刷済み"},
     {"Cancel this job", "このジョブを取り消す"},
-    {"{0} pages", "{0} ページ"},
+    {"Pages: {0}", "ページ数: {0}"},
     {"Nothing was kept of this job's run.", "このジョブの記録は残っていません。"},
     {"There will be a proof when the job has ended.", "校正刷りはジョブの終了後に表示されます。"},
     {"The document is no longer kept.", "文書はもう保存されていません。"},
