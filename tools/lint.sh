@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs clang-tidy over the sources below src/, tools/ and tests/ of the project in the current directory:
+# Runs clang-tidy over the sources below src/, tools/, spooler/ and tests/ of the project in the
+# current directory:
 #   tools/lint.sh TOOL BUILD [CACHE]
 # With RLX_LINT_TOOLS=0 in the environment it leaves out tools/ and the tests of what stands there.
 # TOOL is the clang-tidy to use, BUILD a folder with the compile commands of a CMake build with
@@ -60,7 +61,7 @@ units() {
       with_tools == 0 && (is_of_tools(root) || is_of_tools(build)) { next }
       index($0, build "tests/") == 1 { print; next }
       index($0, root "src/") == 1 || index($0, root "tools/") == 1 ||
-        index($0, root "tests/") == 1 { other[++count] = $0 }
+        index($0, root "spooler/") == 1 || index($0, root "tests/") == 1 { other[++count] = $0 }
       END { for (i = 1; i <= count; ++i) print other[i] }'
 }
 

@@ -25,6 +25,10 @@ std::vector<pappl_pr_driver_t> make_drivers() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // PAPPL would say the number alone.
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    return std::puts("rlx-printer-app " RLX_VERSION) < 0 ? 1 : 0;
+  }
   app::add_devices();
   static app::Application application;
   application.serves = argc > 1 && std::string_view(argv[1]) == "server";

@@ -152,20 +152,20 @@ class CupsStopped : public SpoolerTest {
   /// Prints a large job and lets `stop` and `go_on` happen while the printer has begun with it.
   template <typename Stop, typename GoOn>
   void expect_printed_again(CupsServer& server, Stop stop, GoOn go_on) {
-    server_.add_queue("q", printer_);
+    server.add_queue("q", printer_);
     const std::string text = numbered_pages("stopped", 60000, 10);
     printer_.tell("stall 50000");
     const int id = server.submit("q", text);
     ASSERT_TRUE(printer_.wait_for_stall());
     stop();
     printer_.tell("go");
-    ASSERT_EQ(printer.wait_for_jobs(1).size(), 1U);
-    EXPECT_LT(printer.jobs()[0].pages, 60000U);
+    ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+    EXPECT_LT(printer_.jobs()[0].pages, 60000U);
     go_on();
     const CupsJob job = server.wait_for("q", id, Seconds(60));
     EXPECT_EQ(job.state, "completed") << job.message;
-    ASSERT_EQ(printer.wait_for_jobs(2).size(), 2U);
-    EXPECT_EQ(describe_difference(filtered({}, text), printer.jobs()[1].bytes), "");
+    ASSERT_EQ(printer_.wait_for_jobs(2).size(), 2U);
+    EXPECT_EQ(describe_difference(filtered({}, text), printer_.jobs()[1].bytes), "");
   }
 };
 

@@ -209,7 +209,7 @@ TEST_F(CupsPrint, CopiesOfSeveralDocumentsInOneJob) {
       server_.run({"lp", "-d", "q", "-n", "3", folder + "text", folder + "own", folder + "rlx"});
   ASSERT_EQ(outcome.status, 0) << outcome.messages;
   const int id = server_.jobs("q").rbegin()->first;
-  const CupsJob job = server.wait_for("q", id);
+  const CupsJob job = server_.wait_for("q", id);
   EXPECT_EQ(job.state, "completed") << job.message;
   const std::string by_printer =
       filtered({}, condition_sequence({.layout = "2", .copies = "  3"}) + text);
