@@ -118,8 +118,9 @@ check_all() {
   install_missing "${build_needs[@]}" "${spooler_needs[@]}" "${test_needs[@]}" \
     "${spooler_test_needs[@]}"
   check_style
-  # The programs around the filter are in the first two builds only: all four would take too long.
-  step "release build and tests" check_preset release
+  # The programs around the filter are in the first build only: all four would take too long. `long`
+  # has them with the sanitizers, `app` and `farm` are by themselves.
+  step "release build and tests" check_release
   step "sanitizer build and tests" check_preset asan
   step "unsigned-char build and tests" check_preset unsigned-char
   step "clang build and tests" check_preset clang
@@ -127,6 +128,12 @@ check_all() {
   if has_sources bench; then
     step "benchmarks build" build_preset bench
   fi
+}
+
+# The tests of the printer application and of several servers are left to `app` and `farm`.
+check_release() {
+  build_preset release &&
+    ctest --preset release --parallel "$jobs" --exclude-regex '^(app|farm)_tests'
 }
 
 # The fault tests take as long as all the others of the release build: a full run has them. The tests
@@ -185,6 +192,7 @@ case "${1-}" in
   farm) check_farm ;;
   long)
     check_all lint_apart
+    step "sanitizer build and tests, with all programs" check_preset asan-all
     step "both roads on 100,000 jobs" compare_roads
     step "100,000 jobs read back" read_jobs_back
     ;;
