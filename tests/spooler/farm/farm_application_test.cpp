@@ -9,11 +9,13 @@
 namespace rlx::testing {
 namespace {
 
+constexpr const char* kSetUpFront = RLX_PROJECT_DIRECTORY "/examples/print-farm/set-up-front";
+
 class LongFarmOfApplications : public SpoolerTest {
  protected:
   LongFarmOfApplications() {
-    Command command = front_.client({RLX_PROJECT_DIRECTORY "/examples/print-farm/set-up-front",
-                                     "farm", "--lanes", "2", servers_[0].uri(), servers_[1].uri()});
+    Command command =
+        front_.client({kSetUpFront, "farm", "--lanes", "2", servers_[0].uri(), servers_[1].uri()});
     const Outcome outcome = run_command(command);
     EXPECT_EQ(outcome.status, 0) << outcome.output << outcome.messages;
     for (const FarmApplication& server : servers_) {

@@ -42,6 +42,22 @@ TEST_F(Farm, OptionsAndPagesOfAJobPassTheFront) {
   EXPECT_EQ(through.impressions, 9U);
 }
 
+/// The front is set up anew with other servers: those that are named count, and no others.
+TEST_F(LongFarm, FrontIsSetUpAnew) {
+  const std::string script = RLX_PROJECT_DIRECTORY "/examples/print-farm/set-up-front";
+  const auto members = [this] { return front_.run({"lpstat", "-c", "farm"}).output; };
+  EXPECT_NE(members().find("farm-3-2"), std::string::npos) << members();
+  const Outcome fewer = front_.run({script, "farm", "--lanes", "1", servers_[1]->uri()});
+  EXPECT_EQ(fewer.status, 0) << fewer.messages;
+  EXPECT_EQ(members(), "members of class farm:\n\tfarm-1-1\n");
+  EXPECT_EQ(front_.wait_for("farm", front_.submit("farm", "A\f")).state, "completed");
+  EXPECT_EQ(servers_[1]->printer().wait_for_jobs(1).size(), 1U);
+  const Outcome more =
+      front_.run({script, "farm", "--lanes", "1", servers_[1]->uri(), servers_[2]->uri()});
+  EXPECT_EQ(more.status, 0) << more.messages;
+  EXPECT_EQ(members(), "members of class farm:\n\tfarm-1-1\n\tfarm-2-1\n");
+}
+
 /// Jobs with control sequences, and those in the printer's language, are passed on as such.
 TEST_F(LongFarm, FormatsPassTheFront) {
   const std::string lines = "A\033Q1;100!C\nB\f";
@@ -154,6 +170,23 @@ TEST_F(FarmKilled, ThirtyJobsPowerLost) {
 }
 
 class LongFarmKilled : public FarmKilled {};
+
+/// What the front had handed on and not yet noted as completed it hands on again: a job a lane.
+TEST_F(LongFarmKilled, FrontKilled) {
+  for (const auto& server : servers_) {
+    server->printer().tell("rate 3000");
+  }
+  const auto jobs = farm_jobs(60, forms());
+  submit(jobs);
+  wait_for_clients();
+  front_.kill();
+  EXPECT_TRUE(comes_true(Seconds(60), [this] { return front_.processes().size() <= 2; }));
+  front_.start();
+  wait_for_front(Seconds(120));
+  const int repeated = expect_all_printed(jobs);
+  std::printf("front killed: %d jobs printed more than once\n", repeated);
+  EXPECT_LE(repeated, 2 * kLanes * static_cast<int>(servers_.size()));
+}
 
 TEST_F(LongFarmKilled, FiveHundredJobsPowerLost) {
   kill_in_the_middle(500, End::power);
