@@ -2,7 +2,8 @@
 # Runs clang-tidy over the sources below src/, tools/, spooler/ and tests/ of the project in the
 # current directory:
 #   tools/lint.sh TOOL BUILD [CACHE]
-# With RLX_LINT_TOOLS=0 in the environment it leaves out tools/ and the tests of what stands there.
+# With RLX_LINT_TOOLS=0 in the environment it leaves out tools/, spooler/ and the tests of what
+# stands there.
 # TOOL is the clang-tidy to use, BUILD a folder with the compile commands of a CMake build with
 # clang, and CACHE the folder that remembers what was clean. Without CACHE all is looked at.
 #
@@ -56,6 +57,7 @@ units() {
     awk -v root="$PWD/" -v build="$build/" -v with_tools="$with_tools" '
       function is_of_tools(folder) {
         return index($0, folder "tests/tools/") == 1 || index($0, folder "tests/proofs/") == 1 ||
+          index($0, folder "tests/spooler/") == 1 || index($0, folder "spooler/") == 1 ||
           index($0, folder "tools/") == 1
       }
       with_tools == 0 && (is_of_tools(root) || is_of_tools(build)) { next }
@@ -154,9 +156,10 @@ lint_one() {
 
 all_sources() {
   if [[ $with_tools == 1 ]]; then
-    find src tools tests -name '*.cpp'
+    find src tools spooler tests -name '*.cpp'
   else
-    find src tests -name '*.cpp' -not -path 'tests/tools/*' -not -path 'tests/proofs/*'
+    find src tests -name '*.cpp' -not -path 'tests/tools/*' -not -path 'tests/proofs/*' \
+      -not -path 'tests/spooler/*'
   fi
 }
 

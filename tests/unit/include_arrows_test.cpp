@@ -34,7 +34,7 @@ TEST(IncludeArrows, ToolsTakeOfTheFilterWhatTheyMay) {
 }
 
 /// The web pages are a part of their program, in a folder for order's sake alone.
-std::string without_web_folder(std::string file) {
+std::string without_web_folder(const std::string& file) {
   constexpr std::string_view kFolder = "rlx-printer-app/web/";
   return file.starts_with(kFolder) ? "rlx-printer-app/web-" + file.substr(kFolder.size()) : file;
 }
