@@ -130,6 +130,8 @@ void CupsServer::make_folders() const {
   const fs::path bin = fs::path(directory_) / "bin";
   link_all(installed_tree() + "/lib/cups/filter", bin / "filter");
   link_all(std::string(kSystemServerBin) + "/filter", bin / "filter");
+  // A folder of its own, so that a test can add a backend.
+  link_all(std::string(kSystemServerBin) + "/backend", bin / "backend");
   link_all(kSystemServerBin, bin);
   const fs::path data = fs::path(directory_) / "share";
   link_all(installed_tree() + "/share/cups/mime", data / "mime");

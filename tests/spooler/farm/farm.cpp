@@ -66,6 +66,8 @@ void FarmServer::crash() {
 
 void FarmServer::come_back() {
   EXPECT_TRUE(comes_true(Seconds(30), [this] { return cups_.processes().empty(); }));
+  expect_done(run_command({{std::string(kScripts) + "skip-job-ids", cups_.directory() + "/cache",
+                            cups_.spool_directory()}}));
   cups_.start();
   watch();
 }
@@ -108,6 +110,7 @@ FarmTest::FarmTest() {
     command.words.push_back(servers_.back()->uri());
     servers_.back()->watch();
   }
+  command.environment["CUPS_BACKENDS"] = front_.directory() + "/bin/backend";
   expect_done(run_command(command));
   EXPECT_TRUE(comes_true(Seconds(10), [this] {
     return front_.run({"cupsctl"}).output.find("DirtyCleanInterval=0") != std::string::npos;

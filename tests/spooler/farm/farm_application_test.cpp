@@ -16,6 +16,7 @@ class LongFarmOfApplications : public SpoolerTest {
   LongFarmOfApplications() {
     Command command =
         front_.client({kSetUpFront, "farm", "--lanes", "2", servers_[0].uri(), servers_[1].uri()});
+    command.environment["CUPS_BACKENDS"] = front_.directory() + "/bin/backend";
     const Outcome outcome = run_command(command);
     EXPECT_EQ(outcome.status, 0) << outcome.output << outcome.messages;
     for (const FarmApplication& server : servers_) {
