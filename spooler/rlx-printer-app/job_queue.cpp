@@ -108,6 +108,10 @@ void JobQueue::wake() {
   changed_.notify_all();
 }
 
+void JobQueue::rest() {
+  rests_ = true;
+}
+
 void JobQueue::settle() {
   std::unique_lock lock(changing_);
   const std::uint64_t wanted = ++asked_;
@@ -226,7 +230,7 @@ void JobQueue::arrange(pappl_printer_t* printer, Jobs& jobs) {
   for (const int id : step.hold) {
     hold_plainly(papplPrinterFindJob(printer, id));
   }
-  if (step.release.has_value()) {
+  if (step.release.has_value() && !rests_) {
     papplJobRelease(papplPrinterFindJob(printer, *step.release), nullptr);
   }
   for (const QueuedJob& job : seen) {

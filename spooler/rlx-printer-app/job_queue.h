@@ -2,6 +2,7 @@
 
 #include <pappl/pappl.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -43,6 +44,8 @@ class JobQueue {
   void set_held(int printer_id, int job_id, bool held_by_operator);
   /// Something has ended.
   void wake();
+  /// From now on no job is released: the server is about to end.
+  void rest();
 
   /// Waits until what has come before the call has its place, a moment at most. Not with PAPPL's
   /// locks.
@@ -76,6 +79,7 @@ class JobQueue {
   std::uint64_t asked_ = 0;                    ///< calls of wake()
   std::uint64_t done_ = 0;                     ///< of which so many have been followed
   bool ended_ = false;
+  std::atomic<bool> rests_ = false;
   std::thread thread_;
 };
 

@@ -28,6 +28,9 @@ constexpr int kPending = 3;
 constexpr int kHeld = 4;
 constexpr int kCanceled = 7;
 
+/// A file of this name beside a note: the job's document is complete.
+constexpr const char* kMark = ".complete";
+
 json to_json(const JournalEntry& entry) {
   return {{"printer", entry.printer_id}, {"job", entry.job_id},        {"name", entry.name},
           {"user", entry.user},          {"format", entry.format},     {"created", entry.created},
@@ -224,12 +227,22 @@ bool Journal::change(int printer_id, int job_id, Change apply) const {
   return good;
 }
 
+bool Journal::mark_complete(int printer_id, int job_id) const {
+  const spooler::Descriptor mark(
+      open(path_of(printer_id, job_id, kMark).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  return mark.is_open();
+}
+
 bool Journal::note_complete(int printer_id, int job_id, const std::string& document) const {
-  return change(printer_id, job_id, [&](JournalEntry& entry) {
+  const bool good = change(printer_id, job_id, [&](JournalEntry& entry) {
     entry.complete = true;
     entry.document = document;
     return entry.ended == 0;
   });
+  if (good) {
+    unlink(path_of(printer_id, job_id, kMark).c_str());
+  }
+  return good;
 }
 
 bool Journal::note_held(int printer_id, int job_id, bool held) const {
@@ -254,8 +267,10 @@ std::vector<JournalEntry> Journal::entries() const {
   std::sort(paths.begin(), paths.end());
   std::vector<JournalEntry> all;
   for (const fs::path& path : paths) {
-    const auto entry = read_note(path);
-    all.insert(all.end(), entry.begin(), entry.end());
+    for (JournalEntry& entry : read_note(path)) {
+      entry.complete = entry.complete || fs::exists(fs::path(path).replace_extension(kMark));
+      all.push_back(std::move(entry));
+    }
   }
   return all;
 }
@@ -265,6 +280,7 @@ void Journal::forget_ended(const std::vector<JournalEntry>& ended) const {
     if (entry.ended != 0) {
       unlink(path_of(entry.printer_id, entry.job_id).c_str());
       unlink(attributes_path(entry.printer_id, entry.job_id).c_str());
+      unlink(path_of(entry.printer_id, entry.job_id, kMark).c_str());
     }
   }
 }

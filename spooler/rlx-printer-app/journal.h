@@ -24,9 +24,11 @@ struct JournalEntry {
 /// in place by a rename after it was written to the disk.
 ///
 /// A job is noted when it is created, before the client hears of it, and again when its document is
-/// complete. The second note comes a moment after the document's end, so for some milliseconds a
-/// job may be accepted and only noted as created; after a crash in that time it is held, for nobody
-/// can tell whether its document is whole.
+/// complete. The second note comes after the document's end, in two steps: at once a mark, which
+/// the death of the server does not take away, and behind it the note on the disk, which a power
+/// cut does not take away either. So for some hundred microseconds a job may be accepted and only
+/// noted as created; after a crash in that time it is held, for nobody can tell whether its
+/// document is whole.
 class Journal {
  public:
   /// @param folder  is made if it is not there.
@@ -38,6 +40,8 @@ class Journal {
 
   /// Notes a job, anew if it was noted before. @return false, with errno, when it could not be.
   bool note(const JournalEntry& entry) const;
+  /// Marks that a document is complete, without the disk's time; note_complete() is to follow.
+  bool mark_complete(int printer_id, int job_id) const;
   /// Notes that a document is complete. Does nothing for a job that is not noted.
   bool note_complete(int printer_id, int job_id, const std::string& document) const;
   /// Notes that somebody has held or released a job. Does nothing for a job that is not noted.
@@ -45,7 +49,7 @@ class Journal {
   /// Notes that a job has ended, until forget_ended(). Does nothing for a job that is not noted.
   bool note_ended(int printer_id, int job_id, int state) const;
 
-  /// All notes, in the order of printers and jobs. What cannot be read is left out.
+  /// All notes and marks, in the order of printers and jobs. What cannot be read is left out.
   std::vector<JournalEntry> entries() const;
   /// Takes the notes of ended jobs away: their end is in the state file now.
   /// @param ended  the entries that were there before it was written.

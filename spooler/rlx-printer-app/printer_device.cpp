@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -62,6 +63,8 @@ bool read_place(const char* uri, Place& place) {
   place.path = path.data();
   return status >= HTTP_URI_STATUS_OK;
 }
+
+std::atomic<int> at_printers = 0;
 
 spooler::Descriptor connect_to(const Place& place) {
   const Addresses addresses(
@@ -176,8 +179,24 @@ JobDevice::JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Ca
       is_file_(std::string_view(papplPrinterGetDeviceURI(papplJobGetPrinter(job)))
                    .starts_with("file:")) {}
 
+int jobs_at_printers() {
+  return at_printers;
+}
+
+AtPrinter::AtPrinter() {
+  ++at_printers;
+}
+
+AtPrinter::~AtPrinter() {
+  --at_printers;
+}
+
 bool JobDevice::open() {
-  return is_file_ ? open_file() : connect();
+  const bool is_open = is_file_ ? open_file() : connect();
+  if (is_open) {
+    at_printer_.emplace();
+  }
+  return is_open;
 }
 
 bool JobDevice::open_file() {
@@ -232,6 +251,7 @@ bool JobDevice::write(std::span<const std::uint8_t> bytes) {
 bool JobDevice::finish() {
   const bool taken = is_file_ || is_taken(printer_.number(), give_up_);
   printer_.reset();
+  at_printer_.reset();
   return taken;
 }
 

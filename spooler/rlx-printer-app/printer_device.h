@@ -3,6 +3,7 @@
 #include <pappl/pappl.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "running/cancellation.h"
@@ -19,12 +20,23 @@ namespace rlx::printer_app {
 ///   each job, job-PRINTER-JOB.rlx; to another file jobs are added.
 void add_devices();
 
+/// So many jobs have a printer in their hands now: bytes of theirs may have reached it.
+int jobs_at_printers();
+
+/// A job that is counted by jobs_at_printers() as long as this lives.
+class AtPrinter {
+ public:
+  AtPrinter();
+  ~AtPrinter();
+  AtPrinter(const AtPrinter&) = delete;
+  AtPrinter& operator=(const AtPrinter&) = delete;
+};
+
 /// The printer in the hands of one job: a connection, or a file, of its own.
 class JobDevice {
  public:
   /// @param device   what PAPPL has opened for the job.
-  /// @param give_up  ends waiting for the printer, whatever it is for; it must stay as long as
-  /// this.
+  /// @param give_up  ends waiting for the printer, whatever it is for; it must outlive this.
   JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up);
 
   /// Connects; tries until the printer answers. @return false when it was given up, or when a file
@@ -47,6 +59,7 @@ class JobDevice {
   const spooler::Cancellation& give_up_;
   bool is_file_;
   spooler::Descriptor printer_;
+  std::optional<AtPrinter> at_printer_;
 };
 
 }  // namespace rlx::printer_app

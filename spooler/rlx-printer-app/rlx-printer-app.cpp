@@ -2,12 +2,15 @@
 #include <pappl/pappl.h>
 
 #include <cstdio>
+#include <exception>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "rlx-printer-app/print_document.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
+#include "rlx-printer-app/server_address.h"
 #include "rlx-printer-app/system.h"
 
 namespace {
@@ -24,16 +27,29 @@ std::vector<pappl_pr_driver_t> make_drivers() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   // PAPPL would say the number alone.
   if (argc == 2 && std::string_view(argv[1]) == "--version") {
     return std::puts("rlx-printer-app " RLX_VERSION) < 0 ? 1 : 0;
   }
+  app::ServerAddress address = app::read_server_address({argv, argv + argc});
+  if (!address.at_server.empty()) {
+    return run_at_server(address);
+  }
+  std::vector<char*> words;
+  for (std::string& word : address.words) {
+    words.push_back(word.data());
+  }
+  words.push_back(nullptr);
   app::add_devices();
   static app::Application application;
   application.serves = argc > 1 && std::string_view(argv[1]) == "server";
   std::vector<pappl_pr_driver_t> drivers = make_drivers();
-  return papplMainloop(argc, argv, RLX_VERSION, nullptr, static_cast<int>(drivers.size()),
-                       drivers.data(), nullptr, app::describe_printer, nullptr, nullptr,
-                       app::make_system, nullptr, &application);
+  return papplMainloop(static_cast<int>(address.words.size()), words.data(), RLX_VERSION, nullptr,
+                       static_cast<int>(drivers.size()), drivers.data(), nullptr,
+                       app::describe_printer, nullptr, nullptr, app::make_system, nullptr,
+                       &application);
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "rlx-printer-app: %s\n", error.what());
+  return 1;
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace rlx::printer_app {
 
@@ -19,12 +20,19 @@ SpoolWatch::SpoolWatch(const std::string& folder, Journal& journal)
       inotify_add_watch(events_.number(), folder.c_str(), IN_CLOSE_WRITE) < 0) {
     throw std::system_error(errno, std::generic_category(), folder);
   }
-  thread_ = std::thread([this] { watch(); });
+  noting_ = std::thread([this] { note(); });
+  watching_ = std::thread([this] { watch(); });
 }
 
 SpoolWatch::~SpoolWatch() {
   done_.ask();
-  thread_.join();
+  watching_.join();
+  {
+    const std::lock_guard lock(changing_);
+    ended_ = true;
+  }
+  marked_.notify_all();
+  noting_.join();
 }
 
 void SpoolWatch::watch() {
@@ -35,18 +43,38 @@ void SpoolWatch::watch() {
       inotify_event event{};
       std::memcpy(&event, events.data() + at, sizeof(event));
       if (event.len > 0) {
-        take(events.data() + at + sizeof(event));
+        mark(events.data() + at + sizeof(event));
       }
       at += static_cast<ssize_t>(sizeof(event) + event.len);
     }
   }
 }
 
-void SpoolWatch::take(const std::string& name) {
-  int printer_id = 0;
-  int job_id = 0;
-  if (read_document_name(name, printer_id, job_id)) {
-    journal_.note_complete(printer_id, job_id, folder_ + '/' + name);
+void SpoolWatch::mark(const std::string& name) {
+  Document document{folder_ + '/' + name};
+  if (!read_document_name(name, document.printer_id, document.job_id)) {
+    return;
+  }
+  journal_.mark_complete(document.printer_id, document.job_id);
+  {
+    const std::lock_guard lock(changing_);
+    documents_.push_back(document);
+  }
+  marked_.notify_all();
+}
+
+void SpoolWatch::note() {
+  std::unique_lock lock(changing_);
+  for (;;) {
+    marked_.wait(lock, [this] { return ended_ || !documents_.empty(); });
+    if (documents_.empty()) {
+      return;
+    }
+    const Document document = std::move(documents_.front());
+    documents_.pop_front();
+    lock.unlock();
+    journal_.note_complete(document.printer_id, document.job_id, document.path);
+    lock.lock();
   }
 }
 

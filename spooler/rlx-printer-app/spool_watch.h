@@ -1,5 +1,8 @@
 #pragma once
 
+#include <condition_variable>
+#include <deque>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -10,7 +13,8 @@
 namespace rlx::printer_app {
 
 /// Tells the journal of each document that was written to its end in the spool folder. PAPPL has no
-/// call for that moment; the kernel tells when a file that was written is closed.
+/// call for that moment; the kernel tells when a file that was written is closed. The mark is made
+/// at once, the note, which takes the disk's time, by a thread of its own.
 class SpoolWatch {
  public:
   /// @param journal  must stay as long as this lives.
@@ -21,14 +25,26 @@ class SpoolWatch {
   SpoolWatch& operator=(const SpoolWatch&) = delete;
 
  private:
+  struct Document {
+    std::string path;
+    int printer_id = 0;
+    int job_id = 0;
+  };
+
   void watch();
-  void take(const std::string& name);
+  void mark(const std::string& name);
+  void note();
 
   std::string folder_;
   Journal& journal_;
   spooler::Descriptor events_;
   spooler::Cancellation done_;
-  std::thread thread_;
+  std::mutex changing_;
+  std::condition_variable marked_;
+  std::deque<Document> documents_;  ///< marked, not noted yet
+  bool ended_ = false;
+  std::thread watching_;
+  std::thread noting_;
 };
 
 /// Finds the documents of jobs whose notes know of none yet: the server was killed between. They

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -23,6 +24,7 @@
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/printer_options.h"
+#include "rlx-printer-app/quick_end.h"
 #include "rlx-printer-app/spool_watch.h"
 #include "rlx-printer-app/web/web.h"
 #include "running/child_process.h"
@@ -191,6 +193,8 @@ void add_lost(pappl_system_t* system, std::vector<JournalEntry>& entries) {
 }
 
 bool save_state(pappl_system_t* system, void* data) {
+  static std::mutex saving;
+  const std::lock_guard lock(saving);
   const auto& application = *static_cast<const Application*>(data);
   if (!papplSystemIsRunning(system)) {
     // The last time: the system is gone soon.
@@ -230,6 +234,13 @@ void restore(pappl_system_t* system, const Application& application) {
 
 void resume_printer(pappl_printer_t* printer, void* /*data*/) {
   papplPrinterResume(printer);
+}
+
+/// Ends the process: threads of jobs that wait for a printer, or for an operator, would keep it.
+[[noreturn]] void end_now(pappl_system_t* system, void* application) {
+  save_state(system, application);
+  papplLog(system, PAPPL_LOGLEVEL_INFO, "Ends; what waits is printed when it runs again.");
+  _exit(EXIT_SUCCESS);
 }
 
 /// Jobs of the last run begin when the system runs. @return false: once is enough.
@@ -356,6 +367,8 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     application.queue->start(system);
     papplSystemSetEventCallback(system, take_event, &application);
     papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
+    static const QuickEnd end(system, *application.queue,
+                              [system, &application] { end_now(system, &application); });
     return system;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", kName, error.what());

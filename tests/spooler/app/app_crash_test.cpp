@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "spooler/app/app_server.h"
@@ -76,6 +77,37 @@ TEST_F(AppCrash, AttributesOfAJobAreKept) {
   const ConditionColumns columns{.layout = "2", .copies = "  3"};
   expect_same_job(filtered({"-l", "8"}, condition_sequence(columns) + "TWO\f"),
                   printer_.wait_for_jobs(1).at(0));
+}
+
+/// PAPPL alone would wait a minute for a job that somebody holds, or whose printer is away.
+TEST_F(AppCrash, AServerThatIsAskedToEndKeepsWhatWaits) {
+  printer_.tell("away");
+  const int waits = server_.submit("office", "WAITS\f");
+  ASSERT_TRUE(server_.wait_for_state("office", waits, kProcessing));
+  const int held = server_.submit("office", "HELD\f", {{"job-hold-until", "indefinite"}});
+  ASSERT_GT(held, 0);
+  server_.stop(Seconds(20));
+  printer_.tell("back");
+  server_.start();
+  EXPECT_EQ(server_.wait_for("office", waits).state, kCompleted);
+  EXPECT_EQ(server_.job("office", held).state, kHeld);
+  EXPECT_EQ(printer_.jobs().size(), 1U);
+}
+
+TEST_F(AppCrash, AServerThatIsAskedToEndWaitsForTheJobThatPrints) {
+  printer_.tell("stall 100");
+  const std::string text = numbered_pages("A", 40000);
+  const int id = server_.submit("office", text);
+  ASSERT_TRUE(printer_.wait_for_stall());
+  std::thread printer([this] {
+    std::this_thread::sleep_for(Seconds(4));
+    printer_.tell("go");
+  });
+  server_.stop();
+  printer.join();
+  expect_same_job(filtered({}, text), printer_.wait_for_jobs(1).at(0));
+  server_.start();
+  EXPECT_EQ(server_.job("office", id).state, kCompleted);
 }
 
 TEST_F(AppCrash, ACancelledJobStaysSo) {

@@ -112,10 +112,10 @@ void AppServer::start() {
       << "the server does not answer";
 }
 
-void AppServer::stop() {
+void AppServer::stop(Seconds patience) {
   if (process_->is_running()) {
     process_->send_signal(SIGTERM);
-    EXPECT_EQ(process_->wait(kEndPatience), 0) << "the server does not end well";
+    EXPECT_EQ(process_->wait(patience), 0) << "the server does not end well";
   }
 }
 

@@ -32,7 +32,8 @@ class AppServer {
   AppServer& operator=(const AppServer&) = delete;
 
   void start();
-  void stop();
+  /// Asks the server to end, and waits for it.
+  void stop(Seconds patience = Seconds(60));
   void kill();
   pid_t process() const { return process_->id(); }
   int port() const { return port_; }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -58,6 +59,29 @@ TEST_F(JournalTest, AJobGoesThroughItsNotes) {
   EXPECT_EQ(journal.entries()[0].ended, 9);
   journal.forget_ended(journal.entries());
   EXPECT_TRUE(journal.entries().empty());
+}
+
+/// A job whose server died between the mark and the note.
+TEST_F(JournalTest, AMarkedJobIsComplete) {
+  const Journal journal("journal");
+  ASSERT_TRUE(journal.note(entry_of(1, 7)));
+  ASSERT_TRUE(journal.note(entry_of(1, 8)));
+  ASSERT_TRUE(journal.mark_complete(1, 7));
+  EXPECT_TRUE(journal.entries()[0].complete);
+  EXPECT_FALSE(journal.entries()[1].complete);
+  ASSERT_TRUE(journal.note_ended(1, 7, 9));
+  journal.forget_ended(journal.entries());
+  ASSERT_TRUE(journal.note(entry_of(1, 7)));
+  EXPECT_FALSE(journal.entries()[0].complete) << "the mark has stayed";
+}
+
+TEST_F(JournalTest, TheNoteOfACompleteJobTakesItsMarkAway) {
+  const Journal journal("journal");
+  ASSERT_TRUE(journal.note(entry_of(1, 7)));
+  ASSERT_TRUE(journal.mark_complete(1, 7));
+  ASSERT_TRUE(journal.note_complete(1, 7, "/spool/x"));
+  EXPECT_TRUE(journal.entries()[0].complete);
+  EXPECT_EQ(std::distance(fs::directory_iterator("journal"), fs::directory_iterator()), 1);
 }
 
 TEST_F(JournalTest, WhatIsNotNotedIsNotChanged) {
