@@ -14,22 +14,21 @@ constexpr auto kSettles = 10ms;
 constexpr auto kLongestSettling = 1000ms;
 constexpr auto kUpload = 2s;
 
-/// Released at once when its document is here, but not by PAPPL.
-void hold_until_ready(pappl_job_t* job) {
-  papplJobHold(job, nullptr, "indefinite", 0);
-}
-
-void hold_plainly(pappl_job_t* job) {
-  papplJobHold(job, nullptr, nullptr, 0);
-}
-
 /// A reason that PAPPL tells of; of its own "job-hold-until-specified" it tells nothing at all.
 void say_queued(pappl_job_t* job) {
   papplJobSetReasons(job, PAPPL_JREASON_JOB_QUEUED, PAPPL_JREASON_NONE);
 }
 
-bool says_held(pappl_job_t* job) {
-  return (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
+/// PAPPL does not release it by itself when its document is here.
+void hold_when_ready(pappl_job_t* job) {
+  papplJobHold(job, nullptr, "indefinite", 0);
+  say_queued(job);
+}
+
+/// Does not look as if somebody had held it.
+void hold(pappl_job_t* job) {
+  papplJobHold(job, nullptr, nullptr, 0);
+  say_queued(job);
 }
 
 QueuedJob::State state_of(pappl_job_t* job) {
@@ -39,7 +38,7 @@ QueuedJob::State state_of(pappl_job_t* job) {
     case IPP_JSTATE_PENDING:
       return QueuedJob::State::pending;
     default:
-      return QueuedJob::State::printing;
+      return QueuedJob::State::starting;
   }
 }
 
@@ -108,6 +107,22 @@ void JobQueue::wake() {
   changed_.notify_all();
 }
 
+void JobQueue::begin(int printer_id, int job_id) {
+  {
+    const std::lock_guard lock(changing_);
+    phases_[{printer_id, job_id}] = Phase::printing;
+  }
+  wake();
+}
+
+void JobQueue::end(int printer_id, int job_id) {
+  {
+    const std::lock_guard lock(changing_);
+    phases_[{printer_id, job_id}] = Phase::ending;
+  }
+  settle();
+}
+
 void JobQueue::rest() {
   rests_ = true;
 }
@@ -164,19 +179,28 @@ std::chrono::milliseconds JobQueue::pause() const {
   return least;
 }
 
-void JobQueue::arrange_all() {
-  {
-    const std::lock_guard lock(changing_);
-    for (const auto& [job, known] : std::exchange(added_, {})) {
-      printers_[job.first].emplace(job.second, known);
-    }
-    for (const auto& [job, held] : std::exchange(holds_, {})) {
-      Jobs& jobs = printers_[job.first];
-      if (const auto found = jobs.find(job.second); found != jobs.end()) {
-        found->second.held_by_operator = held;
+void JobQueue::take_news() {
+  const std::lock_guard lock(changing_);
+  for (const auto& [job, known] : std::exchange(added_, {})) {
+    printers_[job.first].emplace(job.second, known);
+  }
+  const auto change = [this](const std::pair<int, int>& job, auto apply) {
+    if (const auto printer = printers_.find(job.first); printer != printers_.end()) {
+      if (const auto found = printer->second.find(job.second); found != printer->second.end()) {
+        apply(found->second);
       }
     }
+  };
+  for (const auto& [job, held] : std::exchange(holds_, {})) {
+    change(job, [held = held](Known& known) { known.held_by_operator = held; });
   }
+  for (const auto& [job, phase] : std::exchange(phases_, {})) {
+    change(job, [phase = phase](Known& known) { known.phase = phase; });
+  }
+}
+
+void JobQueue::arrange_all() {
+  take_news();
   for (auto at = printers_.begin(); at != printers_.end();) {
     pappl_printer_t* const printer = papplSystemFindPrinter(system_, nullptr, at->first, nullptr);
     if (printer != nullptr) {
@@ -186,8 +210,8 @@ void JobQueue::arrange_all() {
   }
 }
 
-/// Holds a new job, and tells how a job stands. @return false when it has ended.
-bool JobQueue::look_at(pappl_job_t* job, Known& known, QueuedJob& seen) const {
+/// Tells how a job stands for PAPPL. @return false when it has ended.
+bool JobQueue::look_at(pappl_job_t* job, Known& known, QueuedJob& seen) {
   if (job == nullptr) {
     return false;
   }
@@ -195,23 +219,12 @@ bool JobQueue::look_at(pappl_job_t* job, Known& known, QueuedJob& seen) const {
     say_nothing_of_waiting(job);
     return false;
   }
-  if (!known.is_placed) {
-    say_queued(job);
-  }
   const bool has_document = papplJobGetFilename(job) != nullptr;
-  if (!known.is_placed && !known.held_by_operator && !has_document) {
-    hold_until_ready(job);
-  }
-  known.is_placed = true;
   if (has_document && known.arrived == Clock::time_point{}) {
     known.arrived = Clock::now();
   }
   seen.state = state_of(job);
-  seen.held_by_operator = known.held_by_operator;
   seen.ready = has_document && Clock::now() - known.arrived >= kSettles;
-  if (seen.state == QueuedJob::State::printing) {
-    say_nothing_of_waiting(job);
-  }
   return true;
 }
 
@@ -226,19 +239,28 @@ void JobQueue::arrange(pappl_printer_t* printer, Jobs& jobs) {
     }
     at = goes_on ? std::next(at) : jobs.erase(at);
   }
+  // An operator who has held a job just now was heard before it could be seen.
+  take_news();
+  for (QueuedJob& job : seen) {
+    const Known& known = jobs[job.id];
+    job.held_by_operator = known.held_by_operator;
+    job.waits_when_ready = known.waits_when_ready;
+    if (job.state == QueuedJob::State::starting && known.phase != Phase::before) {
+      job.state =
+          known.phase == Phase::printing ? QueuedJob::State::printing : QueuedJob::State::ending;
+    }
+  }
   const OrderStep step = next_step(seen);
+  for (const int id : step.hold_when_ready) {
+    hold_when_ready(papplPrinterFindJob(printer, id));
+    jobs[id].waits_when_ready = true;
+  }
   for (const int id : step.hold) {
-    hold_plainly(papplPrinterFindJob(printer, id));
+    hold(papplPrinterFindJob(printer, id));
   }
-  if (step.release.has_value() && !rests_) {
-    papplJobRelease(papplPrinterFindJob(printer, *step.release), nullptr);
-  }
-  for (const QueuedJob& job : seen) {
-    // Those that wait for their turn only are not to look as if somebody had held them.
-    pappl_job_t* const waiting = papplPrinterFindJob(printer, job.id);
-    if (job.ready && !job.held_by_operator && job.state == QueuedJob::State::held &&
-        step.release != job.id && says_held(waiting)) {
-      hold_plainly(waiting);
+  for (const int id : step.release) {
+    if (!rests_) {
+      papplJobRelease(papplPrinterFindJob(printer, id), nullptr);
     }
   }
 }

@@ -274,6 +274,7 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   const auto begin = std::chrono::steady_clock::now();
   const Turn turn(turns, printer_id, job_id);
   say_nothing_of_waiting(job);
+  application.queue->begin(printer_id, job_id);
   bool printed = false;
   JobRecord record;
   try {
@@ -289,8 +290,7 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   const int ended = printed ? IPP_JSTATE_COMPLETED : IPP_JSTATE_ABORTED;
   application.journal->note_ended(printer_id, job_id,
                                   papplJobIsCanceled(job) ? int{IPP_JSTATE_CANCELED} : ended);
-  // PAPPL starts the next one as soon as this ends.
-  application.queue->settle();
+  application.queue->end(printer_id, job_id);
   return printed;
 }
 

@@ -165,8 +165,9 @@ void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_
   const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
     const bool is_held = (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
-    note_job(job, is_held, *application.journal);
+    // The queue waits for the job's lock then, and has it as soon as this returns.
     application.queue->add(printer_id, papplJobGetID(job), is_held);
+    note_job(job, is_held, *application.journal);
   }
   if ((event & PAPPL_EVENT_JOB_STATE_CHANGED) != 0) {
     take_hold(job, application);
@@ -179,16 +180,17 @@ void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_
   }
 }
 
-/// Marks jobs whose end was no event, such as those with an upload that broke.
-void add_lost(pappl_system_t* system, std::vector<JournalEntry>& entries) {
+/// Takes the end of those jobs as it is for PAPPL, which writes it down: marks those whose end was
+/// no event, such as one with an upload that broke, and keeps the notes of those whose end it has
+/// not seen yet.
+void take_ends(pappl_system_t* system, std::vector<JournalEntry>& entries) {
   for (JournalEntry& entry : entries) {
     pappl_printer_t* const printer =
         papplSystemFindPrinter(system, nullptr, entry.printer_id, nullptr);
     pappl_job_t* const job =
         printer == nullptr ? nullptr : papplPrinterFindJob(printer, entry.job_id);
-    if (job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED) {
-      entry.ended = IPP_JSTATE_ABORTED;
-    }
+    const bool has_ended = job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED;
+    entry.ended = has_ended ? int{IPP_JSTATE_ABORTED} : 0;
   }
 }
 
@@ -201,7 +203,7 @@ bool save_state(pappl_system_t* system, void* data) {
     application.queue->stop();
   }
   auto entries = application.journal->entries();
-  add_lost(system, entries);
+  take_ends(system, entries);
   const std::string aside = application.state_file + ".aside";
   if (!papplSystemSaveState(system, aside.c_str())) {
     return false;

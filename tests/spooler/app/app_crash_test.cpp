@@ -14,11 +14,11 @@ namespace {
 
 class AppCrash : public AppTest {
  protected:
-  /// Waits for a job that was accepted before. One of the last milliseconds is held, for its
-  /// document may be cut: it is released as an operator does it.
+  /// Waits for a job that was accepted before. One of the last moment is held, for its document may
+  /// be cut: it is released as an operator does it. The queue holds jobs for a moment, too.
   AppJob wait_and_release(int id) {
     if (server_.job("office", id).state == kHeld) {
-      EXPECT_TRUE(server_.tell_job("release", "office", id));
+      server_.tell_job("release", "office", id);
     }
     return server_.wait_for("office", id);
   }

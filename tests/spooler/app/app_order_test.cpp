@@ -48,6 +48,30 @@ TEST_F(AppOrder, WaitingJobsPrintInTheOrderInWhichTheyCame) {
   expect_order({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
 }
 
+/// A job that comes in the moment in which the printer becomes free may overtake others, rarely.
+TEST_F(AppOrder, JobsThatComeWhileOthersPrintKeepTheirOrder) {
+  constexpr int kJobs = 40;
+  submit_pages(1, kJobs);
+  int overtaken = 0;
+  int last = 0;
+  for (const PrinterJob& job : printer_.wait_for_jobs(kJobs)) {
+    const int number = std::stoi(name_of(job).substr(1));
+    overtaken += number < last ? 1 : 0;
+    last = number;
+  }
+  EXPECT_LE(overtaken, 2);
+}
+
+/// CUPS's backend takes a job that is held for one that has ended.
+TEST_F(AppOrder, WaitingJobsArePendingNotHeld) {
+  begin_with_a_large_job();
+  for (const int id : submit_pages(2, 4)) {
+    EXPECT_TRUE(server_.wait_for_state("office", id, kPending)) << id;
+  }
+  printer_.tell("go");
+  expect_order({1, 2, 3, 4});
+}
+
 TEST_F(AppOrder, AnOperatorsHoldStaysUntilItIsReleased) {
   begin_with_a_large_job();
   const std::vector<int> ids = submit_pages(2, 4);
