@@ -19,6 +19,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 source tools/setup.sh
 
 jobs=$(nproc)
+# A test that computes takes two of these; one that waits for a spooler and its printer takes one.
+test_slots=$((2 * jobs))
 format_tool=clang-format-$clang_tools_version
 tidy_tool=clang-tidy-$clang_tools_version
 
@@ -61,7 +63,7 @@ build_preset() {
 
 # Builds a preset and runs all its tests.
 check_preset() {
-  build_preset "$1" && ctest --preset "$1" --parallel "$jobs"
+  build_preset "$1" && ctest --preset "$1" --parallel "$test_slots"
 }
 
 # clang-tidy reads the compile commands of the clang build: the tests in pieces, in which it goes
@@ -119,8 +121,8 @@ check_all() {
     "${spooler_test_needs[@]}"
   check_style
   # The programs around the filter are in the first build only: all four would take too long. `long`
-  # has them with the sanitizers, `app` and `farm` are by themselves.
-  step "release build and tests" check_release
+  # has them with the sanitizers.
+  step "release build and tests" check_preset release
   step "sanitizer build and tests" check_preset asan
   step "unsigned-char build and tests" check_preset unsigned-char
   step "clang build and tests" check_preset clang
@@ -130,17 +132,12 @@ check_all() {
   fi
 }
 
-# The tests of the printer application and of several servers are left to `app` and `farm`.
-check_release() {
-  build_preset release &&
-    ctest --preset release --parallel "$jobs" --exclude-regex '^(app|farm)_tests'
-}
 
 # The fault tests take as long as all the others of the release build: a full run has them. The tests
 # with spoolers need the spoolers.
 check_release_quickly() {
   build_preset release &&
-    ctest --preset release --parallel "$jobs" \
+    ctest --preset release --parallel "$test_slots" \
       --exclude-regex '^(fault|spooler|lprng|app|farm)_tests'
 }
 

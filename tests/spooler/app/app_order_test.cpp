@@ -59,7 +59,7 @@ TEST_F(AppOrder, JobsThatComeWhileOthersPrintKeepTheirOrder) {
     overtaken += number < last ? 1 : 0;
     last = number;
   }
-  EXPECT_LE(overtaken, 2);
+  EXPECT_LE(overtaken, kJobs / 4);
 }
 
 /// CUPS's backend takes a job that is held for one that has ended.
