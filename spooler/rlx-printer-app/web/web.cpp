@@ -51,6 +51,14 @@ bool answer(pappl_client_t* client, void* data) {
   }
 }
 
+/// The strings are in PAPPL's tables then, and the file that they came from is no page of the
+/// server. Where there is one, PAPPL 1.3.1 adds its language to the printer's attributes at each
+/// Get-Printer-Attributes, so that the answers grow for ever.
+void add_strings(pappl_system_t* system, const char* path, const char* language, const char* data) {
+  papplSystemAddStringsData(system, path, language, data);
+  papplSystemRemoveResource(system, path);
+}
+
 }  // namespace
 
 void add_web_pages(pappl_system_t* system, const Application& application) {
@@ -67,8 +75,8 @@ void add_web_pages(pappl_system_t* system, const Application& application) {
   }
   papplSystemAddResourceString(system, "/rlx.css", "text/css", kStyle);
   static const std::string japanese = japanese_strings();
-  papplSystemAddStringsData(system, "/rlx-ja.strings", "ja", japanese.c_str());
-  papplSystemAddStringsData(system, "/rlx-en.strings", "en", "\"rlx-language\" = \"en\";\n");
+  add_strings(system, "/rlx-ja.strings", "ja", japanese.c_str());
+  add_strings(system, "/rlx-en.strings", "en", "\"rlx-language\" = \"en\";\n");
   // Without a footer PAPPL 1.3.1 crashes where it looks for its translation.
   papplSystemSetFooterHTML(system, "rlx-printer-app " RLX_VERSION);
   papplSystemAddLink(system, "Forms", "/forms", PAPPL_LOPTIONS_NAVIGATION);
