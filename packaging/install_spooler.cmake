@@ -11,6 +11,14 @@ configure_file(${spooler}/rlx-queue/rlx-queue ${PROJECT_BINARY_DIR}/rlx-queue @O
 install(PROGRAMS ${PROJECT_BINARY_DIR}/rlx-queue DESTINATION ${CMAKE_INSTALL_SBINDIR}
         COMPONENT rlx-cups)
 
+# The backend of queues to a printer application, of which CUPS chooses one by the scheme of the device.
+file(RELATIVE_PATH RLX_TO_PPDS /${RLX_CUPS_SERVERBIN}/backend /${CMAKE_INSTALL_DATADIR}/rlx)
+configure_file(${spooler}/rlxipp/rlxipp ${PROJECT_BINARY_DIR}/rlxipp @ONLY)
+foreach(scheme IN ITEMS rlxipp rlxipps)
+  install(PROGRAMS ${PROJECT_BINARY_DIR}/rlxipp DESTINATION ${RLX_CUPS_SERVERBIN}/backend
+          RENAME ${scheme} COMPONENT rlx-cups)
+endforeach()
+
 # The driver file names its catalogue of translations, which has to stand beside it.
 foreach(data IN ITEMS drv/rlx.drv drv/rlx-ja.po mime/rlx.types mime/rlx.convs)
   get_filename_component(name ${data} NAME)

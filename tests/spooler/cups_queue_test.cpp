@@ -184,6 +184,37 @@ TEST_F(CupsQueue, SocketsAreNotAskedBySnmp) {
   }
 }
 
+/// A printer application runs the filter itself: the queue's PPD has no filter for its jobs.
+TEST_F(CupsQueue, PrinterApplications) {
+  const std::string passed_on = "*cupsFilter: \"text/plain 0 -\"\n";
+  const std::string filtered_here = "*cupsFilter: \"text/plain 0 texttorlx\"\n";
+  for (const auto& [given, kept] :
+       {std::pair("ipp://h:8631/ipp/print/p", "rlxipp://h:8631/ipp/print/p"),
+        {"ipps://h/ipp/print/p", "rlxipps://h/ipp/print/p"},
+        {"rlxipp://h/ipp/print/p", "rlxipp://h/ipp/print/p"}}) {
+    EXPECT_EQ(server_.rlx_queue({"add", "app", "--device", given, "--forms", forms()}).status, 0);
+    EXPECT_EQ(device("app"), std::string("device for app: ") + kept + "\n");
+    EXPECT_EQ(option("app", "form"), "form/Form: *None INVOICE LABEL");
+    EXPECT_NE(ppd("app").find(passed_on), std::string::npos);
+    // cupsd would refuse every job.
+    EXPECT_EQ(ppd("app").find("cupsMandatory"), std::string::npos);
+  }
+  EXPECT_EQ(server_.rlx_queue({"refresh", "app"}).status, 0);
+  EXPECT_NE(ppd("app").find(passed_on), std::string::npos);
+  EXPECT_EQ(server_.rlx_queue({"refresh", "app", "--device", printer_.uri()}).status, 0);
+  EXPECT_NE(ppd("app").find(filtered_here), std::string::npos);
+  EXPECT_EQ(server_.rlx_queue({"refresh", "app", "--device", "ipp://h/ipp/print/p"}).status, 0);
+  EXPECT_NE(ppd("app").find(passed_on), std::string::npos);
+  for (const std::string setting : {"--mode", "--resolution"}) {
+    const Outcome refused =
+        server_.rlx_queue({"add", "new", "--device", "ipp://h/ipp/print/p", setting, "2"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_NE(refused.messages.find(setting + " is set where the printer is"), std::string::npos)
+        << refused.messages;
+  }
+  EXPECT_FALSE(has_queue("new"));
+}
+
 TEST_F(CupsQueue, ListAndRemove) {
   EXPECT_EQ(server_.run({"lpadmin", "-p", "raw", "-v", "socket://h:9100"}).status, 0);
   EXPECT_EQ(server_.rlx_queue({"list"}).output, "q: " + printer_.uri() + "/?snmp=false\n");

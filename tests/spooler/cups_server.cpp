@@ -131,6 +131,7 @@ void CupsServer::make_folders() const {
   link_all(installed_tree() + "/lib/cups/filter", bin / "filter");
   link_all(std::string(kSystemServerBin) + "/filter", bin / "filter");
   // A folder of its own, so that a test can add a backend.
+  link_all(installed_tree() + "/lib/cups/backend", bin / "backend");
   link_all(std::string(kSystemServerBin) + "/backend", bin / "backend");
   link_all(kSystemServerBin, bin);
   const fs::path data = fs::path(directory_) / "share";

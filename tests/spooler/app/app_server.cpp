@@ -134,6 +134,15 @@ Outcome AppServer::run(std::vector<std::string> words) const {
   return run_command({.words = words, .environment = {{"HOME", directory_}}});
 }
 
+Outcome AppServer::ipptool(const std::string& file, const std::vector<std::string>& words,
+                           const std::string& printer) const {
+  std::vector<std::string> command{"ipptool", "-t", "-T", "30"};
+  command.insert(command.end(), words.begin(), words.end());
+  command.insert(command.end(),
+                 {uri(printer), RLX_PROJECT_DIRECTORY "/tests/spooler/app/ipptool/" + file});
+  return run_command({.words = command, .environment = {{"HOME", directory_}}});
+}
+
 void AppServer::add_printer(const std::string& name, const std::string& kind,
                             const std::string& device) {
   const Outcome outcome = run({"add", "-d", name, "-v", device, "-m", kind});

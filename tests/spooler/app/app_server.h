@@ -44,6 +44,10 @@ class AppServer {
 
   /// Runs a sub-command of the program with this server.
   Outcome run(std::vector<std::string> words) const;
+  /// Runs ipptool with a file of the folder ipptool/, for a printer; it says nothing when all is as
+  /// the file expects. @param words  such as {"-f", FILE}, in front of the address
+  Outcome ipptool(const std::string& file, const std::vector<std::string>& words = {},
+                  const std::string& printer = "office") const;
   void add_printer(const std::string& name, const std::string& kind, const std::string& device);
 
   /// Print-Job by a client of libcups. @return its number; 0, and `words`, when it was refused.
