@@ -73,7 +73,7 @@ spooler_test_needs=(
 web_test_needs=(
   /usr/bin/chromium:chromium
   chromedriver:chromium-driver
-  /usr/include/x86_64-linux-gnu/curl/curl.h:libcurl4-openssl-dev
+  curl-config:libcurl4-openssl-dev
 )
 
 # Format and lint are tied to one version of their tools: another one asks for other changes.

@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -40,7 +41,7 @@ WebTest::WebTest() : folder_(make_directory("web")), port_(free_port()) {
   fs::create_directories(folder_ + "/sp");
   fs::copy(RLX_PROJECT_DIRECTORY "/examples/forms/fcbe/INVOICE", form_path("INVOICE"));
   start();
-  EXPECT_EQ(run({"add", "-d", "office", "-v", printer_.uri(), "-m", "rlx-240"}).status, 0);
+  EXPECT_EQ(run_here({"add", "-d", "office", "-v", printer_.uri(), "-m", "rlx-240"}).status, 0);
 }
 
 void WebTest::start() {
@@ -56,11 +57,25 @@ void WebTest::start() {
   EXPECT_TRUE(comes_true(kPatience, [this] { return web_request(at("/forms")).status == 200; }));
 }
 
-Outcome WebTest::run(std::vector<std::string> words) const {
-  words.insert(words.begin(), RLX_BUILD_DIRECTORY "/rlx-printer-app");
-  words.insert(words.begin() + 2, {"-h", "localhost:" + std::to_string(port_)});
-  return run_command(
-      {.words = words, .environment = {{"HOME", folder_}, {"PATH", "/usr/bin:/bin"}}});
+Outcome WebTest::run(const std::vector<std::string>& words) const {
+  std::vector<std::string> all{RLX_BUILD_DIRECTORY "/rlx-printer-app"};
+  all.insert(all.end(), words.begin(), words.end());
+  return run_command({.words = all, .environment = {{"HOME", folder_}, {"PATH", "/usr/bin:/bin"}}});
+}
+
+Outcome WebTest::run_here(std::vector<std::string> words) const {
+  words.insert(words.begin() + 1, {"-h", authority()});
+  return run(words);
+}
+
+int WebTest::painters() const {
+  const auto all = processes_with("HOME", folder_);
+  return static_cast<int>(std::count_if(all.begin(), all.end(), [](pid_t process) {
+    std::error_code error;
+    const fs::path program =
+        fs::read_symlink("/proc/" + std::to_string(process) + "/exe", error).filename();
+    return program == "rlxproof";
+  }));
 }
 
 void WebTest::submit(const std::string& text, const std::vector<std::string>& options) const {
@@ -71,7 +86,7 @@ void WebTest::submit(const std::string& text, const std::vector<std::string>& op
     words.insert(words.end(), {"-o", option});
   }
   words.push_back(file);
-  const Outcome outcome = run(words);
+  const Outcome outcome = run_here(words);
   EXPECT_EQ(outcome.status, 0) << outcome.messages;
 }
 

@@ -1,0 +1,151 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <future>
+
+#include "spooler/web/browser/web_test.h"
+
+// Who may do what by the web page, and how much at once.
+namespace rlx::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kPassword = "Lines2Print";
+constexpr const char* kForm = "print 4 79200\nlpi 1200 66\n";
+
+bool has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class WebSecurity : public WebTest {
+ protected:
+  void set_password() {
+    Browser browser;
+    browser.open(at("/security"));
+    browser.type("input[name=new_password]", kPassword);
+    browser.type("input[name=new_password2]", kPassword);
+    browser.keep_screenshot("security-desktop");
+    browser.follow("input[type=submit]");
+    ASSERT_TRUE(has(browser.text(), "Password changed.")) << browser.text();
+  }
+
+  static void log_in(Browser& browser, const std::string& password) {
+    browser.type("input[name=password]", password);
+    browser.follow("input[value=Login]");
+  }
+};
+
+TEST_F(WebSecurity, WithAPasswordFormsAndJobsAskForIt) {
+  submit("A\n");
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  set_password();
+  for (const char* const path : {"/forms/change", "/forms/delete?name=INVOICE", "/proofs",
+                                 "/proofs/job?of=1-1", "/proofs/page?of=1-1&page=1",
+                                 "/proofs/picture?of=1-1&page=1&sheet=1", "/proofs/dump?of=1-1"}) {
+    EXPECT_TRUE(has(web_request(at(path)).body, "name=\"password\"")) << path;
+  }
+  // What needs none: forms are seen and tried.
+  for (const char* const path : {"/forms", "/forms/form?name=INVOICE", "/try"}) {
+    EXPECT_FALSE(has(web_request(at(path)).body, "name=\"password\"")) << path;
+  }
+}
+
+TEST_F(WebSecurity, AFormIsStoredAfterTheLogin) {
+  set_password();
+  Browser browser;
+  browser.open(at("/forms/change"));
+  browser.keep_screenshot("login-desktop");
+  log_in(browser, "wrong");
+  EXPECT_TRUE(has(browser.text(), "Password incorrect.")) << browser.text();
+  log_in(browser, kPassword);
+  browser.type("input[name=name]", "SLIP");
+  browser.type("textarea", kForm);
+  browser.click_text("Check and store");
+  EXPECT_TRUE(fs::exists(form_path("SLIP")));
+  browser.open(at("/forms/delete?name=SLIP"));
+  browser.follow("input[type=submit]");
+  EXPECT_FALSE(fs::exists(form_path("SLIP"))) << "the login holds";
+}
+
+TEST_F(WebSecurity, ThePasswordIsChangedWithTheOldOne) {
+  set_password();
+  Browser browser;
+  browser.open(at("/security"));
+  log_in(browser, kPassword);
+  browser.open(at("/security"));
+  const auto change = [&browser](const std::string& old_password) {
+    browser.type("input[name=old_password]", old_password);
+    browser.type("input[name=new_password]", "Print2Lines");
+    browser.type("input[name=new_password2]", "Print2Lines");
+    browser.follow("input[type=submit]");
+    return browser.text();
+  };
+  EXPECT_TRUE(has(change("wrong"), "Wrong old password."));
+  EXPECT_TRUE(has(change(kPassword), "Password changed."));
+}
+
+TEST_F(WebSecurity, NothingIsChangedWithoutTheLogin) {
+  // A page that was open before has a session that is still good.
+  const std::string page = web_request(at("/forms/delete?name=INVOICE")).body;
+  const std::string before = "name=\"session\" value=\"";
+  const std::size_t begin = page.find(before) + before.size();
+  const std::string session = page.substr(begin, page.find('"', begin) - begin);
+  ASSERT_FALSE(session.empty());
+  set_password();
+  const std::string removal = "name=INVOICE&session=" + session;
+  EXPECT_TRUE(has(web_request(at("/forms/delete"), &removal).body, "name=\"password\""));
+  const std::string guess = removal + "&password=guessed";
+  EXPECT_TRUE(has(web_request(at("/forms/delete"), &guess).body, "Password incorrect."));
+  EXPECT_TRUE(fs::exists(form_path("INVOICE")));
+}
+
+TEST_F(WebSecurity, ThePagesAreThereWithTls) {
+  EXPECT_EQ(web_request("https://" + authority() + "/forms").status, 200);
+  const WebAnswer picture = web_request("https://" + authority() + "/forms/picture?name=INVOICE");
+  EXPECT_TRUE(has(picture.body, "<svg"));
+}
+
+TEST_F(WebSecurity, AJobComesWithTls) {
+  const std::string file = form_path("INVOICE");  // any text
+  const Outcome outcome =
+      run({"submit", "-u", "ipps://" + authority() + "/ipp/print/office", file});
+  EXPECT_EQ(outcome.status, 0) << outcome.messages;
+  const auto jobs = printer_.wait_for_jobs(1);
+  ASSERT_EQ(jobs.size(), 1U);
+  EXPECT_TRUE(jobs[0].is_whole()) << jobs[0].end;
+}
+
+TEST_F(WebSecurity, TwoRequestsDrawAtATime) {
+  constexpr std::size_t kRequests = 6;
+  std::string pages;
+  for (int page = 0; page < 8; ++page) {
+    for (int line = 0; line < 60; ++line) {
+      pages += "a line that is drawn on each of the pages of this job\n";
+    }
+    pages += '\f';
+  }
+  for (std::size_t job = 0; job < kRequests; ++job) {
+    submit(pages);
+  }
+  ASSERT_EQ(printer_.wait_for_jobs(kRequests).size(), kRequests);
+  std::vector<std::future<WebAnswer>> answers;
+  for (std::size_t job = 1; job <= kRequests; ++job) {
+    answers.push_back(std::async(std::launch::async, [this, job] {
+      return web_request(at("/proofs/job?of=1-" + std::to_string(job)));
+    }));
+  }
+  int most = 0;
+  for (std::future<WebAnswer>& answer : answers) {
+    while (answer.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
+      most = std::max(most, painters());
+    }
+    const WebAnswer page = answer.get();
+    EXPECT_EQ(page.status, 200);
+    EXPECT_TRUE(has(page.body, "/proofs/picture?of=")) << "all had their turn: " << page.body;
+  }
+  EXPECT_EQ(most, 2);
+}
+
+}  // namespace
+}  // namespace rlx::testing
