@@ -36,6 +36,9 @@ int main(int argc, char** argv) try {
   if (!address.at_server.empty()) {
     return run_at_server(address);
   }
+  if (!has_printer(address)) {
+    return 1;
+  }
   std::vector<char*> words;
   for (std::string& word : address.words) {
     words.push_back(word.data());

@@ -41,7 +41,38 @@ TEST(ServerAddress, ColonsWithinBracketsAreNoPort) {
 TEST(ServerAddress, WhatPapplHasNoUriForIsDoneHere) {
   EXPECT_EQ(read_server_address({"rlx-printer-app", "printers", "-h", "h"}).at_server, "printers");
   EXPECT_EQ(read_server_address({"rlx-printer-app", "shutdown", "-h", "h"}).at_server, "shutdown");
+  EXPECT_EQ(read_server_address({"rlx-printer-app", "status", "-h", "h"}).at_server, "status");
   EXPECT_EQ(read_server_address({"rlx-printer-app", "add", "-h", "h"}).at_server, "");
+}
+
+TEST(ServerAddress, DefaultsAreSetHere) {
+  const ServerAddress address = read_server_address(
+      {"rlx-printer-app", "modify", "-o", "lpi=8", "-h", "h", "-d", "office", "-o", "form=A"});
+  EXPECT_EQ(address.at_server, "modify");
+  EXPECT_EQ(address.printer, "office");
+  EXPECT_EQ(address.options, (Words{"lpi=8", "form=A"}));
+}
+
+TEST(ServerAddress, NothingButDefaultsIsModified) {
+  EXPECT_THROW(read_server_address({"rlx-printer-app", "modify", "-h", "h", "-d", "a"}),
+               std::runtime_error);
+  EXPECT_THROW(read_server_address({"rlx-printer-app", "modify", "-h", "h", "-d", "a", "-o",
+                                    "lpi=8", "-v", "socket://b"}),
+               std::runtime_error);
+}
+
+TEST(ServerAddress, TheDefaultPrinterIsShownOrSet) {
+  EXPECT_EQ(read_server_address({"rlx-printer-app", "default", "-h", "h"}).words,
+            (Words{"rlx-printer-app", "default", "-u", "ipp://h:8631/ipp/system"}));
+  EXPECT_EQ(
+      read_server_address({"rlx-printer-app", "default", "-h", "h", "-d", "office"}).words,
+      (Words{"rlx-printer-app", "default", "-u", "ipp://h:8631/ipp/print/office", "-d", "office"}));
+}
+
+TEST(ServerAddress, PrintersThatPapplWouldNotMiss) {
+  EXPECT_EQ(read_server_address({"rlx-printer-app", "jobs", "-h", "h", "-d", "a"}).printer, "a");
+  EXPECT_EQ(read_server_address({"rlx-printer-app", "status", "-h", "h", "-d", "a"}).printer, "a");
+  EXPECT_EQ(read_server_address({"rlx-printer-app", "pause", "-h", "h", "-d", "a"}).printer, "");
 }
 
 TEST(ServerAddress, ANameWithSpacesIsAPath) {
@@ -62,7 +93,8 @@ TEST(ServerAddress, KindsAndDevicesNeedNoServer) {
 
 TEST(ServerAddress, WhatIsMissingIsNamed) {
   EXPECT_THROW(read_server_address({"rlx-printer-app", "status", "-h"}), std::runtime_error);
-  EXPECT_THROW(read_server_address({"rlx-printer-app", "status", "-h", "h"}), std::runtime_error);
+  EXPECT_THROW(read_server_address({"rlx-printer-app", "jobs", "-h", "h"}), std::runtime_error);
+  EXPECT_THROW(read_server_address({"rlx-printer-app", "modify", "-h", "h"}), std::runtime_error);
 }
 
 }  // namespace
