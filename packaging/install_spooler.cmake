@@ -27,6 +27,13 @@ foreach(data IN ITEMS drv/rlx.drv drv/rlx-ja.po mime/rlx.types mime/rlx.convs)
           COMPONENT rlx-cups)
 endforeach()
 
+# Several print servers behind one queue: what is said of them, and the scripts, to be copied.
+install(FILES ${PROJECT_SOURCE_DIR}/docs/print-farm.md
+        DESTINATION ${rlx_document_directory}/rlx-cups COMPONENT rlx-cups)
+file(GLOB scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/print-farm/*)
+install(PROGRAMS ${scripts} DESTINATION ${rlx_document_directory}/rlx-cups/examples/print-farm
+        COMPONENT rlx-cups)
+
 # The PPDs of the driver file, in the build folder's ppd/ as in the installed share/rlx/.
 find_program(RLX_PPDC ppdc REQUIRED)
 file(STRINGS ${spooler}/cups/rlx.drv ppd_lines REGEX "^[ \t]*PCFileName[ \t]+\"")

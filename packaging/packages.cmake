@@ -113,6 +113,7 @@ web page. It takes text, line-printer and RLX jobs, runs zqeuctorlx for each,
 and hands the result to printers on the network; jobs that it has accepted
 outlive a crash."
   DEPENDS
-  "zqeuctorlx (= ${package_version}), rlx-tools (= ${package_version}), adduser")
+  "zqeuctorlx (= ${package_version}), rlx-tools (= ${package_version}), adduser"
+  SUGGESTS "avahi-daemon")
 
 include(CPack)

@@ -34,11 +34,11 @@ newest=$(grep -m 1 '^## ' "$here/../../CHANGELOG.md")
 [[ $newest == "## $version" || $newest == "## $version "* ]] ||
   fail "the version is $version, CHANGELOG.md begins with: $newest"
 
-# All but the filter, whose options are fixed, tell their version and how they are used.
+# All but the filter, whose options are fixed, and examples tell their version and how they are used.
 programs=0
 while read -r mode file; do
   name=${file##*/}
-  if [[ $mode != 755 || $name == zqeuctorlx ]]; then
+  if [[ $mode != 755 || $name == zqeuctorlx || $file == share/doc/* ]]; then
     continue
   fi
   programs=$((programs + 1))
