@@ -3,7 +3,7 @@
 namespace rlx::printer_app {
 
 const char* const kStyle = R"(
-.rlx { font-family: "Open Sans", "DejaVu Sans", sans-serif; }
+.rlx { font-family: "Open Sans", "DejaVu Sans", sans-serif; line-height: 1.4; }
 .rlx:lang(ja) { font-family: "Open Sans", "Noto Sans CJK JP", "IPAPGothic", sans-serif; }
 .rlx h1 .btn, .rlx h2 .btn { vertical-align: middle; }
 .rlx h1 { overflow-wrap: anywhere; }
@@ -12,8 +12,10 @@ const char* const kStyle = R"(
 .rlx a.btn { display: inline-block; margin: 2px 4px 2px 0; white-space: normal; }
 .rlx label { display: block; max-width: 100%; min-width: 0; }
 .rlx label input[type=checkbox] { margin: 0 6px 0 0; }
-.rlx textarea, .rlx select, .rlx input[type=text], .rlx input[type=file] { box-sizing: border-box; max-width: 100%; }
-.rlx textarea { display: block; width: 100%; font-size: 14px; line-height: 1.4; margin-top: 4px; }
+.rlx textarea, .rlx select, .rlx input[type=text], .rlx input[type=file] {
+  box-sizing: border-box; max-width: 100%; }
+.rlx textarea { border: 1px solid #888; border-radius: 6px; display: block; font-size: 14px;
+  line-height: 1.4; margin-top: 4px; padding: 8px 10px; width: 100%; }
 .rlx-row { display: flex; flex-wrap: wrap; gap: 12px 28px; }
 .rlx-grid { display: grid; grid-template-columns: repeat(auto-fill, minmax(190px, 1fr));
   gap: 20px; margin: 16px 0; }
@@ -65,8 +67,8 @@ p.rlx-fault { background: #fdecee; border-left: 4px solid #b00020; padding: 8px 
   .rlx-frame { height: 190px; }
   .rlx-jobs li { grid-template-columns: minmax(0, 1fr) auto; }
   .rlx-jobs time { grid-column: 1 / -1; }
-  .header div.nav { font-size: 17px; line-height: 32px; }
-  .header a.btn, .header span.active { padding: 0 14px 0 0; }
+  .header div.nav { font-size: 15px; line-height: 32px; }
+  .header a.btn, .header span.active { padding: 0 10px 0 0; }
   .header a.btn img { margin-right: 0; }
   .rlx-facts th, .rlx-facts td { display: block; padding: 0; width: auto; }
   .rlx-facts td { padding-bottom: 8px; }
