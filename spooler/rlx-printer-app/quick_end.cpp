@@ -12,6 +12,8 @@ namespace {
 
 constexpr int kStartMilliseconds = 5;
 constexpr int kLookMilliseconds = 200;
+/// So often in a row no job has to be at a printer.
+constexpr int kQuietLooks = 2;
 /// What a job that prints gets to end; systemd gives the server a minute.
 constexpr std::chrono::seconds kPatience(45);
 
@@ -66,12 +68,14 @@ void QuickEnd::watch() {
   }
   queue_.rest();
   const Clock::time_point latest = Clock::now() + kPatience;
-  // A job that was released just before is seen at the printer after the first pause.
-  do {
+  // A job that was released just before is seen at the printer after the first pause. PAPPL notes
+  // the end of one a little after it has left the printer: what is not noted is printed again.
+  for (int quiet = 0; quiet < kQuietLooks && Clock::now() < latest;) {
     if (!done_.pause(kLookMilliseconds)) {
       return;
     }
-  } while (jobs_at_printers() > 0 && Clock::now() < latest);
+    quiet = jobs_at_printers() == 0 ? quiet + 1 : 0;
+  }
   end_();
 }
 
