@@ -195,5 +195,22 @@ TEST_F(WebPages, FitAPhone) {
   }
 }
 
+TEST_F(WebPages, TheFrameworksPagesInJapanese) {
+  Browser browser({1280, 1000, "ja"});
+  browser.open(at("/"));
+  const std::string home = browser.text();
+  for (const char* const word : {"設定", "設置場所", "組織", "印刷の既定値"}) {
+    EXPECT_TRUE(has(home, word)) << word << " in " << home;
+  }
+  browser.keep_screenshot("home-desktop-ja");
+  browser.open(at("/office/printing"));
+  EXPECT_TRUE(has(browser.text(), "長辺とじ")) << browser.text();
+  browser.keep_screenshot("defaults-desktop-ja");
+  Browser english;
+  english.open(at("/"));
+  EXPECT_TRUE(has(english.text(), "Configuration")) << english.text();
+  english.keep_screenshot("home-desktop");
+}
+
 }  // namespace
 }  // namespace rlx::testing
