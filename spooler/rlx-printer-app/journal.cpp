@@ -212,7 +212,9 @@ std::string Journal::attributes_path(int printer_id, int job_id) const {
 }
 
 bool Journal::note(const JournalEntry& entry) const {
-  return put_in_place(path_of(entry.printer_id, entry.job_id), to_json(entry).dump());
+  // Names come as clients send them, which may be no UTF-8.
+  const std::string text = to_json(entry).dump(-1, ' ', false, json::error_handler_t::replace);
+  return put_in_place(path_of(entry.printer_id, entry.job_id), text);
 }
 
 template <typename Change>

@@ -154,14 +154,7 @@ void take_hold(pappl_job_t* job, const Application& application) {
   }
 }
 
-/// PAPPL calls this for each event, before it answers the client. Jobs of the state file are
-/// created again at the start; they are noted already, and come before the event is asked for.
-void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
-                pappl_event_t event, void* data) {
-  const auto& application = *static_cast<const Application*>(data);
-  if (job == nullptr) {
-    return;
-  }
+void follow_event(pappl_job_t* job, pappl_event_t event, const Application& application) {
   const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
     const bool is_held = (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
@@ -177,6 +170,21 @@ void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_
     application.journal->note_ended(printer_id, papplJobGetID(job),
                                     std::max(papplJobGetState(job), IPP_JSTATE_CANCELED));
     application.queue->wake();
+  }
+}
+
+/// PAPPL calls this for each event, before it answers the client. Jobs of the state file are
+/// created again at the start; they are noted already, and come before the event is asked for.
+void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+                pappl_event_t event, void* data) {
+  if (job == nullptr) {
+    return;
+  }
+  try {
+    follow_event(job, event, *static_cast<const Application*>(data));
+  } catch (const std::exception& error) {
+    // It would end the server: PAPPL is in C.
+    papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "The job cannot be followed: %s", error.what());
   }
 }
 

@@ -62,6 +62,26 @@ TEST_F(JournalTest, AJobGoesThroughItsNotes) {
 }
 
 /// A job whose server died between the mark and the note.
+/// PAPPL hands names on as a client has sent them.
+TEST_F(JournalTest, BytesThatAreNoUtf8AreReplaced) {
+  const Journal journal("journal");
+  JournalEntry entry = entry_of(1, 7);
+  entry.name =
+      "a\xff\xfe"
+      "b";
+  entry.user = "\xc3(";
+  entry.format = "text/\x80";
+  ASSERT_TRUE(journal.note(entry));
+  ASSERT_EQ(journal.entries().size(), 1U);
+  EXPECT_EQ(journal.entries()[0].name,
+            "a\xef\xbf\xbd\xef\xbf\xbd"
+            "b");
+  EXPECT_EQ(journal.entries()[0].user, "\xef\xbf\xbd(");
+  EXPECT_EQ(journal.entries()[0].format, "text/\xef\xbf\xbd");
+  ASSERT_TRUE(journal.note_complete(1, 7, "/spool/x"));
+  EXPECT_TRUE(journal.entries()[0].complete);
+}
+
 TEST_F(JournalTest, AMarkedJobIsComplete) {
   const Journal journal("journal");
   ASSERT_TRUE(journal.note(entry_of(1, 7)));
