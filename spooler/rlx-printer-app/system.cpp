@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "mapping/words.h"
+#include "rlx-printer-app/early_release.h"
 #include "rlx-printer-app/formats.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
@@ -143,7 +144,7 @@ void note_job(pappl_job_t* job, bool is_held, const Journal& journal) {
   }
 }
 
-/// Somebody has held or released the job; the queue's own holds are no events.
+/// Somebody has held or released the job; the queue's own holds and releases are no events.
 void take_hold(pappl_job_t* job, const Application& application) {
   const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   const int job_id = papplJobGetID(job);
@@ -151,6 +152,9 @@ void take_hold(pappl_job_t* job, const Application& application) {
   if (state == IPP_JSTATE_HELD || state == IPP_JSTATE_PENDING) {
     application.journal->note_held(printer_id, job_id, state == IPP_JSTATE_HELD);
     application.queue->set_held(printer_id, job_id, state == IPP_JSTATE_HELD);
+    if (state == IPP_JSTATE_PENDING && papplJobGetFilename(job) == nullptr) {
+      hold_again(job);
+    }
   }
 }
 

@@ -94,6 +94,21 @@ TEST_F(AppOrder, AJobThatCameHeldWaits) {
   expect_order({2, 1});
 }
 
+/// PAPPL alone would start it and end with a null pointer.
+TEST_F(AppOrder, AJobThatIsReleasedTooEarlyWaitsForItsDocument) {
+  constexpr int kTimes = 20;
+  for (int number = 1; number <= kTimes; ++number) {
+    const int id = server_.create("office", {{"job-hold-until", "indefinite"}});
+    ASSERT_GT(id, 0);
+    ASSERT_TRUE(server_.tell_job("release", "office", id));
+    EXPECT_EQ(server_.job("office", id).state, kHeld);
+    ASSERT_TRUE(
+        server_.send_document("office", id, numbered_pages("J" + std::to_string(number), 1)));
+    EXPECT_EQ(server_.wait_for("office", id).state, kCompleted);
+  }
+  EXPECT_EQ(name_of(printer_.wait_for_jobs(kTimes).back()), "J" + std::to_string(kTimes));
+}
+
 TEST_F(AppOrder, AWaitingJobCanBeCancelled) {
   begin_with_a_large_job();
   const std::vector<int> ids = submit_pages(2, 4);

@@ -175,6 +175,35 @@ int AppServer::submit(const std::string& printer, std::string_view document,
   return good ? id : 0;
 }
 
+int AppServer::create(const std::string& printer, const JobAttributes& attributes) const {
+  const Connection connection(port_);
+  ipp_t* const request = make_request(IPP_OP_CREATE_JOB, uri(printer));
+  add_attributes(request, attributes);
+  ipp_t* const answer = cupsDoRequest(connection.get(), request, resource_of(printer).c_str());
+  const int id = ippGetInteger(ippFindAttribute(answer, "job-id", IPP_TAG_INTEGER), 0);
+  ippDelete(answer);
+  return id;
+}
+
+bool AppServer::send_document(const std::string& printer, int id, std::string_view document) const {
+  const Connection connection(port_);
+  ipp_t* const request = make_request(IPP_OP_SEND_DOCUMENT, uri(printer));
+  ippAddInteger(request, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", id);
+  ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+               "text/plain");
+  ippAddBoolean(request, IPP_TAG_OPERATION, "last-document", 1);
+  const std::string resource = resource_of(printer);
+  if (cupsSendRequest(connection.get(), request, resource.c_str(),
+                      ippLength(request) + document.size()) == HTTP_STATUS_CONTINUE) {
+    cupsWriteRequestData(connection.get(), document.data(), document.size());
+  }
+  ippDelete(request);
+  ipp_t* const answer = cupsGetResponse(connection.get(), resource.c_str());
+  const bool good = answer != nullptr && ippGetStatusCode(answer) < IPP_STATUS_ERROR_BAD_REQUEST;
+  ippDelete(answer);
+  return good;
+}
+
 AppJob AppServer::job(const std::string& printer, int id) const {
   const Connection connection(port_);
   ipp_t* const request = make_request(IPP_OP_GET_JOB_ATTRIBUTES, uri(printer));

@@ -54,6 +54,10 @@ class AppServer {
   int submit(const std::string& printer, std::string_view document,
              const JobAttributes& attributes = {}, const std::string& format = "text/plain",
              std::string* words = nullptr) const;
+  /// Create-Job. @return its number; 0 when it was refused.
+  int create(const std::string& printer, const JobAttributes& attributes = {}) const;
+  /// Send-Document for such a job. @return true when it was taken.
+  bool send_document(const std::string& printer, int id, std::string_view document) const;
   AppJob job(const std::string& printer, int id) const;
   /// Waits for a job's end (state 7 to 9).
   AppJob wait_for(const std::string& printer, int id, Seconds patience = Seconds(30)) const;
