@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -176,10 +177,11 @@ bool read_settings(pappl_job_t* job, const Application& application, spooler::Pr
 
 /// Runs the job with its output going to the device. @return how that went.
 spooler::PrintResult print_to_device(pappl_job_t* job, pappl_device_t* device,
-                                     spooler::PrintJob& print, JobRecord& record) {
+                                     spooler::PrintJob& print, JobRecord& record,
+                                     std::optional<AtPrinter>& at_printer) {
   Listener listener(job, record.commands);
   CancelWatch watch(job);
-  JobDevice printer(job, device, watch.give_up());
+  JobDevice printer(job, device, watch.give_up(), at_printer);
   spooler::Pipe pipe = spooler::make_pipe();
   DeviceFeeder feeder(std::move(pipe.read_end), printer);
   print.output = pipe.write_end.number();
@@ -204,7 +206,7 @@ void log_end(pappl_job_t* job, const spooler::PrintResult& result) {
 }
 
 bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& application,
-                   JobRecord& record) {
+                   JobRecord& record, std::optional<AtPrinter>& at_printer) {
   spooler::PrintJob print;
   if (!read_settings(job, application, print, record)) {
     return false;
@@ -217,7 +219,7 @@ bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& 
     return false;
   }
   print.input = document.number();
-  const spooler::PrintResult result = print_to_device(job, device, print, record);
+  const spooler::PrintResult result = print_to_device(job, device, print, record, at_printer);
   log_end(job, result);
   record.pages = result.count.pages;
   record.impressions = result.count.impressions;
@@ -277,8 +279,10 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   application.queue->begin(printer_id, job_id);
   bool printed = false;
   JobRecord record;
+  // A server that is asked to end waits until the job's end is noted, or it would print it again.
+  std::optional<AtPrinter> at_printer;
   try {
-    printed = print_in_turn(job, device, application, record);
+    printed = print_in_turn(job, device, application, record, at_printer);
   } catch (const std::exception& error) {
     abort_job(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, error.what());
   }

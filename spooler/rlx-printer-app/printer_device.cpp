@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -64,7 +63,9 @@ bool read_place(const char* uri, Place& place) {
   return status >= HTTP_URI_STATUS_OK;
 }
 
-std::atomic<int> at_printers = 0;
+std::mutex counting;
+int at_printers = 0;
+bool are_closed = false;
 
 spooler::Descriptor connect_to(const Place& place) {
   const Addresses addresses(
@@ -172,31 +173,47 @@ void add_devices() {
                        read_nothing, write_nothing, no_reasons, nullptr);
 }
 
-JobDevice::JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up)
+JobDevice::JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up,
+                     std::optional<AtPrinter>& at_printer)
     : job_(job),
       device_(device),
       give_up_(give_up),
-      is_file_(std::string_view(papplPrinterGetDeviceURI(papplJobGetPrinter(job)))
-                   .starts_with("file:")) {}
+      is_file_(
+          std::string_view(papplPrinterGetDeviceURI(papplJobGetPrinter(job))).starts_with("file:")),
+      at_printer_(at_printer) {}
 
 int jobs_at_printers() {
+  const std::lock_guard lock(counting);
   return at_printers;
 }
 
+void close_printers() {
+  const std::lock_guard lock(counting);
+  are_closed = true;
+}
+
 AtPrinter::AtPrinter() {
-  ++at_printers;
+  const std::lock_guard lock(counting);
+  is_there_ = !are_closed;
+  at_printers += is_there_ ? 1 : 0;
 }
 
 AtPrinter::~AtPrinter() {
-  --at_printers;
+  const std::lock_guard lock(counting);
+  at_printers -= is_there_ ? 1 : 0;
 }
 
 bool JobDevice::open() {
-  const bool is_open = is_file_ ? open_file() : connect();
-  if (is_open) {
-    at_printer_.emplace();
+  return (is_file_ ? open_file() : connect()) && take_place();
+}
+
+bool JobDevice::take_place() {
+  while (!at_printer_.emplace().is_there()) {
+    if (!give_up_.pause(kRetryMilliseconds)) {
+      return false;
+    }
   }
-  return is_open;
+  return true;
 }
 
 bool JobDevice::open_file() {
@@ -251,7 +268,6 @@ bool JobDevice::write(std::span<const std::uint8_t> bytes) {
 bool JobDevice::finish() {
   const bool taken = is_file_ || is_taken(printer_.number(), give_up_);
   printer_.reset();
-  at_printer_.reset();
   return taken;
 }
 

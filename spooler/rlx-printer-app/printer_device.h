@@ -23,6 +23,9 @@ void add_devices();
 /// So many jobs have a printer in their hands now: bytes of theirs may have reached it.
 int jobs_at_printers();
 
+/// From now on no other job gets a printer: the server is about to end.
+void close_printers();
+
 /// A job that is counted by jobs_at_printers() as long as this lives.
 class AtPrinter {
  public:
@@ -30,17 +33,25 @@ class AtPrinter {
   ~AtPrinter();
   AtPrinter(const AtPrinter&) = delete;
   AtPrinter& operator=(const AtPrinter&) = delete;
+
+  /// False behind close_printers(): the job is not counted, and may not write.
+  bool is_there() const { return is_there_; }
+
+ private:
+  bool is_there_;
 };
 
 /// The printer in the hands of one job: a connection, or a file, of its own.
 class JobDevice {
  public:
-  /// @param device   what PAPPL has opened for the job.
-  /// @param give_up  ends waiting for the printer, whatever it is for; it must outlive this.
-  JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up);
+  /// @param device      what PAPPL has opened for the job.
+  /// @param give_up     ends waiting for the printer, whatever it is for; it must outlive this.
+  /// @param at_printer  is there from open() on, until the caller has noted how the job ended.
+  JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up,
+            std::optional<AtPrinter>& at_printer);
 
-  /// Connects; tries until the printer answers. @return false when it was given up, or when a file
-  /// cannot be opened.
+  /// Connects; tries until the printer answers, and waits behind close_printers(). @return false
+  /// when it was given up, or when a file cannot be opened.
   bool open();
 
   /// Writes all of it. @return false when the printer takes no more, or it was given up.
@@ -53,13 +64,14 @@ class JobDevice {
  private:
   bool open_file();
   bool connect();
+  bool take_place();
 
   pappl_job_t* job_;
   pappl_device_t* device_;
   const spooler::Cancellation& give_up_;
   bool is_file_;
   spooler::Descriptor printer_;
-  std::optional<AtPrinter> at_printer_;
+  std::optional<AtPrinter>& at_printer_;
 };
 
 }  // namespace rlx::printer_app

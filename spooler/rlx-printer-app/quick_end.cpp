@@ -12,36 +12,30 @@ namespace {
 
 constexpr int kStartMilliseconds = 5;
 constexpr int kLookMilliseconds = 200;
-/// So often in a row no job has to be at a printer.
-constexpr int kQuietLooks = 2;
 /// What a job that prints gets to end; systemd gives the server a minute.
 constexpr std::chrono::seconds kPatience(45);
 
 std::atomic<bool> has_signal = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-/// PAPPL's own way, which goes on beside this.
-using Handler = void (*)(int);
-Handler handler_of_pappl = nullptr;
-
-void take(int number);
+/// PAPPL does not hear of it: it would delete what threads of clients still use.
+void take(int /*number*/) {
+  has_signal = true;
+}
 
 /// Takes the signals from PAPPL, once it has taken them. @return false before.
 bool take_signals() {
   struct sigaction action {};
-  if (sigaction(SIGTERM, nullptr, &action) == 0 && action.sa_handler != take &&
-      action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN) {
-    handler_of_pappl = action.sa_handler;
+  if (sigaction(SIGTERM, nullptr, &action) != 0 || action.sa_handler == SIG_DFL ||
+      action.sa_handler == SIG_IGN) {
+    return false;
+  }
+  if (action.sa_handler != take) {
     action.sa_handler = take;
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
   }
-  return handler_of_pappl != nullptr;
-}
-
-void take(int number) {
-  has_signal = true;
-  handler_of_pappl(number);
+  return true;
 }
 
 }  // namespace
@@ -67,14 +61,12 @@ void QuickEnd::watch() {
     }
   }
   queue_.rest();
+  close_printers();
   const Clock::time_point latest = Clock::now() + kPatience;
-  // A job that was released just before is seen at the printer after the first pause. PAPPL notes
-  // the end of one a little after it has left the printer: what is not noted is printed again.
-  for (int quiet = 0; quiet < kQuietLooks && Clock::now() < latest;) {
+  while (jobs_at_printers() > 0 && Clock::now() < latest) {
     if (!done_.pause(kLookMilliseconds)) {
       return;
     }
-    quiet = jobs_at_printers() == 0 ? quiet + 1 : 0;
   }
   end_();
 }

@@ -20,7 +20,7 @@ namespace rlx::printer_app {
 /// may forget one.
 class QuickEnd {
  public:
-  /// Takes the signals, beside PAPPL, soon after the system has taken them. One object a process.
+  /// Takes the signals from PAPPL, soon after the system has taken them. One object a process.
   /// @param end  ends the process.
   QuickEnd(pappl_system_t* system, JobQueue& queue, std::function<void()> end);
   ~QuickEnd();

@@ -206,14 +206,9 @@ void take_ends(pappl_system_t* system, std::vector<JournalEntry>& entries) {
   }
 }
 
-bool save_state(pappl_system_t* system, void* data) {
+bool write_state(pappl_system_t* system, const Application& application) {
   static std::mutex saving;
   const std::lock_guard lock(saving);
-  const auto& application = *static_cast<const Application*>(data);
-  if (!papplSystemIsRunning(system)) {
-    // The last time: the system is gone soon.
-    application.queue->stop();
-  }
   auto entries = application.journal->entries();
   take_ends(system, entries);
   const std::string aside = application.state_file + ".aside";
@@ -227,6 +222,15 @@ bool save_state(pappl_system_t* system, void* data) {
   } else {
     papplLog(system, PAPPL_LOGLEVEL_ERROR, "%s cannot be written: %s",
              application.state_file.c_str(), std::strerror(errno));
+  }
+  return saved;
+}
+
+bool save_state(pappl_system_t* system, void* data) {
+  const bool saved = write_state(system, *static_cast<const Application*>(data));
+  if (!papplSystemIsRunning(system)) {
+    // The last time: PAPPL would delete now what threads of clients still use.
+    _exit(saved ? EXIT_SUCCESS : EXIT_FAILURE);
   }
   return saved;
 }
@@ -251,8 +255,8 @@ void resume_printer(pappl_printer_t* printer, void* /*data*/) {
 }
 
 /// Ends the process: threads of jobs that wait for a printer, or for an operator, would keep it.
-[[noreturn]] void end_now(pappl_system_t* system, void* application) {
-  save_state(system, application);
+[[noreturn]] void end_now(pappl_system_t* system, const Application& application) {
+  write_state(system, application);
   papplLog(system, PAPPL_LOGLEVEL_INFO, "Ends; what waits is printed when it runs again.");
   _exit(EXIT_SUCCESS);
 }
@@ -382,7 +386,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     papplSystemSetEventCallback(system, take_event, &application);
     papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
     static const QuickEnd end(system, *application.queue,
-                              [system, &application] { end_now(system, &application); });
+                              [system, &application] { end_now(system, application); });
     return system;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", kName, error.what());

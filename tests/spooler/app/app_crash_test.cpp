@@ -110,6 +110,29 @@ TEST_F(AppCrash, AServerThatIsAskedToEndWaitsForTheJobThatPrints) {
   EXPECT_EQ(server_.job("office", id).state, kCompleted);
 }
 
+TEST_F(AppCrash, AServerThatIsAskedToEndPrintsEachJobOnce) {
+  constexpr int kJobs = 20;
+  constexpr std::size_t kPrintedBefore = 5;
+  std::vector<int> ids;
+  for (int number = 1; number <= kJobs; ++number) {
+    ids.push_back(server_.submit("office", numbered_pages("J" + std::to_string(number), 1)));
+    ASSERT_GT(ids.back(), 0);
+  }
+  printer_.wait_for_jobs(kPrintedBefore);
+  server_.stop();
+  server_.start();
+  for (const int id : ids) {
+    EXPECT_EQ(server_.wait_for("office", id).state, kCompleted) << id;
+  }
+  std::map<std::string, int> printed;
+  for (const PrinterJob& job : printer_.jobs()) {
+    EXPECT_TRUE(job.is_whole()) << job.end;
+    ++printed[job.bytes];
+  }
+  EXPECT_EQ(printed.size(), std::size_t{kJobs});
+  EXPECT_EQ(printer_.jobs().size(), std::size_t{kJobs});
+}
+
 TEST_F(AppCrash, ACancelledJobStaysSo) {
   printer_.tell("away");
   const int id = server_.submit("office", "GONE\f");
