@@ -62,6 +62,7 @@ std::string FormStore::write(const std::string& name, const std::string& text) c
   if (!is_storable_name(name) || text.size() > kMostBytes) {
     return "a form has no such name or size";
   }
+  const std::lock_guard lock(writing_);
   if (!put_in_place(path_of(name), text)) {
     return std::strerror(errno);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -46,6 +47,7 @@ class FormStore {
 
   std::string folder_;
   std::string checker_;
+  mutable std::mutex writing_;  ///< one at a time: they share the file aside
 };
 
 /// Divides what fcbcheck says of standard input: "(standard input):2: lpi: ...".

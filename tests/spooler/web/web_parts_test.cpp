@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <thread>
 
 #include "rlx-printer-app/job_record.h"
 #include "rlx-printer-app/web/form_store.h"
@@ -130,6 +131,22 @@ TEST(FormStore, KeepsAndDrawsForms) {
   EXPECT_EQ(store.read("LONG")->size(), FormStore::kMostBytes);
   EXPECT_EQ(store.remove("SLIP"), "");
   EXPECT_EQ(store.names(), std::vector<std::string>{"LONG"});
+}
+
+TEST(FormStore, TwoWhoStoreTheSameFormDoNotMixTheirs) {
+  const WebFolder folder;
+  const FormStore store(folder.path(), RLX_FCBCHECK);
+  const auto store_often = [&store](char letter) {
+    for (int times = 0; times < 100; ++times) {
+      EXPECT_EQ(store.write("SAME", std::string(FormStore::kMostBytes, letter)), "");
+      const std::string text = store.read("SAME").value_or("");
+      EXPECT_EQ(text.size(), FormStore::kMostBytes);
+      EXPECT_EQ(text.find_first_not_of(text.front()), std::string::npos);
+    }
+  };
+  std::thread other(store_often, 'A');
+  store_often('B');
+  other.join();
 }
 
 TEST(FormStore, TellsTheLineOfAFault) {
