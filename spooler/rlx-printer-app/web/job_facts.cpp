@@ -1,7 +1,6 @@
 #include "rlx-printer-app/web/job_facts.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 
 namespace rlx::printer_app {
@@ -42,8 +41,6 @@ void add_jobs(pappl_system_t* system, int printer_id, std::vector<JobFacts>& all
   for (JobFacts& job : jobs) {
     job.printer_id = printer_id;
     job.printer = text_of(papplPrinterGetName(printer));
-    std::array<char, 256> path{};
-    job.printer_path = text_of(papplPrinterGetPath(printer, nullptr, path.data(), path.size()));
     all.push_back(std::move(job));
   }
 }
@@ -73,6 +70,16 @@ std::optional<JobFacts> find_job(pappl_system_t* system, unsigned printer_id, un
     return job.id == static_cast<int>(job_id);
   });
   return found == jobs.end() ? std::nullopt : std::optional(*found);
+}
+
+void cancel_job(pappl_system_t* system, unsigned printer_id, unsigned job_id) {
+  pappl_printer_t* const printer =
+      papplSystemFindPrinter(system, nullptr, static_cast<int>(printer_id), nullptr);
+  pappl_job_t* const job =
+      printer == nullptr ? nullptr : papplPrinterFindJob(printer, static_cast<int>(job_id));
+  if (job != nullptr && papplJobGetState(job) < IPP_JSTATE_CANCELED) {
+    papplJobCancel(job);
+  }
 }
 
 }  // namespace rlx::printer_app

@@ -12,8 +12,7 @@ namespace rlx::printer_app {
 /// A copy of what PAPPL knows of a job: the job itself may go at any time.
 struct JobFacts {
   int printer_id = 0;
-  std::string printer;       ///< name
-  std::string printer_path;  ///< of its pages
+  std::string printer;  ///< name
   int id = 0;
   std::string name, user, format, message;
   std::string document;  ///< path; empty when it is no longer kept
@@ -29,5 +28,9 @@ struct JobFacts {
 std::vector<JobFacts> all_jobs(pappl_system_t* system, unsigned printer_id);
 
 std::optional<JobFacts> find_job(pappl_system_t* system, unsigned printer_id, unsigned job_id);
+
+/// Cancels a job that has not ended. PAPPL would take one that has ended into its list a second
+/// time, and use it after it was freed. Nothing happens when there is no such job.
+void cancel_job(pappl_system_t* system, unsigned printer_id, unsigned job_id);
 
 }  // namespace rlx::printer_app

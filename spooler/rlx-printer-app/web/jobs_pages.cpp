@@ -63,16 +63,14 @@ std::string name_of(const JobFacts& job) {
   return std::to_string(job.printer_id) + '-' + std::to_string(job.id);
 }
 
-/// A button that goes to PAPPL's page of jobs, which cancels it; empty when it has ended.
+/// A button that cancels it; empty when it has ended.
 std::string cancel_button(const Request& request, const JobFacts& job) {
   if (job.has_ended()) {
     return {};
   }
-  return request.form_start(job.printer_path + "/jobs", false) +
-         "<input type=\"hidden\" name=\"action\" value=\"cancel-job\"><input type=\"hidden\" "
-         "name=\"job-id\" value=\"" +
-         std::to_string(job.id) + "\"><input type=\"submit\" value=\"" +
-         shown(request, "Cancel this job") + "\"></form>";
+  return request.form_start("/proofs/cancel", false) +
+         "<input type=\"hidden\" name=\"of\" value=\"" + name_of(job) +
+         "\"><input type=\"submit\" value=\"" + shown(request, "Cancel this job") + "\"></form>";
 }
 
 std::string job_row(const Request& request, const JobFacts& job) {
@@ -209,6 +207,21 @@ bool jobs_page(Request& request, Web& /*web*/) {
   html +=
       "</ul>\n" + portion_links(portion, "/proofs?printer=" + std::to_string(printer) + "&part=");
   return request.send_page("Jobs with proofs", html);
+}
+
+bool cancel_page(Request& request, Web& /*web*/) {
+  if (!request.is_authorized()) {
+    return true;
+  }
+  if (request.is_post()) {
+    if (!request.read_form()) {
+      return false;
+    }
+    if (ProofName name; name.read(request.form().value("of")) && name.trial.empty()) {
+      cancel_job(request.system(), name.printer_id, name.job_id);
+    }
+  }
+  return request.redirect("/proofs");
 }
 
 bool proof_page(Request& request, Web& web) {

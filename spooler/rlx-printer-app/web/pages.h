@@ -23,6 +23,7 @@ bool form_picture(Request& request, Web& web);      ///< /forms/picture
 bool change_form_page(Request& request, Web& web);  ///< /forms/change: adds one, too
 bool delete_form_page(Request& request, Web& web);  ///< /forms/delete
 bool jobs_page(Request& request, Web& web);         ///< /proofs: all jobs
+bool cancel_page(Request& request, Web& web);       ///< /proofs/cancel
 bool proof_page(Request& request, Web& web);        ///< /proofs/job: one, with its proof
 bool sheet_page(Request& request, Web& web);        ///< /proofs/page: one of its pages, large
 bool sheet_picture(Request& request, Web& web);     ///< /proofs/picture

@@ -19,13 +19,14 @@ struct Page {
 };
 
 constexpr const char* kHtml = "text/html";
-constexpr std::array<Page, 11> kPages{{
+constexpr std::array<Page, 12> kPages{{
     {"/forms", kHtml, forms_page},
     {"/forms/form", kHtml, form_page},
     {"/forms/picture", "image/svg+xml", form_picture},
     {"/forms/change", kHtml, change_form_page},
     {"/forms/delete", kHtml, delete_form_page},
     {"/proofs", kHtml, jobs_page},
+    {"/proofs/cancel", kHtml, cancel_page},
     {"/proofs/job", kHtml, proof_page},
     {"/proofs/page", kHtml, sheet_page},
     {"/proofs/picture", "image/png", sheet_picture},
