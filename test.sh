@@ -161,6 +161,8 @@ check_printer_application() {
   step "release build" build_preset release
   step "the printer application's parts" build-release/tests/spooler/app/app_unit_tests
   step "tests with the printer application" build-release/tests/spooler/app/app_tests
+  step "requests that no client should send" \
+    build-release/tests/spooler/fuzz/app_fuzz --seconds 20 --seed 1
   step "web pages" build-release/tests/spooler/web/web_unit_tests
   step "web pages in a browser" build-release/tests/spooler/web/web_browser_tests
 }
