@@ -271,7 +271,13 @@ int CupsServer::submit(const std::string& queue, std::string_view job,
   for (const std::string& option : options) {
     words.insert(words.end(), {"-o", option});
   }
-  const Outcome outcome = run(words, job);
+  Outcome outcome;
+  // lp says that a queue does not exist, too, when cupsd was too busy to take its connection: then
+  // there is no job, and it may ask again.
+  comes_true(Seconds(5), [&] {
+    outcome = run(words, job);
+    return outcome.messages.find("does not exist") == std::string::npos;
+  });
   const std::regex form("request id is .*-([0-9]+) .*\n");
   std::smatch match;
   if (!std::regex_match(outcome.output, match, form)) {
