@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,7 @@
 #include "mapping/words.h"
 #include "rlx-printer-app/early_release.h"
 #include "rlx-printer-app/formats.h"
+#include "rlx-printer-app/lock_watch.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/printer_options.h"
@@ -268,6 +270,26 @@ bool resume_printers(pappl_system_t* system, void* data) {
   return false;
 }
 
+/// Takes the locks of the system and of its printers for a moment.
+void touch_locks(pappl_system_t* system) {
+  if (papplSystemIsRunning(system)) {
+    papplSystemIteratePrinters(
+        system,
+        [](pappl_printer_t* printer, void* /*data*/) {
+          std::array<char, 256> place{};
+          papplPrinterGetLocation(printer, place.data(), place.size());
+        },
+        nullptr);
+  }
+}
+
+[[noreturn]] void end_stuck() {
+  std::fprintf(stderr,
+               "%s: the server is stuck and ends; jobs that wait are printed when it runs again\n",
+               kName);
+  _exit(EXIT_FAILURE);
+}
+
 int preserved_jobs(const std::string& text) {
   constexpr unsigned kMostPreserved = 1000;
   const auto count = spooler::whole_number(text, kMostPreserved);
@@ -387,6 +409,9 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
     static const QuickEnd end(system, *application.queue,
                               [system, &application] { end_now(system, application); });
+    // A printer that does not answer keeps its lock for some seconds.
+    static const LockWatch watch([system] { touch_locks(system); }, end_stuck,
+                                 std::chrono::minutes(10));
     return system;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", kName, error.what());

@@ -25,12 +25,14 @@ class FormData {
   /// @return nothing when it is of another type, is cut off, or has more than kMostFields fields.
   static std::optional<FormData> from_body(std::string_view content_type, std::string_view body);
 
+  /// All of them, in their order.
+  const std::vector<FormField>& fields() const { return fields_; }
   /// The first field of a name; null when there is none.
   const FormField* find(std::string_view name) const;
   /// Its value; empty when there is none.
   std::string value(std::string_view name) const;
 
-  static constexpr std::size_t kMostFields = 64;
+  static constexpr std::size_t kMostFields = 512;
 
  private:
   std::vector<FormField> fields_;

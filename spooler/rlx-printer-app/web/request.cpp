@@ -1,17 +1,14 @@
 #include "rlx-printer-app/web/request.h"
 
 #include <array>
-#include <vector>
 
 #include "mapping/words.h"
+#include "rlx-printer-app/web/client_form.h"
 #include "rlx-printer-app/web/html.h"
 
 namespace rlx::printer_app {
 
 namespace {
-
-/// A browser shows an answer only when it could send all. What is longer than this is cut off.
-constexpr std::size_t kMostDroppedBytes = std::size_t{32} << 20U;
 
 FormData query_of(pappl_client_t* client) {
   const char* const options = papplClientGetOptions(client);
@@ -26,27 +23,11 @@ unsigned Request::number(std::string_view name, unsigned most) const {
   return spooler::whole_number(query(name), most).value_or(0);
 }
 
-bool Request::read_body(std::string& body) const {
-  http_t* const http = papplClientGetHTTP(client_);
-  std::vector<char> portion(65536);
-  std::size_t bytes = 0;
-  const http_state_t state = httpGetState(http);
-  for (ssize_t count = 0; (count = httpRead2(http, portion.data(), portion.size())) > 0;) {
-    bytes += static_cast<std::size_t>(count);
-    if (bytes <= kMostBodyBytes) {
-      body.append(portion.data(), static_cast<std::size_t>(count));
-    } else if (bytes > kMostDroppedBytes) {
-      return false;
-    }
-  }
-  // A body that came to its end takes the connection to another state.
-  return httpGetState(http) != state && bytes <= kMostBodyBytes;
-}
-
 bool Request::read_form() {
-  const std::string type = httpGetField(papplClientGetHTTP(client_), HTTP_FIELD_CONTENT_TYPE);
+  http_t* const http = papplClientGetHTTP(client_);
+  const std::string type = httpGetField(http, HTTP_FIELD_CONTENT_TYPE);
   std::string body;
-  if (!read_body(body)) {
+  if (!read_body(http, kMostBodyBytes, body)) {
     send_status(HTTP_STATUS_REQUEST_TOO_LARGE);
     return false;
   }

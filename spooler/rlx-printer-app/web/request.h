@@ -49,8 +49,6 @@ class Request {
   static constexpr std::size_t kMostBodyBytes = std::size_t{1} << 20U;
 
  private:
-  bool read_body(std::string& body) const;
-
   pappl_client_t* client_;
   FormData query_;
   FormData form_;

@@ -199,17 +199,17 @@ WebMessage cancel_job(const WebPlaces& places, Chance& chance) {
   return post("/proofs/cancel", fields, chance);
 }
 
-/// To a page of PAPPL's 1.3.1, which cannot take all: its reader of multipart forms reads on behind
-/// a body that is cut behind a field's head, and a job that has ended must not be cancelled there.
+/// To PAPPL's own page of jobs.
 WebMessage press_a_button(const WebPlaces& places, Chance& chance) {
-  constexpr std::array<std::string_view, 3> kActions{"hold-job", "release-job", "nothing"};
+  constexpr std::array<std::string_view, 4> kActions{"hold-job", "release-job", "cancel-job",
+                                                     "nothing"};
   std::vector<Field> fields = token(places, chance);
   fields.push_back({"action", std::string(chance.of(kActions))});
   fields.push_back({"job-id", std::to_string(chance.below(places.jobs + 3))});
   if (chance.once_in(3)) {
     spoil(fields, chance);
   }
-  return {"POST", "/office/jobs", kUrlEncoded, urlencoded(fields, chance)};
+  return post("/office/jobs", fields, chance);
 }
 
 std::string of_proof(const WebPlaces& places, Chance& chance) {
