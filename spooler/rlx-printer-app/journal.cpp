@@ -287,6 +287,15 @@ void Journal::forget_ended(const std::vector<JournalEntry>& ended) const {
   }
 }
 
+void Journal::forget_printer(int printer_id) const {
+  std::vector<JournalEntry> all = entries();
+  std::erase_if(all, [printer_id](const JournalEntry& e) { return e.printer_id != printer_id; });
+  for (JournalEntry& entry : all) {
+    entry.ended = kCanceled;
+  }
+  forget_ended(all);
+}
+
 void restore_attributes(const Journal& journal, const std::vector<JournalEntry>& entries) {
   for (const JournalEntry& entry : entries) {
     std::ifstream file(journal.attributes_path(entry.printer_id, entry.job_id), std::ios::binary);

@@ -54,6 +54,8 @@ class Journal {
   /// Takes the notes of ended jobs away: their end is in the state file now.
   /// @param ended  the entries that were there before it was written.
   void forget_ended(const std::vector<JournalEntry>& ended) const;
+  /// Takes the notes of a printer's jobs away: it was deleted.
+  void forget_printer(int printer_id) const;
 
  private:
   template <typename Change>

@@ -1,12 +1,15 @@
 // Serves RLX printers as IPP printers: the program.
 #include <pappl/pappl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "rlx-printer-app/folder_lock.h"
 #include "rlx-printer-app/print_document.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
@@ -25,6 +28,16 @@ std::vector<pappl_pr_driver_t> make_drivers() {
   return drivers;
 }
 
+/// True for a sub-command that asks this user's server, and starts one when there is none.
+bool would_start_a_server(const app::ServerAddress& address) {
+  const std::vector<std::string>& words = address.words;
+  const auto has = [&words](const char* word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+  };
+  return words.size() > 1 && address.authority.empty() && !has("-u") && !has("--help") &&
+         words[1] != "server" && words[1] != "devices" && words[1] != "drivers";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
@@ -35,6 +48,9 @@ int main(int argc, char** argv) try {
   app::ServerAddress address = app::read_server_address({argv, argv + argc});
   if (!address.at_server.empty()) {
     return run_at_server(address);
+  }
+  if (would_start_a_server(address) && app::is_anothers(app::usual_state_folder())) {
+    throw std::runtime_error("the service runs here; say -h localhost:8631, or its other port");
   }
   if (!has_printer(address)) {
     return 1;

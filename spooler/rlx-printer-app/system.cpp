@@ -18,12 +18,15 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mapping/words.h"
 #include "rlx-printer-app/early_release.h"
+#include "rlx-printer-app/folder_lock.h"
 #include "rlx-printer-app/formats.h"
 #include "rlx-printer-app/lock_watch.h"
+#include "rlx-printer-app/paused_printers.h"
 #include "rlx-printer-app/printer_device.h"
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/printer_options.h"
@@ -56,6 +59,21 @@ class ServerOptions {
 };
 
 constexpr const char* kName = "rlx-printer-app";
+
+/// @throws std::runtime_error for a name that is none of ours: it would be ignored, and a server
+/// may listen where it should not.
+void look_at_names(int count, const cups_option_t* options) {
+  constexpr std::array<std::string_view, 13> kNames{
+      "admin-group", "auth-service",    "form-directory", "listen-hostname", "log-file",
+      "log-level",   "preserved-jobs",  "private-server", "server-hostname", "server-name",
+      "server-port", "spool-directory", "state-directory"};
+  for (int i = 0; i < count; ++i) {
+    if (std::find(kNames.begin(), kNames.end(), options[i].name) == kNames.end()) {
+      throw std::runtime_error("-o " + std::string(options[i].name) +
+                               ": there is no option of this name");
+    }
+  }
+}
 
 /// A folder for what the application keeps, where the options name none.
 std::string usual_folder(const char* of_the_system, const char* of_a_user) {
@@ -163,7 +181,8 @@ void take_hold(pappl_job_t* job, const Application& application) {
 void follow_event(pappl_job_t* job, pappl_event_t event, const Application& application) {
   const int printer_id = papplPrinterGetID(papplJobGetPrinter(job));
   if ((event & PAPPL_EVENT_JOB_CREATED) != 0) {
-    const bool is_held = (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0;
+    const bool is_held = (papplJobGetReasons(job) & PAPPL_JREASON_JOB_HOLD_UNTIL_SPECIFIED) != 0 ||
+                         papplPrinterIsHoldingNewJobs(papplJobGetPrinter(job));
     // The queue waits for the job's lock then, and has it as soon as this returns.
     application.queue->add(printer_id, papplJobGetID(job), is_held);
     note_job(job, is_held, *application.journal);
@@ -179,18 +198,27 @@ void follow_event(pappl_job_t* job, pappl_event_t event, const Application& appl
   }
 }
 
+void forget_printer(int printer_id, const Journal& journal) {
+  journal.forget_printer(printer_id);
+  for (const auto kind : {PausedPrinters::Kind::paused, PausedPrinters::Kind::holding}) {
+    paused_printers().note(printer_id, kind, false);
+  }
+}
+
 /// PAPPL calls this for each event, before it answers the client. Jobs of the state file are
 /// created again at the start; they are noted already, and come before the event is asked for.
-void take_event(pappl_system_t* /*system*/, pappl_printer_t* /*printer*/, pappl_job_t* job,
+void take_event(pappl_system_t* system, pappl_printer_t* printer, pappl_job_t* job,
                 pappl_event_t event, void* data) {
-  if (job == nullptr) {
-    return;
-  }
+  const auto& application = *static_cast<const Application*>(data);
   try {
-    follow_event(job, event, *static_cast<const Application*>(data));
+    if (job != nullptr) {
+      follow_event(job, event, application);
+    } else if (printer != nullptr && (event & PAPPL_EVENT_PRINTER_DELETED) != 0) {
+      forget_printer(papplPrinterGetID(printer), *application.journal);
+    }
   } catch (const std::exception& error) {
     // It would end the server: PAPPL is in C.
-    papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "The job cannot be followed: %s", error.what());
+    papplLog(system, PAPPL_LOGLEVEL_ERROR, "An event cannot be followed: %s", error.what());
   }
 }
 
@@ -201,10 +229,12 @@ void take_ends(pappl_system_t* system, std::vector<JournalEntry>& entries) {
   for (JournalEntry& entry : entries) {
     pappl_printer_t* const printer =
         papplSystemFindPrinter(system, nullptr, entry.printer_id, nullptr);
-    pappl_job_t* const job =
-        printer == nullptr ? nullptr : papplPrinterFindJob(printer, entry.job_id);
-    const bool has_ended = job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED;
-    entry.ended = has_ended ? int{IPP_JSTATE_ABORTED} : 0;
+    entry.ended = 0;
+    if (printer != nullptr) {
+      pappl_job_t* const job = papplPrinterFindJob(printer, entry.job_id);
+      const bool has_ended = job == nullptr || papplJobGetState(job) >= IPP_JSTATE_CANCELED;
+      entry.ended = has_ended ? int{IPP_JSTATE_ABORTED} : 0;
+    }
   }
 }
 
@@ -237,6 +267,17 @@ bool save_state(pappl_system_t* system, void* data) {
   return saved;
 }
 
+/// PAPPL forgets that somebody has paused a printer, or that it holds new jobs.
+void pause_again(pappl_printer_t* printer, void* /*data*/) {
+  const int id = papplPrinterGetID(printer);
+  if (paused_printers().has(id, PausedPrinters::Kind::paused)) {
+    papplPrinterPause(printer);
+  }
+  if (paused_printers().has(id, PausedPrinters::Kind::holding)) {
+    papplPrinterHoldNewJobs(printer);
+  }
+}
+
 void restore(pappl_system_t* system, const Application& application) {
   const std::string state = read_file(application.state_file);
   if (state.empty()) {
@@ -250,10 +291,13 @@ void restore(pappl_system_t* system, const Application& application) {
       !papplSystemLoadState(system, application.state_file.c_str())) {
     throw std::runtime_error(application.state_file + " cannot be read or written");
   }
+  papplSystemIteratePrinters(system, pause_again, nullptr);
 }
 
-void resume_printer(pappl_printer_t* printer, void* /*data*/) {
-  papplPrinterResume(printer);
+void begin_to_print(pappl_printer_t* printer, void* /*data*/) {
+  if (!paused_printers().has(papplPrinterGetID(printer), PausedPrinters::Kind::paused)) {
+    papplPrinterResume(printer);
+  }
 }
 
 /// Ends the process: threads of jobs that wait for a printer, or for an operator, would keep it.
@@ -263,11 +307,17 @@ void resume_printer(pappl_printer_t* printer, void* /*data*/) {
   _exit(EXIT_SUCCESS);
 }
 
-/// Jobs of the last run begin when the system runs. @return false: once is enough.
-bool resume_printers(pappl_system_t* system, void* data) {
-  static_cast<const Application*>(data)->queue->settle();
-  papplSystemIteratePrinters(system, resume_printer, nullptr);
-  return false;
+/// Called each second when the system runs, which makes PAPPL look whether there is something to
+/// save: it would otherwise sleep for half a minute, and a crash in that time would take a new
+/// printer, a default or a password away.
+bool look_each_second(pappl_system_t* system, void* data) {
+  static bool has_begun = false;
+  if (!std::exchange(has_begun, true)) {
+    // Jobs of the last run begin.
+    static_cast<const Application*>(data)->queue->settle();
+    papplSystemIteratePrinters(system, begin_to_print, nullptr);
+  }
+  return true;
 }
 
 /// Takes the locks of the system and of its printers for a moment.
@@ -300,13 +350,14 @@ int preserved_jobs(const std::string& text) {
 }
 
 void find_places(const ServerOptions& options, Application& application) {
-  const std::string state =
-      options.find("state-directory", usual_folder("/var/lib", ".local/state"));
+  const std::string state = options.find("state-directory", usual_state_folder());
   application.spool_folder = options.find("spool-directory", usual_folder("/var/spool", ".cache"));
   application.form_folder = options.find("form-directory", state + "/forms");
   application.state_file = state + '/' + kName + ".state";
   make_folder(state);
   make_folder(application.spool_folder);
+  static const FolderLock state_lock(state);
+  static const FolderLock spool_lock(application.spool_folder);
   make_folder(application.form_folder + "/fcbe");
   application.filter = spooler::find_program("zqeuctorlx", RLX_TO_FILTERS);
   application.form_checker = spooler::find_program("fcbcheck", RLX_TO_PROGRAMS);
@@ -321,6 +372,7 @@ void find_places(const ServerOptions& options, Application& application) {
   static Journal journal(state + "/journal");
   static SpoolWatch watch(application.spool_folder, journal);
   static JobQueue queue;
+  paused_printers().use(state + "/paused");
   application.journal = &journal;
   application.queue = &queue;
 }
@@ -342,7 +394,11 @@ pappl_system_t* create(const ServerOptions& options, const Application& applicat
     papplSystemSetAdminGroup(system, options.find("admin-group"));
   }
   if (options.find("private-server") == nullptr) {
-    papplSystemAddListeners(system, options.find("listen-hostname"));
+    const char* const host = options.find("listen-hostname");
+    if (!papplSystemAddListeners(system, host)) {
+      throw std::runtime_error("the port " + std::to_string(papplSystemGetHostPort(system)) +
+                               " cannot be listened on: another program may have it");
+    }
   }
   return system;
 }
@@ -388,6 +444,10 @@ void set_up_version(pappl_system_t* system) {
 
 }  // namespace
 
+std::string usual_state_folder() {
+  return usual_folder("/var/lib", ".local/state");
+}
+
 pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
   auto& application = *static_cast<Application*>(data);
   const ServerOptions given(count, options);
@@ -395,6 +455,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     if (!application.serves) {
       return make_idle_system();
     }
+    look_at_names(count, options);
     find_places(given, application);
     pappl_system_t* const system = create(given, application);
     set_up_version(system);
@@ -406,7 +467,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     restore(system, application);
     application.queue->start(system);
     papplSystemSetEventCallback(system, take_event, &application);
-    papplSystemAddTimerCallback(system, 0, 1, resume_printers, &application);
+    papplSystemAddTimerCallback(system, 0, 1, look_each_second, &application);
     static const QuickEnd end(system, *application.queue,
                               [system, &application] { end_now(system, application); });
     // A printer that does not answer keeps its lock for some seconds.

@@ -3,9 +3,14 @@
 #include <cups/cups.h>
 #include <pappl/pappl.h>
 
+#include <string>
+
 #include "rlx-printer-app/print_document.h"
 
 namespace rlx::printer_app {
+
+/// Where a server of this user keeps its state when no option says otherwise.
+std::string usual_state_folder();
 
 /// Makes the system that serves: listeners, formats, printers and jobs of the last run. PAPPL's
 /// main loop calls it for the sub-command "server".

@@ -133,6 +133,56 @@ TEST_F(AppCrash, AServerThatIsAskedToEndPrintsEachJobOnce) {
   EXPECT_EQ(printer_.jobs().size(), std::size_t{kJobs});
 }
 
+/// PAPPL by itself writes them down within half a minute, and forgets what operators have paused.
+TEST_F(AppCrash, SettingsOutliveIt) {
+  server_.add_printer("second", "rlx-400", printer_.uri());
+  EXPECT_EQ(server_.run({"pause", "-d", "second"}).status, 0);
+  EXPECT_EQ(server_.run({"modify", "-d", "office", "-o", "lpi=8"}).status, 0);
+  ASSERT_TRUE(comes_true(Seconds(5), [&] {
+    const std::string state = read_file(server_.directory() + "/state/rlx-printer-app.state");
+    return state.find("second") != std::string::npos &&
+           state.find("lpi-default 8") != std::string::npos;
+  })) << "written within seconds";
+  server_.kill();
+  server_.start();
+  const int waits = server_.submit("second", "WAITS\f");
+  ASSERT_GT(waits, 0);
+  const int id = server_.submit("office", "A\fB\f");
+  ASSERT_EQ(server_.wait_for("office", id).state, kCompleted);
+  expect_same_job(filtered({"-l", "8"}, "A\fB\f"), printer_.wait_for_jobs(1).at(0));
+  EXPECT_LT(server_.job("second", waits).state, kProcessing) << "it is paused still";
+  EXPECT_EQ(server_.run({"resume", "-d", "second"}).status, 0);
+  EXPECT_EQ(server_.wait_for("second", waits).state, kCompleted);
+}
+
+TEST_F(AppCrash, JobsThatAPrinterHoldsAreHeldAfterwards) {
+  ASSERT_TRUE(server_.tell_printer("hold-new-jobs", "office"));
+  const int first = server_.submit("office", "FIRST\f");
+  ASSERT_GT(first, 0);
+  EXPECT_EQ(server_.job("office", first).state, kHeld);
+  server_.kill();
+  server_.start();
+  const int second = server_.submit("office", "SECOND\f");
+  ASSERT_GT(second, 0);
+  // Time enough for a job that nobody holds.
+  std::this_thread::sleep_for(Seconds(1));
+  EXPECT_EQ(server_.job("office", first).state, kHeld);
+  EXPECT_EQ(server_.job("office", second).state, kHeld);
+  ASSERT_TRUE(server_.tell_printer("release-held-new-jobs", "office"));
+  EXPECT_EQ(server_.wait_for("office", first).state, kCompleted);
+  EXPECT_EQ(server_.wait_for("office", second).state, kCompleted);
+}
+
+TEST_F(AppCrash, ASecondServerLeavesTheFirstOnesFoldersAlone) {
+  const Outcome second = run_command(server_.start_command());
+  EXPECT_NE(second.status, 0);
+  EXPECT_NE(second.messages.find("another server uses " + server_.directory() + "/state: process " +
+                                 std::to_string(server_.process())),
+            std::string::npos)
+      << second.messages;
+  EXPECT_EQ(server_.wait_for("office", server_.submit("office", "A\f")).state, kCompleted);
+}
+
 TEST_F(AppCrash, ACancelledJobStaysSo) {
   printer_.tell("away");
   const int id = server_.submit("office", "GONE\f");

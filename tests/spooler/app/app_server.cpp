@@ -98,7 +98,7 @@ AppServer::~AppServer() {
   fs::remove_all(directory_, error);
 }
 
-void AppServer::start() {
+Command AppServer::start_command() const {
   std::vector<std::string> words{installed_tree() + "/sbin/rlx-printer-app", "server"};
   for (const std::string& option :
        {"state-directory=" + directory_ + "/state", "spool-directory=" + directory_ + "/spool",
@@ -106,8 +106,11 @@ void AppServer::start() {
         "log-file=" + directory_ + "/log", std::string("log-level=info")}) {
     words.insert(words.end(), {"-o", option});
   }
-  process_ = std::make_unique<Process>(
-      Command{.words = words, .environment = {{"HOME", directory_}, {"TMPDIR", directory_}}});
+  return {.words = words, .environment = {{"HOME", directory_}, {"TMPDIR", directory_}}};
+}
+
+void AppServer::start() {
+  process_ = std::make_unique<Process>(start_command());
   EXPECT_TRUE(comes_true(kStartPatience, [this] { return answers(port_); }))
       << "the server does not answer";
 }
@@ -238,6 +241,16 @@ bool AppServer::tell_job(const std::string& operation, const std::string& printe
   const Connection connection(port_);
   ipp_t* const request = make_request(operations.at(operation), uri(printer));
   ippAddInteger(request, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", id);
+  ippDelete(cupsDoRequest(connection.get(), request, resource_of(printer).c_str()));
+  return cupsLastError() < IPP_STATUS_ERROR_BAD_REQUEST;
+}
+
+bool AppServer::tell_printer(const std::string& operation, const std::string& printer) const {
+  const std::map<std::string, ipp_op_t> operations{
+      {"hold-new-jobs", IPP_OP_HOLD_NEW_JOBS},
+      {"release-held-new-jobs", IPP_OP_RELEASE_HELD_NEW_JOBS}};
+  const Connection connection(port_);
+  ipp_t* const request = make_request(operations.at(operation), uri(printer));
   ippDelete(cupsDoRequest(connection.get(), request, resource_of(printer).c_str()));
   return cupsLastError() < IPP_STATUS_ERROR_BAD_REQUEST;
 }

@@ -65,7 +65,11 @@ class AppServer {
                       Seconds patience = Seconds(20)) const;
   /// An operation on a job: "cancel", "hold" or "release". @return true when it was done.
   bool tell_job(const std::string& operation, const std::string& printer, int id) const;
+  /// The same on a printer: "hold-new-jobs" or "release-held-new-jobs".
+  bool tell_printer(const std::string& operation, const std::string& printer) const;
   std::string log() const;
+  /// What start() runs.
+  Command start_command() const;
 
  private:
   std::string directory_;

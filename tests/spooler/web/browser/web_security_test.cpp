@@ -100,6 +100,49 @@ TEST_F(WebSecurity, NothingIsChangedWithoutTheLogin) {
   EXPECT_TRUE(fs::exists(form_path("INVOICE")));
 }
 
+/// PAPPL's own reader would look for the field's end behind the body's.
+TEST_F(WebSecurity, AFormThatIsCutBehindAFieldsHeadEndsNothing) {
+  const std::string cut = "--x\r\nContent-Disposition: form-data; name=\"session\"\r\n\r\n";
+  for (int i = 0; i < 20; ++i) {
+    web_request(at("/office/jobs"), &cut, "multipart/form-data; boundary=x");
+  }
+  EXPECT_EQ(web_request(at("/office/jobs")).status, 200);
+}
+
+/// The token of PAPPL's forms, which a page holds.
+std::string token_of(const std::string& page) {
+  constexpr std::string_view kBefore = "name=\"session\" value=\"";
+  const std::size_t begin = page.find(kBefore);
+  EXPECT_NE(begin, std::string::npos);
+  return page.substr(begin + kBefore.size(),
+                     page.find('"', begin + kBefore.size()) - begin - kBefore.size());
+}
+
+TEST_F(WebSecurity, AFormOfPapplsOwnPagesIsRead) {
+  const std::string token = token_of(web_request(at("/office/config")).body);
+  const std::string form = "--x\r\nContent-Disposition: form-data; name=\"session\"\r\n\r\n" +
+                           token +
+                           "\r\n--x\r\nContent-Disposition: form-data; "
+                           "name=\"location\"\r\n\r\nHall 3\r\n--x--\r\n";
+  web_request(at("/office/config"), &form, "multipart/form-data; boundary=x");
+  EXPECT_TRUE(has(web_request(at("/office/config")).body, "Hall 3"));
+}
+
+/// PAPPL would list it twice among the jobs that have ended.
+TEST_F(WebSecurity, AJobThatHasEndedIsNotCancelled) {
+  submit("A\n");
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  Browser browser;
+  ASSERT_TRUE(shows(browser, "/proofs", "Printed"));
+  const std::string form =
+      "session=" + token_of(web_request(at("/office/config")).body) + "&action=cancel-job&job-id=1";
+  web_request(at("/office/jobs"), &form);
+  const std::string page = web_request(at("/office/jobs")).body;
+  const std::size_t first = page.find("<tr><td>1</td>");
+  EXPECT_NE(first, std::string::npos) << page;
+  EXPECT_EQ(page.find("<tr><td>1</td>", first + 1), std::string::npos) << page;
+}
+
 TEST_F(WebSecurity, ThePagesAreThereWithTls) {
   EXPECT_EQ(web_request("https://" + authority() + "/forms").status, 200);
   const WebAnswer picture = web_request("https://" + authority() + "/forms/picture?name=INVOICE");
