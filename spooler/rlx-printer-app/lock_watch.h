@@ -10,8 +10,8 @@
 namespace rlx::printer_app {
 
 /// Looks again and again whether something can still be done, and calls for help when it takes too
-/// long. PAPPL 1.3.1 takes its locks in two orders: an upload that breaks while the state is saved
-/// may stop the server for ever. It is ended then, for systemd to start it again.
+/// long. A server in which two threads wait for each other's locks is ended, for systemd to start
+/// it again.
 class LockWatch {
  public:
   /// @param touch  does what may take for ever.

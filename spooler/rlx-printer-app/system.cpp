@@ -25,6 +25,7 @@
 #include "rlx-printer-app/early_release.h"
 #include "rlx-printer-app/folder_lock.h"
 #include "rlx-printer-app/formats.h"
+#include "rlx-printer-app/lock_order.h"
 #include "rlx-printer-app/lock_watch.h"
 #include "rlx-printer-app/paused_printers.h"
 #include "rlx-printer-app/printer_device.h"
@@ -390,6 +391,7 @@ pappl_system_t* create(const ServerOptions& options, const Application& applicat
   if (system == nullptr) {
     throw std::runtime_error("the server cannot be made");
   }
+  keep_lock_order(system);
   if (options.find("admin-group") != nullptr) {
     papplSystemSetAdminGroup(system, options.find("admin-group"));
   }

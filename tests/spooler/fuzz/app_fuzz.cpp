@@ -108,13 +108,6 @@ Sending ipp_sending(const IppPlaces& places, Chance& chance) {
   if (is_good) {
     return {http_request("POST", path, "application/ipp", bytes), is_answered(bytes), false};
   }
-  // An upload that breaks while the state is saved makes two threads of PAPPL 1.3.1 wait for each
-  // other for ever; the server ends some minutes later. So there are hardly any of them.
-  if (!message.document.empty() && !chance.once_in(2000)) {
-    return {chance.once_in(3) ? chunked_request(path, "application/ipp", bytes, chance)
-                              : http_request("POST", path, "application/ipp", bytes),
-            false, false};
-  }
   return framed({"POST", path, "application/ipp", bytes}, true, chance);
 }
 
