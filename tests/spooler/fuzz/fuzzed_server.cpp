@@ -95,11 +95,12 @@ bool is_expected(const fs::path& path) {
   }
   if (below("state/")) {
     return text == "state/forms" || text == "state/forms/canary" || text == "state/forms/fcbe" ||
-           below("state/journal") || below("state/records") ||
-           name.starts_with("rlx-printer-app.state");
+           below("state/journal") || below("state/paused") || below("state/records") ||
+           name == "lock" || name.starts_with("rlx-printer-app.state");
   }
   if (below("spool/")) {
-    return below("spool/proofs") || name.starts_with("p0") || name.starts_with("p1");
+    return below("spool/proofs") || name == "lock" || name.starts_with("p0") ||
+           name.starts_with("p1");
   }
   return text == "state" || text == "spool" || name.starts_with("log") || below("home") ||
          below("tmp");
