@@ -10,11 +10,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
+#include "mapping/words.h"
 #include "running/descriptor.h"
 
 namespace rlx::printer_app {
@@ -107,10 +109,16 @@ Options parse_options(const std::string& text) {
   return all;
 }
 
+/// 0 for what is no number.
+int number_of(const std::string& text) {
+  constexpr unsigned kMost = std::numeric_limits<int>::max();
+  return static_cast<int>(spooler::whole_number(text, kMost).value_or(0));
+}
+
 int number_of(const Options& options, const std::string& name) {
   for (const auto& [key, value] : options) {
     if (key == name) {
-      return std::atoi(value.c_str());
+      return number_of(value);
     }
   }
   return 0;
@@ -142,7 +150,7 @@ class StateWriter {
     } else if (line.starts_with("Job ")) {
       take_job(line);
     } else if (line.starts_with("NextJobId ")) {
-      next_job_id_ = std::max(next_job_id_, std::atoi(line.c_str() + 10));
+      next_job_id_ = std::max(next_job_id_, number_of(line.substr(10)));
     } else if (line == "</Printer>") {
       end_printer();
     } else {

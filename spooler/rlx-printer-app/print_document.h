@@ -29,8 +29,8 @@ struct Application {
 };
 
 /// Prints a job of any of the formats; PAPPL calls it, in a thread of the job's own.
-/// @param application  an Application.
+/// @param data  an Application.
 /// @return false when the job was not printed. Why stands in its state message and its log.
-bool print_document(pappl_job_t* job, pappl_device_t* device, void* application);
+bool print_document(pappl_job_t* job, pappl_device_t* device, void* data);
 
 }  // namespace rlx::printer_app

@@ -6,11 +6,13 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "mapping/words.h"
 
 namespace rlx::printer_app {
 
@@ -94,9 +96,21 @@ void find_documents(const std::string& folder, std::vector<JournalEntry>& entrie
 }
 
 bool read_document_name(const std::string& name, int& printer_id, int& job_id) {
+  constexpr unsigned kMostPrinter = 99999;
+  constexpr unsigned kMostJob = 999999999;
+  const std::size_t job = name.find('j');
+  const std::size_t end = name.find('-');
   // Attributes of jobs stand beside the documents.
-  return !name.ends_with(".ipp") &&
-         std::sscanf(name.c_str(), "p%5dj%9d-", &printer_id, &job_id) == 2;
+  if (!name.starts_with('p') || job == std::string::npos || end == std::string::npos || end < job ||
+      name.ends_with(".ipp")) {
+    return false;
+  }
+  const std::string_view text(name);
+  const auto printer_number = spooler::whole_number(text.substr(1, job - 1), kMostPrinter);
+  const auto job_number = spooler::whole_number(text.substr(job + 1, end - job - 1), kMostJob);
+  printer_id = static_cast<int>(printer_number.value_or(0));
+  job_id = static_cast<int>(job_number.value_or(0));
+  return printer_number && job_number;
 }
 
 }  // namespace rlx::printer_app

@@ -19,7 +19,7 @@ std::string usual_state_folder();
 pappl_system_t* make_system(int count, cups_option_t* options, void* data);
 
 /// Describes a printer of a kind to PAPPL; it calls this for each new printer.
-bool describe_printer(pappl_system_t* system, const char* kind, const char* device_uri,
+bool describe_printer(pappl_system_t* system, const char* name, const char* device_uri,
                       const char* device_id, pappl_pr_driver_data_t* data, ipp_t** attributes,
                       void* application);
 

@@ -34,7 +34,8 @@ std::string portion_links(const Portion& portion, const std::string& link) {
     if (i == portion.number) {
       html += "<b>" + number + "</b> ";
     } else if (is_near || i == 1 || i == portion.portions) {
-      html += "<a href=\"" + escaped(link + number) + "\">" + number + "</a> ";
+      html.append("<a href=\"").append(escaped(link + number)).append("\">");
+      html.append(number).append("</a> ");
     } else if (!is_gap) {
       html += "… ";
     }

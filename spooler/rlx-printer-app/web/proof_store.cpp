@@ -16,6 +16,7 @@
 #include <tuple>
 
 #include "mapping/condition_command.h"
+#include "mapping/words.h"
 #include "rlx-printer-app/web/program_run.h"
 
 namespace rlx::printer_app {
@@ -174,10 +175,21 @@ bool has_all(const std::vector<Sheet>& sheets, unsigned first, unsigned last) {
 }  // namespace
 
 bool read_picture_name(const std::string& name, Sheet& sheet) {
-  int end = 0;
-  const int count =
-      std::sscanf(name.c_str(), "page-%9u-%9u.png%n", &sheet.page, &sheet.sheet, &end);
-  return count == 2 && end == static_cast<int>(name.size());
+  constexpr unsigned kMost = 999999999;
+  constexpr std::string_view kBegin = "page-";
+  constexpr std::string_view kEnd = ".png";
+  std::string_view text(name);
+  if (!text.starts_with(kBegin) || !text.ends_with(kEnd) ||
+      text.size() < kBegin.size() + kEnd.size()) {
+    return false;
+  }
+  text = text.substr(kBegin.size(), text.size() - kBegin.size() - kEnd.size());
+  const std::size_t middle = std::min(text.find('-'), text.size());
+  const auto page = spooler::whole_number(text.substr(0, middle), kMost);
+  const auto number = spooler::whole_number(text.substr(std::min(middle + 1, text.size())), kMost);
+  sheet.page = page.value_or(0);
+  sheet.sheet = number.value_or(0);
+  return page && number;
 }
 
 ProofStore::ProofStore(std::string folder, std::string painter, std::string dumper)

@@ -96,7 +96,7 @@ std::string kept_text(const Trial& trial) {
 
 Trial kept_trial(std::string kept) {
   const auto take_line = [&kept] {
-    const std::string line = kept.substr(0, kept.find('\n'));
+    std::string line = kept.substr(0, kept.find('\n'));
     kept.erase(0, line.size() + 1);
     return line;
   };
