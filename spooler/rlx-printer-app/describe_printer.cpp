@@ -28,11 +28,9 @@ void copy(char (&to)[Size], const char* from) {
 
 /// PAPPL wants a printer of pixels. This one is none: such a job is refused before its first line.
 bool refuse_raster(pappl_job_t* job, pappl_pr_options_t* /*options*/, pappl_device_t* /*device*/) {
-  constexpr const char* kWords =
-      "this printer prints text and line-printer jobs, not pictures; nothing was printed";
   papplJobSetReasons(job, PAPPL_JREASON_DOCUMENT_UNPRINTABLE_ERROR, PAPPL_JREASON_NONE);
-  papplJobSetMessage(job, "%s", kWords);
-  papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s", kWords);
+  papplJobSetMessage(job, "%s", kNotPrintable);
+  papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s", kNotPrintable);
   return false;
 }
 

@@ -21,6 +21,12 @@ bool is_text(unsigned char byte) {
 
 }  // namespace
 
+bool is_printable(const char* format) {
+  return format != nullptr &&
+         (format == std::string_view(kText) || format == std::string_view(kLines) ||
+          format == std::string_view(kPrinterLanguage));
+}
+
 const char* detect_format(const unsigned char* front, size_t count, void* /*data*/) {
   const std::span<const unsigned char> bytes(front, count);
   if (begins_printer_job({reinterpret_cast<const char*>(front), count})) {

@@ -32,6 +32,7 @@
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/printer_options.h"
 #include "rlx-printer-app/quick_end.h"
+#include "rlx-printer-app/refusal.h"
 #include "rlx-printer-app/spool_watch.h"
 #include "rlx-printer-app/web/web.h"
 #include "running/child_process.h"
@@ -190,6 +191,9 @@ void follow_event(pappl_job_t* job, pappl_event_t event, const Application& appl
   }
   if ((event & PAPPL_EVENT_JOB_STATE_CHANGED) != 0) {
     take_hold(job, application);
+    if (papplJobGetState(job) == IPP_JSTATE_PROCESSING) {
+      refuse_format(job);
+    }
   }
   if ((event & PAPPL_EVENT_JOB_COMPLETED) != 0) {
     // The event of a job that is cancelled while it prints comes before it has ended.
@@ -434,6 +438,9 @@ void set_up_formats(pappl_system_t* system, Application& application) {
   // The printer's own language goes the same way: PAPPL would count each such job as one page.
   for (const char* const format : {kText, kLines, kPrinterLanguage}) {
     papplSystemAddMIMEFilter(system, format, kPrinterLanguage, print_document, &application);
+  }
+  for (const char* const format : {"image/jpeg", "image/png"}) {
+    papplSystemAddMIMEFilter(system, format, kPrinterLanguage, print_no_picture, nullptr);
   }
 }
 

@@ -179,8 +179,9 @@ TEST_F(LongAppCups, QueueOfEverywhere) {
   const AppJob job = server_.wait_for("office", 1);
   EXPECT_TRUE(settled.state == "canceled" || settled.state == "completed") << settled.state;
   EXPECT_EQ(job.state, kAborted);
-  EXPECT_EQ(job.message,
-            "this printer prints text and line-printer jobs, not pictures; nothing was printed");
+  EXPECT_EQ(
+      job.message,
+      "this printer prints text and line-printer jobs, not pictures or PDF; nothing was printed");
   EXPECT_TRUE(printer_.jobs().empty());
 }
 

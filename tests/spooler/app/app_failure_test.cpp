@@ -41,12 +41,28 @@ TEST_F(AppFailure, AFormThatIsMissingIsNamed) {
   EXPECT_NE(refused("TEXT\f", {{"form", "NOSUCH"}}).find("NOSUCH"), std::string::npos);
 }
 
+const char* const kNotPrintable =
+    "this printer prints text and line-printer jobs, not pictures or PDF; nothing was printed";
+
+/// PAPPL reads raster from the client itself, when no other job prints.
 TEST_F(AppFailure, RasterIsRefusedWithAPlainMessage) {
-  const int id = server_.submit("office", "RaS2no raster at all", {}, "image/pwg-raster");
-  if (id != 0) {
-    EXPECT_EQ(server_.wait_for("office", id).state, kAborted);
+  for (const char* const format : {"image/pwg-raster", "image/urf"}) {
+    EXPECT_EQ(refused("RaS2no raster at all", {}, format), kNotPrintable) << format;
   }
-  EXPECT_TRUE(printer_.jobs().empty());
+}
+
+TEST_F(AppFailure, AnotherFormatIsRefusedWithAPlainMessage) {
+  const std::string jpeg_cut = "\xff\xd8\xff\xe0 no picture at all";
+  const std::string png_cut = "\x89PNG no picture at all";
+  for (const char* const format : {"image/jpeg", "application/octet-stream"}) {
+    EXPECT_EQ(refused(jpeg_cut, {}, format), kNotPrintable) << format;
+  }
+  EXPECT_EQ(refused(png_cut, {}, "image/png"), kNotPrintable);
+  EXPECT_EQ(refused("%PDF-1.4\n", {}, "application/pdf"), kNotPrintable);
+  EXPECT_EQ(refused("%PDF-1.4\n", {}, "application/octet-stream"), kNotPrintable);
+  EXPECT_EQ(refused("<html></html>", {}, "text/html"), kNotPrintable);
+  EXPECT_EQ(refused(std::string_view("\0\1\2\3", 4), {}, "application/octet-stream"),
+            kNotPrintable);
 }
 
 TEST_F(AppFailure, AJobAtAStalledPrinterCanBeCancelled) {

@@ -14,6 +14,18 @@ std::string detected(std::string_view front) {
   return format == nullptr ? "none" : format;
 }
 
+TEST(Formats, ThreeArePrinted) {
+  for (const char* const format :
+       {"text/plain", "application/vnd.rlx-lines", "application/vnd.rlx"}) {
+    EXPECT_TRUE(is_printable(format)) << format;
+  }
+  for (const char* const format : {"application/pdf", "text/html", "image/jpeg", "text/plai",
+                                   "application/octet-stream", ""}) {
+    EXPECT_FALSE(is_printable(format)) << format;
+  }
+  EXPECT_FALSE(is_printable(nullptr));
+}
+
 TEST(Formats, TextIsText) {
   EXPECT_EQ(detected("PLAIN\tTEXT\r\n\f"), kText);
   EXPECT_EQ(detected("\xe6\x97\xa5\xe6\x9c\xac"), kText) << "UTF-8";
