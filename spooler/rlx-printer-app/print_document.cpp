@@ -192,7 +192,7 @@ spooler::PrintResult print_to_device(pappl_job_t* job, pappl_device_t* device,
     result.problem = Problem::output;
   }
   if (result.problem == Problem::output) {
-    result.words = "the printer did not take the job to its end: the connection broke after " +
+    result.words = "the printer did not take the job to its end: " + printer.words() + " after " +
                    std::to_string(result.bytes) + " bytes had been made; print it again";
   }
   return result;

@@ -157,11 +157,28 @@ bool is_taken(int socket, const spooler::Cancellation& give_up) {
   }
 }
 
-std::string job_file(pappl_job_t* job) {
+/// @param copy  from 1: the number of files that would have the same name.
+std::string job_file(pappl_job_t* job, int copy) {
   std::array<char, 64> name{};
-  std::snprintf(name.data(), name.size(), "/job-%05d-%09d.rlx",
-                papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job));
+  std::snprintf(name.data(), name.size(),
+                copy == 1 ? "/job-%05d-%09d.rlx" : "/job-%05d-%09d-%d.rlx",
+                papplPrinterGetID(papplJobGetPrinter(job)), papplJobGetID(job), copy);
   return name.data();
+}
+
+/// Opens a new file for the job. @param path  the folder's; becomes the file's.
+spooler::Descriptor open_in_folder(pappl_job_t* job, std::string& path) {
+  while (path.size() > 1 && path.back() == '/') {
+    path.pop_back();
+  }
+  const std::string folder = std::exchange(path, {});
+  for (int copy = 1;; ++copy) {
+    path = folder + job_file(job, copy);
+    spooler::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (file.is_open() || errno != EEXIST) {
+      return file;
+    }
+  }
 }
 
 }  // namespace
@@ -216,19 +233,23 @@ bool JobDevice::take_place() {
   return true;
 }
 
+bool JobDevice::fail(const std::string& words) {
+  words_ = words;
+  papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "%s", words.c_str());
+  return false;
+}
+
 bool JobDevice::open_file() {
   Place place;
   read_place(papplPrinterGetDeviceURI(papplJobGetPrinter(job_)), place);
+  path_ = place.path;
   struct stat status {};
-  const bool is_folder = stat(place.path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-  const std::string path = is_folder ? place.path + job_file(job_) : place.path;
-  const int how = is_folder ? O_TRUNC : O_APPEND;
-  printer_ = spooler::Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666));
-  if (!printer_.is_open()) {
-    papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "%s cannot be opened: %s", path.c_str(),
-                std::strerror(errno));
-  }
-  return printer_.is_open();
+  const bool is_folder = stat(path_.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  // No other file is made: a folder that was moved away would become one.
+  printer_ = is_folder
+                 ? open_in_folder(job_, path_)
+                 : spooler::Descriptor(::open(path_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+  return printer_.is_open() || fail(path_ + " cannot be opened: " + std::strerror(errno));
 }
 
 bool JobDevice::connect() {
@@ -254,12 +275,11 @@ bool JobDevice::write(std::span<const std::uint8_t> bytes) {
     if (put >= 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(put));
     } else if (errno != EINTR && errno != EAGAIN) {
-      papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "The printer takes no more: %s",
-                  std::strerror(errno));
-      return false;
+      const std::string why = std::strerror(errno);
+      return fail(is_file_ ? path_ + " cannot be written: " + why
+                           : "the connection broke (" + why + ")");
     } else if (!give_up_.wait_for(printer_.number(), POLLOUT)) {
-      papplLogJob(job_, PAPPL_LOGLEVEL_ERROR, "The printer was given up: it takes nothing.");
-      return false;
+      return fail("it was given up, for it takes nothing");
     }
   }
   return true;
@@ -268,7 +288,7 @@ bool JobDevice::write(std::span<const std::uint8_t> bytes) {
 bool JobDevice::finish() {
   const bool taken = is_file_ || is_taken(printer_.number(), give_up_);
   printer_.reset();
-  return taken;
+  return taken || fail("the connection broke");
 }
 
 }  // namespace rlx::printer_app

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "running/cancellation.h"
 #include "running/descriptor.h"
@@ -15,9 +16,10 @@ namespace rlx::printer_app {
 /// else of PAPPL's.
 /// - socket://HOST[:PORT], 9100 without a port: PAPPL's write cannot be ended while a printer takes
 ///   nothing, and a connection that broke stays so for the jobs that wait.
-/// - file:///PATH: PAPPL closes it when a job ends, also under another one. A folder gets a file
-/// for
-///   each job, job-PRINTER-JOB.rlx; to another file jobs are added.
+/// - file:///PATH: PAPPL closes it when a job ends, also under another one. A folder gets a new
+/// file
+///   for each job, job-PRINTER-JOB.rlx; to another file jobs are added. Folder or file must be
+///   there; a path that ends in "/" is that of a folder.
 void add_devices();
 
 /// So many jobs have a printer in their hands now: bytes of theirs may have reached it.
@@ -61,10 +63,14 @@ class JobDevice {
   /// @return false when it did not take all.
   bool finish();
 
+  /// Why open(), write() or finish() returned false.
+  const std::string& words() const { return words_; }
+
  private:
   bool open_file();
   bool connect();
   bool take_place();
+  bool fail(const std::string& words);
 
   pappl_job_t* job_;
   pappl_device_t* device_;
@@ -72,6 +78,8 @@ class JobDevice {
   bool is_file_;
   spooler::Descriptor printer_;
   std::optional<AtPrinter>& at_printer_;
+  std::string path_;  ///< of a file
+  std::string words_ = "the connection broke";
 };
 
 }  // namespace rlx::printer_app
