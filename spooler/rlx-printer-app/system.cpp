@@ -121,8 +121,8 @@ std::string read_file(const std::string& path) {
   return text.str();
 }
 
-/// Keeps whatever the job asks for.
-void write_attributes(pappl_job_t* job, const std::string& path) {
+/// Keeps whatever the job asks for. @return false, with errno, when it could not.
+bool write_attributes(pappl_job_t* job, const std::string& path) {
   const spooler::Descriptor file(
       open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   ipp_t* const attributes = ippNew();
@@ -142,11 +142,12 @@ void write_attributes(pappl_job_t* job, const std::string& path) {
     }
   }
   ippSetState(attributes, IPP_STATE_IDLE);
-  if (file.is_open()) {
-    ippWriteFile(file.number(), attributes);
-    fdatasync(file.number());
-  }
+  const bool good = file.is_open() && ippWriteFile(file.number(), attributes) == IPP_STATE_DATA &&
+                    fdatasync(file.number()) == 0;
+  const int error = errno;
   ippDelete(attributes);
+  errno = error;
+  return good;
 }
 
 void note_job(pappl_job_t* job, bool is_held, const Journal& journal) {
@@ -159,10 +160,13 @@ void note_job(pappl_job_t* job, bool is_held, const Journal& journal) {
   const char* const format = papplJobGetFormat(job);
   entry.format = format == nullptr ? kText : format;
   entry.created = papplJobGetTimeCreated(job);
-  write_attributes(job, journal.attributes_path(entry.printer_id, entry.job_id));
-  if (!journal.note(entry)) {
+  const std::string attributes = journal.attributes_path(entry.printer_id, entry.job_id);
+  if (!write_attributes(job, attributes) || !journal.note(entry)) {
+    const int error = errno;
+    set_unnoted(job, error);
+    unlink(attributes.c_str());
     papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "The journal cannot be written: %s",
-                std::strerror(errno));
+                std::strerror(error));
   }
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "spooler/app/app_server.h"
@@ -7,6 +8,8 @@
 // What goes wrong with a job, and what is said then.
 namespace rlx::testing {
 namespace {
+
+namespace fs = std::filesystem;
 
 class AppFailure : public AppTest {
  protected:
@@ -63,6 +66,47 @@ TEST_F(AppFailure, AnotherFormatIsRefusedWithAPlainMessage) {
   EXPECT_EQ(refused("<html></html>", {}, "text/html"), kNotPrintable);
   EXPECT_EQ(refused(std::string_view("\0\1\2\3", 4), {}, "application/octet-stream"),
             kNotPrintable);
+}
+
+/// Such a job would be accepted, and unknown to the next start of the server.
+class AppJournal : public AppFailure {
+ protected:
+  std::string journal() const { return server_.directory() + "/state/journal"; }
+
+  void expect_refused(const std::string& why) {
+    for (int number = 1; number <= 2; ++number) {
+      std::string words;
+      EXPECT_EQ(server_.submit("office", "LOST\f", {}, "text/plain", &words), 0);
+      EXPECT_NE(words.find(why), std::string::npos) << words;
+      const AppJob job = server_.job("office", number);
+      EXPECT_EQ(job.state, kAborted);
+      EXPECT_EQ(job.message,
+                "the job cannot be kept: " + why + "; nothing was printed, submit it again");
+    }
+    EXPECT_TRUE(printer_.jobs().empty());
+  }
+};
+
+TEST_F(AppJournal, AJobThatCannotBeNotedIsRefused) {
+  // In the place of the first job's note, and of the second one's attributes.
+  fs::create_directory(journal() + "/00001-000000001.json.new");
+  fs::create_directory(journal() + "/00001-000000002.ipp");
+  expect_refused("Is a directory");
+  EXPECT_EQ(print("TEXT\f").bytes, filtered({}, "TEXT\f"));
+}
+
+TEST_F(AppJournal, AJobIsRefusedWhenTheDiskIsFull) {
+  const Outcome mounted =
+      run_command({{"mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", journal()}});
+  if (mounted.status != 0) {
+    GTEST_SKIP() << "only root can have a small disk of its own";
+  }
+  run_command({{"dd", "if=/dev/zero", "of=" + journal() + "/filler", "bs=4k"}});
+  expect_refused("No space left on device");
+  fs::remove(journal() + "/filler");
+  EXPECT_EQ(print("TEXT\f").bytes, filtered({}, "TEXT\f"));
+  server_.stop();
+  EXPECT_EQ(run_command({{"umount", journal()}}).status, 0);
 }
 
 TEST_F(AppFailure, AJobAtAStalledPrinterCanBeCancelled) {
