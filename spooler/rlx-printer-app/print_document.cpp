@@ -232,8 +232,9 @@ bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& 
 }
 
 /// What the web page shows of the job later; it prints without, too.
-void keep_record(pappl_job_t* job, const Application& application, JobRecord& record) {
-  const char* const message = papplJobGetMessage(job);
+void keep_record(pappl_job_t* job, bool printed, const Application& application,
+                 JobRecord& record) {
+  const char* const message = printed ? nullptr : papplJobGetMessage(job);
   record.format = papplJobGetFormat(job);
   record.words = message == nullptr ? "" : message;
   if (application.records != nullptr &&
@@ -286,7 +287,11 @@ bool print_document(pappl_job_t* job, pappl_device_t* device, void* data) {
   } catch (const std::exception& error) {
     abort_job(job, PAPPL_JREASON_ABORTED_BY_SYSTEM, error.what());
   }
-  keep_record(job, application, record);
+  if (printed && papplJobGetMessage(job) != nullptr) {
+    // It had to wait for its printer.
+    papplJobSetMessage(job, papplJobIsCanceled(job) ? "Job canceled." : "Job completed.");
+  }
+  keep_record(job, printed, application, record);
   // A second thread that is still on its way here must find the job not ended.
   std::this_thread::sleep_until(begin + kLeastTime);
   // Noted here and not when PAPPL tells of it: that takes the disk's time, between this job's place

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -17,7 +18,9 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace rlx::printer_app {
 
@@ -84,6 +87,58 @@ SocketDevice* data_of(pappl_device_t* device) {
   return static_cast<SocketDevice*>(papplDeviceGetData(device));
 }
 
+std::atomic<pappl_system_t*> told{nullptr};
+
+std::string away_words(const Place& place) {
+  return "the printer at " + place.host + ':' + std::to_string(place.port) +
+         " cannot be reached; the job waits until it answers";
+}
+
+/// The numbers of the printers that have this address.
+std::vector<int> printers_at(pappl_system_t* system, const std::string& uri) {
+  struct Search {
+    const std::string& uri;
+    std::vector<int> found;
+  } search{uri, {}};
+  papplSystemIteratePrinters(
+      system,
+      [](pappl_printer_t* printer, void* data) {
+        auto& wanted = *static_cast<Search*>(data);
+        if (wanted.uri == papplPrinterGetDeviceURI(printer)) {
+          wanted.found.push_back(papplPrinterGetID(printer));
+        }
+      },
+      &search);
+  return search.found;
+}
+
+/// The number of the job that has the printer; 0 when there is none.
+int job_that_waits(pappl_printer_t* printer) {
+  int number = 0;
+  papplPrinterIterateActiveJobs(
+      printer,
+      [](pappl_job_t* job, void* found) {
+        if (papplJobGetState(job) == IPP_JSTATE_PROCESSING && !papplJobIsCanceled(job)) {
+          *static_cast<int*>(found) = papplJobGetID(job);
+        }
+      },
+      &number, 1, 0);
+  return number;
+}
+
+/// PAPPL opens a printer with its lock in hand, and does not say for which one. This waits for that
+/// lock: PAPPL lets it go for some seconds until it tries again, and the printer is "stopped" then.
+void tell_of_absence(pappl_system_t* system, const std::string& uri, const std::string& words) {
+  for (const int id : printers_at(system, uri)) {
+    pappl_printer_t* const printer = papplSystemFindPrinter(system, nullptr, id, nullptr);
+    const int job = printer == nullptr ? 0 : job_that_waits(printer);
+    if (job != 0 && papplPrinterGetState(printer) == IPP_PSTATE_STOPPED) {
+      papplPrinterSetReasons(printer, PAPPL_PREASON_OFFLINE, PAPPL_PREASON_NONE);
+      papplJobSetMessage(papplPrinterFindJob(printer, job), "%s", words.c_str());
+    }
+  }
+}
+
 bool open_socket(pappl_device_t* device, const char* uri, const char* /*name*/) {
   auto socket = std::make_unique<SocketDevice>();
   if (!read_place(uri, socket->place) || socket->place.host.empty()) {
@@ -94,6 +149,9 @@ bool open_socket(pappl_device_t* device, const char* uri, const char* /*name*/) 
   if (!socket->socket.is_open()) {
     papplDeviceError(device, "Unable to connect to '%s:%d': %s", socket->place.host.c_str(),
                      socket->place.port, std::strerror(errno));
+    if (pappl_system_t* const system = told; system != nullptr) {
+      std::thread(tell_of_absence, system, std::string(uri), away_words(socket->place)).detach();
+    }
     return false;
   }
   papplDeviceSetData(device, socket.release());
@@ -190,6 +248,10 @@ void add_devices() {
                        read_nothing, write_nothing, no_reasons, nullptr);
 }
 
+void tell_absence(pappl_system_t* system) {
+  told = system;
+}
+
 JobDevice::JobDevice(pappl_job_t* job, pappl_device_t* device, const spooler::Cancellation& give_up,
                      std::optional<AtPrinter>& at_printer)
     : job_(job),
@@ -260,11 +322,30 @@ bool JobDevice::connect() {
   }
   while (!is_alive(printer_)) {
     printer_ = connect_to(device.place);
-    if (!printer_.is_open() && !give_up_.pause(kRetryMilliseconds)) {
-      return false;
+    if (!printer_.is_open()) {
+      say_away();
+      if (!give_up_.pause(kRetryMilliseconds)) {
+        return false;
+      }
     }
   }
+  say_there();
   return true;
+}
+
+void JobDevice::say_away() {
+  papplPrinterSetReasons(papplJobGetPrinter(job_), PAPPL_PREASON_OFFLINE, PAPPL_PREASON_NONE);
+  papplJobSetMessage(job_, "%s", away_words(data_of(device_)->place).c_str());
+}
+
+void JobDevice::say_there() {
+  pappl_printer_t* const printer = papplJobGetPrinter(job_);
+  if ((papplPrinterGetReasons(printer) & PAPPL_PREASON_OFFLINE) != 0) {
+    papplPrinterSetReasons(printer, PAPPL_PREASON_NONE, PAPPL_PREASON_OFFLINE);
+  }
+  if (papplJobGetMessage(job_) != nullptr) {
+    papplJobSetMessage(job_, "Job printing.");
+  }
 }
 
 bool JobDevice::write(std::span<const std::uint8_t> bytes) {

@@ -22,6 +22,10 @@ namespace rlx::printer_app {
 ///   there; a path that ends in "/" is that of a folder.
 void add_devices();
 
+/// From now on a printer that PAPPL cannot open is "offline", and its job's message says that it
+/// waits. A job that gets the printer takes both away.
+void tell_absence(pappl_system_t* system);
+
 /// So many jobs have a printer in their hands now: bytes of theirs may have reached it.
 int jobs_at_printers();
 
@@ -70,6 +74,8 @@ class JobDevice {
   bool open_file();
   bool connect();
   bool take_place();
+  void say_away();
+  void say_there();
   bool fail(const std::string& words);
 
   pappl_job_t* job_;

@@ -480,6 +480,7 @@ pappl_system_t* make_system(int count, cups_option_t* options, void* data) {
     restore(system, application);
     application.queue->start(system);
     papplSystemSetEventCallback(system, take_event, &application);
+    tell_absence(system);
     papplSystemAddTimerCallback(system, 0, 1, look_each_second, &application);
     static const QuickEnd end(system, *application.queue,
                               [system, &application] { end_now(system, application); });

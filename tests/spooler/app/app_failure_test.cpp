@@ -122,12 +122,43 @@ TEST_F(AppFailure, AJobAtAStalledPrinterCanBeCancelled) {
   EXPECT_EQ(print("AFTER\f").bytes, filtered({}, "AFTER\f"));
 }
 
-TEST_F(AppFailure, AJobWaitsForAPrinterThatIsAway) {
+/// The words of a job whose printer is away.
+constexpr const char* kAway = " cannot be reached; the job waits until it answers";
+
+class AppAway : public AppFailure {
+ protected:
+  bool says_away(int id) {
+    return comes_true(Seconds(20), [&] {
+      return server_.job("office", id).message.ends_with(kAway) &&
+             server_.reasons("office").find("offline") != std::string::npos;
+    });
+  }
+};
+
+TEST_F(AppAway, AJobSaysThatItWaits) {
+  EXPECT_EQ(server_.reasons("office"), "none");
   printer_.tell("away");
   const int id = server_.submit("office", "TEXT\f");
   ASSERT_TRUE(server_.wait_for_state("office", id, kProcessing));
+  EXPECT_TRUE(says_away(id)) << server_.job("office", id).message << server_.reasons("office");
   printer_.tell("back");
-  EXPECT_EQ(server_.wait_for("office", id).state, kCompleted);
+  const AppJob end = server_.wait_for("office", id);
+  EXPECT_EQ(end.state, kCompleted);
+  EXPECT_EQ(end.message, "Job completed.");
+  EXPECT_EQ(server_.reasons("office"), "none");
+}
+
+TEST_F(AppAway, ACancelledJobDoesNotGoOnSayingThatItWaits) {
+  printer_.tell("away");
+  const int id = server_.submit("office", "TEXT\f");
+  ASSERT_TRUE(says_away(id));
+  ASSERT_TRUE(server_.tell_job("cancel", "office", id));
+  const AppJob end = server_.wait_for("office", id);
+  EXPECT_EQ(end.state, kCanceled);
+  EXPECT_EQ(end.message, "Job canceled.");
+  printer_.tell("back");
+  EXPECT_EQ(print("AFTER\f").bytes, filtered({}, "AFTER\f"));
+  EXPECT_EQ(server_.reasons("office"), "none");
 }
 
 TEST_F(AppFailure, APrinterThatClosesInTheMiddleAbortsTheJob) {

@@ -224,6 +224,18 @@ AppJob AppServer::job(const std::string& printer, int id) const {
   return job;
 }
 
+std::string AppServer::reasons(const std::string& printer) const {
+  const Connection connection(port_);
+  ipp_t* const request = make_request(IPP_OP_GET_PRINTER_ATTRIBUTES, uri(printer));
+  ipp_t* const answer = cupsDoRequest(connection.get(), request, resource_of(printer).c_str());
+  std::string all(256, '\0');
+  ipp_attribute_t* const attribute =
+      ippFindAttribute(answer, "printer-state-reasons", IPP_TAG_KEYWORD);
+  all.resize(attribute == nullptr ? 0 : ippAttributeString(attribute, all.data(), all.size()));
+  ippDelete(answer);
+  return all;
+}
+
 AppJob AppServer::wait_for(const std::string& printer, int id, Seconds patience) const {
   AppJob found;
   comes_true(patience, [&, this] { return (found = job(printer, id)).state >= kCanceled; });

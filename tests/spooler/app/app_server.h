@@ -59,6 +59,8 @@ class AppServer {
   /// Send-Document for such a job. @return true when it was taken.
   bool send_document(const std::string& printer, int id, std::string_view document) const;
   AppJob job(const std::string& printer, int id) const;
+  /// The printer's printer-state-reasons, with commas between them.
+  std::string reasons(const std::string& printer) const;
   /// Waits for a job's end (state 7 to 9).
   AppJob wait_for(const std::string& printer, int id, Seconds patience = Seconds(30)) const;
   bool wait_for_state(const std::string& printer, int id, int state,
