@@ -4,7 +4,6 @@
 #include "rlx-printer-app/web/html.h"
 #include "rlx-printer-app/web/pages.h"
 #include "rlx-printer-app/web/paging.h"
-#include "rlx-printer-app/web/program_run.h"
 
 namespace rlx::printer_app {
 
@@ -147,8 +146,7 @@ bool store(Request& request, const Web& web) {
     return false;
   }
   const Change change = read_change(request.form());
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return send_busy(request, "/forms");
   }
   std::string fault = fault_of(request, web, change);
@@ -165,8 +163,7 @@ bool store(Request& request, const Web& web) {
 }  // namespace
 
 bool forms_page(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return send_busy(request, "/");
   }
   const auto names = web.forms.names();
@@ -191,8 +188,7 @@ bool form_page(Request& request, Web& web) {
   if (!text) {
     return request.send_words(request.text("There is no such form."), "/forms");
   }
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return send_busy(request, "/forms");
   }
   const FormCheck check = web.forms.check(*text);
@@ -215,8 +211,7 @@ bool form_page(Request& request, Web& web) {
 }
 
 bool form_picture(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return request.send_status(HTTP_STATUS_SERVICE_UNAVAILABLE);
   }
   const FormCheck check = web.forms.draw(request.query("name"));

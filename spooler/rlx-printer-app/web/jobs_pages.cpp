@@ -9,7 +9,6 @@
 #include "rlx-printer-app/web/job_facts.h"
 #include "rlx-printer-app/web/pages.h"
 #include "rlx-printer-app/web/paging.h"
-#include "rlx-printer-app/web/program_run.h"
 #include "rlx-printer-app/web/proof_name.h"
 
 namespace rlx::printer_app {
@@ -129,18 +128,30 @@ void make_job_proof(const Request& request, Web& web, const std::string& key, Sh
   result.proof = web.proofs.make(key, print, {});
 }
 
-/// Finds what the query names, and makes its proof where there is none. To be called with a
-/// RunPlace. @return false when an answer was sent.
-bool find_shown(const Request& request, Web& web, Shown& result) {
+/// Takes a place, finds what the query names, and makes its proof where there is none.
+/// @param is_picture  the answer is to be a picture, not a page.
+/// @return false when an answer was sent.
+bool find_shown(Request& request, Web& web, Shown& result, bool is_picture = false) {
   result.of = request.query("of");
   if (!result.name.read(result.of)) {
     request.redirect("/proofs");
     return false;
   }
-  if (!result.name.trial.empty()) {
-    result.proof = web.proofs.find(result.name.trial);
-  } else if (!request.is_authorized()) {
+  const bool is_trial = !result.name.trial.empty();
+  // The log-in page is sent without a place.
+  if (!is_trial && !request.is_authorized()) {
     return false;
+  }
+  if (!request.take_place()) {
+    if (is_picture) {
+      request.send_status(HTTP_STATUS_SERVICE_UNAVAILABLE);
+    } else {
+      send_busy(request, "/proofs");
+    }
+    return false;
+  }
+  if (is_trial) {
+    result.proof = web.proofs.find(result.name.trial);
   } else {
     result.job = find_job(request.system(), result.name.printer_id, result.name.job_id);
     if (result.job) {
@@ -225,10 +236,6 @@ bool cancel_page(Request& request, Web& /*web*/) {
 }
 
 bool proof_page(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
-    return send_busy(request, "/proofs");
-  }
   Shown proof;
   if (!find_shown(request, web, proof)) {
     return true;
@@ -253,10 +260,6 @@ bool proof_page(Request& request, Web& web) {
 }
 
 bool sheet_page(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
-    return send_busy(request, "/proofs");
-  }
   Shown proof;
   if (!find_shown(request, web, proof)) {
     return true;
@@ -295,12 +298,8 @@ bool sheet_page(Request& request, Web& web) {
 }
 
 bool sheet_picture(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
-    return request.send_status(HTTP_STATUS_SERVICE_UNAVAILABLE);
-  }
   Shown proof;
-  if (!find_shown(request, web, proof)) {
+  if (!find_shown(request, web, proof, true)) {
     return true;
   }
   const Sheet sheet{request.number("page", kMostNumber), request.number("sheet", kMostNumber)};
@@ -315,10 +314,6 @@ bool sheet_picture(Request& request, Web& web) {
 }
 
 bool dump_page(Request& request, Web& web) {
-  const RunPlace place;
-  if (!place.is_there()) {
-    return send_busy(request, "/proofs");
-  }
   Shown proof;
   if (!find_shown(request, web, proof)) {
     return true;

@@ -29,7 +29,7 @@ std::string fact_row(const Request& request, const char* name, const std::string
   return "<tr><th>" + shown(request, name) + "</th><td>" + value + "</td></tr>\n";
 }
 
-bool send_busy(const Request& request, const std::string& back) {
+bool send_busy(Request& request, const std::string& back) {
   return request.send_words(
       request.text("Too many pictures are being drawn. Please try again in a moment."), back);
 }

@@ -42,7 +42,7 @@ std::string fact_row(const Request& request, const char* name, const std::string
 /// A text of the table, escaped.
 std::string shown(const Request& request, const char* english);
 
-/// "Too many people ..." for a request without a RunPlace.
-bool send_busy(const Request& request, const std::string& back);
+/// "Too many people ..." for a request that got no place.
+bool send_busy(Request& request, const std::string& back);
 
 }  // namespace rlx::printer_app

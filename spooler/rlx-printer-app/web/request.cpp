@@ -55,7 +55,16 @@ std::string Request::form_start(const std::string& action, bool has_file) const 
          "><input type=\"hidden\" name=\"session\" value=\"" + escaped(token.data()) + "\">\n";
 }
 
-bool Request::send_page(const char* title, const std::string& content) const {
+bool Request::take_place() {
+  place_.emplace();
+  if (!place_->is_there()) {
+    place_.reset();
+  }
+  return place_.has_value();
+}
+
+bool Request::send_page(const char* title, const std::string& content) {
+  place_.reset();
   if (!papplClientRespond(client_, HTTP_STATUS_OK, nullptr, "text/html", 0, 0)) {
     return false;
   }
@@ -69,23 +78,26 @@ bool Request::send_page(const char* title, const std::string& content) const {
   return true;
 }
 
-bool Request::send_words(const std::string& words, const std::string& back) const {
+bool Request::send_words(const std::string& words, const std::string& back) {
   return send_page(nullptr, "<p class=\"rlx-fault\">" + escaped(words) +
                                 "</p>\n<p><a class=\"btn\" href=\"" + escaped(back) + "\">" +
                                 escaped(text("Back")) + "</a></p>");
 }
 
-bool Request::send_bytes(const char* type, const std::string& bytes) const {
+bool Request::send_bytes(const char* type, const std::string& bytes) {
+  place_.reset();
   return papplClientRespond(client_, HTTP_STATUS_OK, nullptr, type, 0, bytes.size()) &&
          httpWrite2(papplClientGetHTTP(client_), bytes.data(), bytes.size()) >= 0 &&
          httpFlushWrite(papplClientGetHTTP(client_)) >= 0;
 }
 
-bool Request::send_status(http_status_t status) const {
+bool Request::send_status(http_status_t status) {
+  place_.reset();
   return papplClientRespond(client_, status, nullptr, nullptr, 0, 0);
 }
 
-bool Request::redirect(const std::string& path) const {
+bool Request::redirect(const std::string& path) {
+  place_.reset();
   return papplClientRespondRedirect(client_, HTTP_STATUS_SEE_OTHER, path.c_str());
 }
 

@@ -3,10 +3,12 @@
 #include <pappl/pappl.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "rlx-printer-app/web/form_data.h"
+#include "rlx-printer-app/web/program_run.h"
 
 namespace rlx::printer_app {
 
@@ -38,13 +40,17 @@ class Request {
   /// The beginning of a form whose fields go to `action`, with PAPPL's token in it.
   std::string form_start(const std::string& action, bool has_file) const;
 
+  /// Waits for a place to run programs; it is kept until the answer is sent, but not while: who
+  /// reads slowly would keep others from drawing. @return false when there was none.
+  bool take_place();
+
   /// Answers with a page. @param title  as for text(). @param content  HTML.
-  bool send_page(const char* title, const std::string& content) const;
+  bool send_page(const char* title, const std::string& content);
   /// Answers with a page of one sentence for people, with a link back.
-  bool send_words(const std::string& words, const std::string& back) const;
-  bool send_bytes(const char* type, const std::string& bytes) const;
-  bool send_status(http_status_t status) const;
-  bool redirect(const std::string& path) const;
+  bool send_words(const std::string& words, const std::string& back);
+  bool send_bytes(const char* type, const std::string& bytes);
+  bool send_status(http_status_t status);
+  bool redirect(const std::string& path);
 
   static constexpr std::size_t kMostBodyBytes = std::size_t{1} << 20U;
 
@@ -52,6 +58,7 @@ class Request {
   pappl_client_t* client_;
   FormData query_;
   FormData form_;
+  std::optional<RunPlace> place_;
 };
 
 /// What answers requests for a path. @return false to end the connection.

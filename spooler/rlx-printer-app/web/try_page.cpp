@@ -11,7 +11,6 @@
 #include "rlx-printer-app/printer_kinds.h"
 #include "rlx-printer-app/web/html.h"
 #include "rlx-printer-app/web/pages.h"
-#include "rlx-printer-app/web/program_run.h"
 #include "rlx-printer-app/web/proof_name.h"
 
 namespace rlx::printer_app {
@@ -134,8 +133,7 @@ bool make_trial(Request& request, Web& web) {
   if (!describe(trial, web, job)) {
     return request.send_status(HTTP_STATUS_BAD_REQUEST);
   }
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return send_busy(request, "/try");
   }
   const spooler::Descriptor file = file_of(trial.text);
@@ -151,8 +149,7 @@ bool try_page(Request& request, Web& web) {
   if (request.is_post()) {
     return make_trial(request, web);
   }
-  const RunPlace place;
-  if (!place.is_there()) {
+  if (!request.take_place()) {
     return send_busy(request, "/");
   }
   Trial trial{printer_kinds().front().name, request.query("form"), "utf-8", {}};

@@ -1,3 +1,10 @@
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +24,46 @@ constexpr const char* kForm = "print 4 79200\nlpi 1200 66\n";
 bool has(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
+
+/// Somebody who asks for a page, and reads nothing of the answer.
+class SlowReader {
+ public:
+  SlowReader(int port, const std::string& path)
+      : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    // Small, so that an answer does not fit into the system's buffers.
+    const int buffer = 4096;
+    const int segment = 536;
+    setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof(buffer));
+    setsockopt(socket_, IPPROTO_TCP, TCP_MAXSEG, &segment, sizeof(segment));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    const std::string request = "GET " + path + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
+    EXPECT_EQ(send(socket_, request.data(), request.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(request.size()));
+  }
+  ~SlowReader() { close(socket_); }
+  SlowReader(const SlowReader&) = delete;
+  SlowReader& operator=(const SlowReader&) = delete;
+
+  /// Waits for the first bytes of the answer.
+  bool is_answered() const {
+    pollfd wanted{socket_, POLLIN, 0};
+    return poll(&wanted, 1, 20000) == 1;
+  }
+
+  /// The bytes that have come; they stay where they are.
+  std::size_t arrived() const {
+    std::string bytes(1 << 20, '\0');
+    const ssize_t count = recv(socket_, bytes.data(), bytes.size(), MSG_PEEK | MSG_DONTWAIT);
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
+  }
+
+ private:
+  int socket_;
+};
 
 class WebSecurity : public WebTest {
  protected:
@@ -188,6 +235,33 @@ TEST_F(WebSecurity, TwoRequestsDrawAtATime) {
     EXPECT_TRUE(has(page.body, "/proofs/picture?of=")) << "all had their turn: " << page.body;
   }
   EXPECT_EQ(most, 2);
+}
+
+TEST_F(WebSecurity, SlowReadersDoNotKeepOthersFromDrawing) {
+  std::string lines;
+  for (int line = 0; line < 8000; ++line) {
+    lines += std::to_string(line) + " is a line of a long job\n";
+  }
+  submit(lines);
+  ASSERT_EQ(printer_.wait_for_jobs(1).size(), 1U);
+  const WebAnswer whole = web_request(at("/proofs/dump?of=1-1"));
+  ASSERT_TRUE(has(whole.body, "</pre>")) << whole.body;
+  ASSERT_GT(whole.body.size(), 300000U) << "an answer that no buffer takes";
+  std::vector<std::unique_ptr<SlowReader>> readers;
+  for (int reader = 0; reader < 3; ++reader) {
+    readers.push_back(std::make_unique<SlowReader>(port(), "/proofs/dump?of=1-1"));
+    ASSERT_TRUE(readers.back()->is_answered()) << reader;
+  }
+  for (const char* const path :
+       {"/forms", "/forms/form?name=INVOICE", "/forms/picture?name=INVOICE", "/try",
+        "/proofs/job?of=1-1", "/proofs/picture?of=1-1&page=1&sheet=1"}) {
+    const WebAnswer page = web_request(at(path));
+    EXPECT_EQ(page.status, 200) << path;
+    EXPECT_FALSE(has(page.body, "Too many pictures")) << path;
+  }
+  for (const auto& reader : readers) {
+    EXPECT_LT(reader->arrived(), 100000U) << "it read slowly";
+  }
 }
 
 }  // namespace

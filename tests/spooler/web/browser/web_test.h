@@ -20,6 +20,7 @@ class WebTest : public ::testing::Test {
   std::string at(const std::string& path) const { return base_ + path; }
   /// localhost:PORT
   std::string authority() const { return "localhost:" + std::to_string(port_); }
+  int port() const { return port_; }
   std::string form_path(const std::string& name) const { return folder_ + "/s/forms/fcbe/" + name; }
   /// Hands a job to the printer.
   void submit(const std::string& text, const std::vector<std::string>& options = {}) const;
