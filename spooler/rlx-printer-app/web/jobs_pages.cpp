@@ -76,7 +76,8 @@ std::string job_row(const Request& request, const JobFacts& job) {
   const std::string link = "/proofs/job?of=" + name_of(job);
   return "<li><a href=\"" + escaped(link) + "\"><b>" + escaped(job.printer) + ' ' +
          std::to_string(job.id) + "</b> <span class=\"rlx-name\">" + escaped(job.name) +
-         "</span></a>" + state_mark(request, job) + "<span>" + escaped(job.user) + "</span><span>" +
+         "</span></a>" + state_mark(request, job) + "<span>" + escaped(job.user) +
+         "</span><span class=\"rlx-pages\">" +
          escaped(filled(request.text("Pages: {0}"), {std::to_string(job.impressions)})) +
          "</span><time>" + time_text(job.created) + "</time>" + cancel_button(request, job) +
          (job.message.empty() ? "" : "<small>" + escaped(job.message) + "</small>") + "</li>\n";
@@ -251,7 +252,12 @@ bool proof_page(Request& request, Web& web) {
     if (proof.proof->words == proof.job->message) {
       proof.proof->words.clear();
     }
-    html += proof_pictures(request, web, *proof.proof, proof.of, home_of(proof) + "&part=");
+    // Of a job that was not printed there may be nothing to see.
+    if (proof.proof->pages > 0 || proof.job->state != IPP_JSTATE_ABORTED) {
+      html += proof_pictures(request, web, *proof.proof, proof.of, home_of(proof) + "&part=");
+    } else if (!proof.proof->words.empty()) {
+      html += "<p class=\"rlx-fault\">" + escaped(proof.proof->words) + "</p>\n";
+    }
   } else {
     html += "<p class=\"rlx-hint\">" + escaped(proof.words) + "</p>\n";
   }

@@ -42,11 +42,13 @@ p.rlx-fault { background: #fdecee; border-left: 4px solid #b00020; padding: 8px 
   min-width: 2em; text-align: right; user-select: none; }
 .rlx-text mark { background: #fbd3d8; }
 .rlx-jobs { list-style: none; margin: 16px 0; padding: 0; }
-.rlx-jobs li { display: grid; grid-template-columns: minmax(0, 3fr) 7em minmax(0, 1fr) 6em 11em auto;
+.rlx-jobs li { display: grid;
+  grid-template-columns: minmax(0, 3fr) 8em minmax(0, 1fr) 8em 11em 11em;
   gap: 4px 14px; align-items: center; border-top: 1px solid #ddd; padding: 10px 4px; }
 .rlx-jobs li:hover { background: #f6f6f6; }
 .rlx-jobs small { grid-column: 1 / -1; color: #b00020; overflow-wrap: anywhere; }
 .rlx-jobs span { overflow-wrap: anywhere; }
+.rlx-jobs .rlx-pages { white-space: nowrap; }
 .rlx-jobs time { color: #555; white-space: nowrap; }
 .rlx-jobs form.rlx, .rlx-facts form.rlx { display: inline-block; margin-left: 8px; }
 .rlx-state { border-radius: 10px; display: inline-block; font-size: 14px; padding: 1px 10px;
@@ -61,12 +63,14 @@ p.rlx-fault { background: #fdecee; border-left: 4px solid #b00020; padding: 8px 
 .rlx-pager a, .rlx-pager b { display: inline-block; min-width: 1.6em; padding: 4px;
   text-align: center; }
 .header div.nav, .header2 div.nav { line-height: 40px; }
+@media only screen and (max-width: 950px) {
+  .rlx-jobs li { grid-template-columns: minmax(0, 1fr) auto; }
+  .rlx-jobs time { grid-column: 1 / -1; }
+}
 @media only screen and (max-width: 700px) {
   .rlx-two { grid-template-columns: minmax(0, 1fr); }
   .rlx-grid { grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 14px; }
   .rlx-frame { height: 190px; }
-  .rlx-jobs li { grid-template-columns: minmax(0, 1fr) auto; }
-  .rlx-jobs time { grid-column: 1 / -1; }
   .header div.nav { font-size: 15px; line-height: 32px; }
   .header a.btn, .header span.active { padding: 0 10px 0 0; }
   .header a.btn img { margin-right: 0; }

@@ -121,6 +121,10 @@ TEST_F(WebPages, TellWhyAJobWasNotPrinted) {
   ASSERT_TRUE(shows(browser, "/proofs", "form MISSING is missing"));
   EXPECT_FALSE(has(browser.source(), "<b>NONE")) << "escaped";
   browser.keep_screenshot("jobs-failed-desktop");
+  browser.follow(".rlx-jobs a");
+  EXPECT_TRUE(has(browser.text(), "form MISSING is missing"));
+  EXPECT_FALSE(has(browser.text(), "Pages: 0")) << "no proof of nothing: " << browser.text();
+  browser.keep_screenshot("job-failed-desktop");
 }
 
 TEST_F(WebPages, CancelAJob) {
@@ -133,6 +137,42 @@ TEST_F(WebPages, CancelAJob) {
   browser.click_text("Cancel this job");
   printer_.tell("go");
   EXPECT_TRUE(shows(browser, "/proofs", "Cancelled"));
+}
+
+// One row has a button, one a large number, one a message.
+TEST_F(WebPages, TheColumnsOfTheJobsStandBelowEachOther) {
+  std::string pages;
+  for (int page = 0; page < 1000; ++page) {
+    pages += "A\f";
+  }
+  submit(pages);
+  submit("A\n", {"form=MISSING"});
+  for (const char* const language : {"en", "ja"}) {
+    Browser browser({1280, 1000, language});
+    ASSERT_TRUE(shows(browser, "/proofs", "1000"));
+    ASSERT_TRUE(shows(browser, "/proofs", "form MISSING is missing"));
+    printer_.tell("stall 1");
+    submit(std::string(3000000, 'x') + "\n");
+    ASSERT_TRUE(printer_.wait_for_stall());
+    browser.open(at("/proofs"));
+    for (const char* const column : {".rlx-state", ".rlx-pages", "time"}) {
+      const auto places = browser.run_script(
+          std::string("return Array.from(document.querySelectorAll('.rlx-jobs li ") + column +
+          "')).map(e => [e.getBoundingClientRect().left, e.getBoundingClientRect().height])");
+      ASSERT_GE(places.size(), 3U) << column;
+      for (const auto& place : places) {
+        EXPECT_EQ(place, places[0]) << column << ' ' << language << ": " << places;
+      }
+    }
+    EXPECT_EQ(browser.run_script("return document.documentElement.scrollWidth"), 1280) << language;
+    browser.keep_screenshot(std::string("jobs-columns-desktop-") + language);
+    browser.follow(".rlx-jobs input[type=submit]");
+    printer_.tell("go");
+    ASSERT_TRUE(comes_true(Seconds(60), [&] {
+      browser.open(at("/proofs"));
+      return browser.run_script("return document.querySelectorAll('.rlx-jobs form').length") == 0;
+    }));
+  }
 }
 
 TEST_F(WebPages, TryAForm) {
