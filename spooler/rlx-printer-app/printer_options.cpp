@@ -30,6 +30,7 @@ void add_default(ipp_t* attributes, const VendorAttribute& vendor) {
   const std::string name = std::string(vendor.name) + "-default";
   switch (vendor.tag) {
     case IPP_TAG_RANGE:
+    case IPP_TAG_INTEGER:
       ippAddInteger(attributes, IPP_TAG_PRINTER, IPP_TAG_INTEGER, name.c_str(),
                     std::stoi(vendor.default_value));
       break;
@@ -49,6 +50,10 @@ void add_supported(ipp_t* attributes, const VendorAttribute& vendor) {
   switch (vendor.tag) {
     case IPP_TAG_RANGE:
       ippAddRange(attributes, IPP_TAG_PRINTER, name.c_str(), vendor.least, vendor.most);
+      break;
+    case IPP_TAG_INTEGER:
+      ippAddIntegers(attributes, IPP_TAG_PRINTER, IPP_TAG_INTEGER, name.c_str(),
+                     static_cast<int>(vendor.numbers.size()), vendor.numbers.data());
       break;
     case IPP_TAG_BOOLEAN:
       ippAddBoolean(attributes, IPP_TAG_PRINTER, name.c_str(), true);
@@ -149,20 +154,21 @@ void add_vendor_options(pappl_job_t* job, std::vector<JobOption>& options) {
 const std::vector<VendorAttribute>& vendor_attributes() {
   using spooler::JobSettings;
   static const std::vector<VendorAttribute> attributes{
-      {"form", IPP_TAG_TEXT, 0, 0, "none", {}},
-      {"lines-per-page", IPP_TAG_RANGE, 0, int{JobSettings::kMostLinesPerPage}, "0", {}},
-      {"lpi", IPP_TAG_RANGE, 0, 12, "0", {}},
-      {"cpi", IPP_TAG_RANGE, 0, int{JobSettings::kMostCharactersPerInch}, "0", {}},
-      {"rlx-undefined", IPP_TAG_KEYWORD, 0, 0, "space", {"space", "ubar"}},
-      {"rlx-extended", IPP_TAG_BOOLEAN, 0, 0, "false", {}},
+      {"form", IPP_TAG_TEXT, 0, 0, "none", {}, {}},
+      {"lines-per-page", IPP_TAG_RANGE, 0, int{JobSettings::kMostLinesPerPage}, "0", {}, {}},
+      {"lpi", IPP_TAG_INTEGER, 0, 0, "0", {}, {0, 3, 4, 6, 8, 12}},
+      {"cpi", IPP_TAG_RANGE, 0, int{JobSettings::kMostCharactersPerInch}, "0", {}, {}},
+      {"rlx-undefined", IPP_TAG_KEYWORD, 0, 0, "space", {"space", "ubar"}, {}},
+      {"rlx-extended", IPP_TAG_BOOLEAN, 0, 0, "false", {}, {}},
       {"rlx-charset",
        IPP_TAG_KEYWORD,
        0,
        0,
        "utf-8",
-       {"utf-8", "euc-jp", "shift_jis", "iso-2022-jp", "iso-8859-1"}},
-      {"page-offset-x", IPP_TAG_RANGE, 0, int{JobSettings::kMostPageOffset}, "0", {}},
-      {"page-offset-y", IPP_TAG_RANGE, 0, int{JobSettings::kMostPageOffset}, "0", {}},
+       {"utf-8", "euc-jp", "shift_jis", "iso-2022-jp", "iso-8859-1"},
+       {}},
+      {"page-offset-x", IPP_TAG_RANGE, 0, int{JobSettings::kMostPageOffset}, "0", {}, {}},
+      {"page-offset-y", IPP_TAG_RANGE, 0, int{JobSettings::kMostPageOffset}, "0", {}, {}},
   };
   return attributes;
 }
@@ -186,6 +192,9 @@ std::vector<spooler::OptionFault> read_print_options(pappl_job_t* job,
   add_standard_options(job, options);
   add_vendor_options(job, options);
   auto faults = read_job_options(defaults, settings);
+  for (spooler::OptionFault& fault : faults) {
+    fault.name += "-default";
+  }
   const auto own = read_job_options(options, settings);
   faults.insert(faults.end(), own.begin(), own.end());
   return faults;

@@ -14,10 +14,11 @@ namespace rlx::printer_app {
 /// are; each has a default of the printer, which is set on its web page.
 struct VendorAttribute {
   const char* name;
-  ipp_tag_t tag;              ///< IPP_TAG_TEXT, _RANGE, _KEYWORD or _BOOLEAN
+  ipp_tag_t tag;              ///< IPP_TAG_TEXT, _RANGE, _INTEGER, _KEYWORD or _BOOLEAN
   int least, most;            ///< of a range
-  const char* default_value;  ///< of a range its number, of a boolean "true" or "false"
+  const char* default_value;  ///< a number, a keyword, "true" or "false"
   std::vector<const char*> keywords;
+  std::vector<int> numbers;  ///< of IPP_TAG_INTEGER: all that may be asked for
 };
 
 const std::vector<VendorAttribute>& vendor_attributes();
@@ -29,7 +30,9 @@ ipp_t* make_vendor_defaults();
 /// What a job asks for: the printer's defaults first, then the job's own attributes. A default that
 /// is what the printer does without being told (A4 paper, one side) is left out.
 /// PAPPL checks no vendor attribute, and gives a job no default of one: both are done here.
-/// @return what is wrong; the job is not to be printed then.
+/// @return what is wrong, by the name of the attribute, of a default NAME-default; the job is not
+/// to
+///         be printed then.
 std::vector<spooler::OptionFault> read_print_options(pappl_job_t* job,
                                                      spooler::JobSettings& settings);
 

@@ -175,6 +175,30 @@ TEST_F(WebPages, TheColumnsOfTheJobsStandBelowEachOther) {
   }
 }
 
+TEST_F(WebPages, APrintersLinesPerInchAreChosenFromThoseThatItHas) {
+  Browser browser;
+  browser.open(at("/office/printing"));
+  EXPECT_EQ(browser.run_script("return Array.from(document.querySelectorAll('select[name=lpi] "
+                               "option')).map(o => o.value).join()"),
+            "0,3,4,6,8,12");
+  browser.run_script("document.querySelector('select[name=lpi]').value = '8'");
+  browser.follow("form[action='/office/printing'] input[type=submit]");
+  submit("A\n");
+  ASSERT_TRUE(shows(browser, "/proofs", "Printed"));
+  browser.follow(".rlx-jobs a");
+  EXPECT_TRUE(has(browser.text(), "-l 8")) << browser.text();
+}
+
+TEST_F(WebPages, ADefaultThatCannotBeIsCalledADefault) {
+  Browser browser;
+  browser.open(at("/office/printing"));
+  browser.clear("input[name=page-offset-x]");
+  browser.type("input[name=page-offset-x]", "5");
+  browser.follow("form[action='/office/printing'] input[type=submit]");
+  submit("A\n");
+  EXPECT_TRUE(shows(browser, "/proofs", "option page-offset-x-default=5: wanted is "));
+}
+
 TEST_F(WebPages, TryAForm) {
   Browser browser;
   browser.open(at("/forms/form?name=INVOICE"));
