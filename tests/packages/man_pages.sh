@@ -49,8 +49,7 @@ check_references() {
     name=${reference%(*}
     section=${reference##*(}
     section=${section%)}
-    if ! printf '%s\n' "${pages[@]}" | grep -qE "/$name\.$section\$" &&
-      [[ ! $reference =~ $neighbours ]]; then
+    if [[ " ${pages[*]} " != *"/$name.$section "* ]] && [[ ! $reference =~ $neighbours ]]; then
       fail "$page refers to $reference: no page of ours, and none in this test's list of others"
     fi
   done < <(references "$page")
