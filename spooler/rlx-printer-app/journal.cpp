@@ -269,7 +269,9 @@ bool Journal::note_ended(int printer_id, int job_id, int state) const {
 
 std::vector<JournalEntry> Journal::entries() const {
   std::vector<fs::path> paths;
-  for (const auto& file : fs::directory_iterator(folder_)) {
+  // Without the folder there are none; a note that cannot be written is told when it is.
+  std::error_code error;
+  for (const auto& file : fs::directory_iterator(folder_, error)) {
     if (file.path().extension() == ".json") {
       paths.push_back(file.path());
     }

@@ -211,8 +211,11 @@ bool print_in_turn(pappl_job_t* job, pappl_device_t* device, const Application& 
   if (!read_settings(job, application, print, record)) {
     return false;
   }
+  // One that was cancelled as it began may have lost it.
+  const char* const path = papplJobGetFilename(job);
+  errno = ENOENT;
   const spooler::Descriptor document(
-      open(papplJobGetFilename(job), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+      path == nullptr ? -1 : open(path, O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
   if (!document.is_open()) {
     abort_job(job, PAPPL_JREASON_ABORTED_BY_SYSTEM,
               std::string("the document cannot be read: ") + std::strerror(errno));

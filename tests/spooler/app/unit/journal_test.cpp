@@ -137,6 +137,14 @@ TEST_F(JournalTest, EntriesAreInOrderAndRubbishIsLeftOut) {
   EXPECT_EQ(entries[2].printer_id, 2);
 }
 
+TEST_F(JournalTest, AFolderThatIsGoneHasNoEntries) {
+  const Journal journal("journal");
+  ASSERT_TRUE(journal.note(entry_of(1, 7)));
+  fs::rename("journal", "away");
+  EXPECT_TRUE(journal.entries().empty());
+  EXPECT_FALSE(journal.note(entry_of(1, 8)));
+}
+
 TEST_F(JournalTest, OnlyEndedOnesAreForgotten) {
   const Journal journal("journal");
   journal.note(entry_of(1, 1));
