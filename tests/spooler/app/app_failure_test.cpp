@@ -17,9 +17,14 @@ class AppFailure : public AppTest {
   std::string refused(std::string_view document, const JobAttributes& attributes,
                       const std::string& format = "text/plain") {
     const int id = server_.submit("office", document, attributes, format);
-    const AppJob end = server_.wait_for("office", id);
+    AppJob end = server_.wait_for("office", id);
     EXPECT_EQ(end.state, kAborted);
     EXPECT_TRUE(printer_.jobs().empty());
+    // Our words may come a moment after PAPPL's.
+    comes_true(Seconds(5), [&] {
+      end = server_.job("office", id);
+      return end.message != "Job aborted.";
+    });
     return end.message;
   }
 };
