@@ -1,10 +1,7 @@
 #include "spooler/cups_server.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <pwd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -27,19 +24,6 @@ constexpr const char* kSystemDataDirectory = "/usr/share/cups";
 constexpr const char* kOrdinaryUser = "nobody";
 constexpr Seconds kStartPatience(10);
 constexpr Seconds kEndPatience(10);
-
-/// A port of 127.0.0.1 that nobody uses now.
-int free_port() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length), 0);
-  close(descriptor);
-  return ntohs(address.sin_port);
-}
 
 /// Links to all that is in a folder, but for what is there already.
 void link_all(const fs::path& from, const fs::path& to) {
@@ -99,7 +83,7 @@ bool is_root() {
 }
 
 CupsServer::CupsServer(CupsSetup setup)
-    : setup_(std::move(setup)), directory_(make_directory("cups")), port_(free_port()) {
+    : setup_(std::move(setup)), directory_(make_directory("cups")), port_(free_loopback_port()) {
   make_folders();
   write_settings();
   start();

@@ -1,10 +1,13 @@
 #include "spooler/process.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <pwd.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -177,6 +180,18 @@ std::vector<pid_t> processes_with(const std::string& variable, const std::string
     }
   }
   return found;
+}
+
+int free_loopback_port() {
+  const int number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof(address);
+  EXPECT_EQ(bind(number, reinterpret_cast<sockaddr*>(&address), length), 0);
+  EXPECT_EQ(getsockname(number, reinterpret_cast<sockaddr*>(&address), &length), 0);
+  close(number);
+  return ntohs(address.sin_port);
 }
 
 }  // namespace rlx::testing

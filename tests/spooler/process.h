@@ -80,4 +80,7 @@ bool comes_true(Seconds patience, Condition holds) {
 /// Processes that have a variable with this value in their environment.
 std::vector<pid_t> processes_with(const std::string& variable, const std::string& value);
 
+/// A port of 127.0.0.1 that nobody uses now.
+int free_loopback_port();
+
 }  // namespace rlx::testing

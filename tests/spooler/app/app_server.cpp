@@ -21,18 +21,6 @@ constexpr Seconds kStartPatience(20);
 constexpr Seconds kEndPatience(60);
 constexpr int kConnectMilliseconds = 5000;
 
-int free_port() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length), 0);
-  close(descriptor);
-  return ntohs(address.sin_port);
-}
-
 bool answers(int port) {
   const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
@@ -85,7 +73,7 @@ std::string resource_of(const std::string& printer) {
 
 }  // namespace
 
-AppServer::AppServer() : directory_(make_directory("app")), port_(free_port()) {
+AppServer::AppServer() : directory_(make_directory("app")), port_(free_loopback_port()) {
   start();
 }
 

@@ -1,9 +1,6 @@
 #include "spooler/farm/farm_application.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <pwd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -18,22 +15,10 @@ constexpr Seconds kPatience(20);
 /// when it runs as root, and stands in its own $TMPDIR otherwise.
 constexpr const char* kOrdinaryUser = "nobody";
 
-/// A port of 127.0.0.1 that nobody uses now.
-int unused_port() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length), 0);
-  close(descriptor);
-  return ntohs(address.sin_port);
-}
-
 }  // namespace
 
-FarmApplication::FarmApplication() : directory_(make_directory("app")), port_(unused_port()) {
+FarmApplication::FarmApplication()
+    : directory_(make_directory("app")), port_(free_loopback_port()) {
   for (const char* const folder : {"/state/forms/fcbe", "/spool", "/temporary"}) {
     std::filesystem::create_directories(directory_ + folder);
   }

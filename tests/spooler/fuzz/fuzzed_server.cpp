@@ -1,8 +1,5 @@
 #include "spooler/fuzz/fuzzed_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,20 +29,6 @@ constexpr std::size_t kMostForms = 60;
 constexpr const char* kOffice = "office";
 constexpr const char* kAway = "away";
 constexpr const char* kIpp = "application/ipp";
-
-int free_port() {
-  const int number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  if (bind(number, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      getsockname(number, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    throw std::runtime_error("no free port");
-  }
-  close(number);
-  return ntohs(address.sin_port);
-}
 
 std::string read_whole(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -109,7 +92,8 @@ bool is_expected(const fs::path& path) {
 }  // namespace
 
 FuzzedServer::FuzzedServer()
-    : root_((fs::temp_directory_path() / "rlx-app-fuzz-XXXXXX").string()), port_(free_port()) {
+    : root_((fs::temp_directory_path() / "rlx-app-fuzz-XXXXXX").string()),
+      port_(free_loopback_port()) {
   if (mkdtemp(root_.data()) == nullptr) {
     throw std::runtime_error("no folder " + root_);
   }

@@ -1,10 +1,7 @@
 #include "spooler/lprng/lprng_server.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <pwd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -26,18 +23,6 @@ constexpr Seconds kEndPatience(10);
 
 /// Whom lpd runs filters as, as usual.
 constexpr const char* kServerUser = "daemon";
-
-int free_loopback_port() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length), 0);
-  close(descriptor);
-  return ntohs(address.sin_port);
-}
 
 /// The mount namespace of a process; empty when there is no such process.
 std::string name_space_of(const std::string& process) {

@@ -1,8 +1,5 @@
 #include "spooler/web/browser/web_test.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,23 +16,9 @@ namespace fs = std::filesystem;
 
 constexpr Seconds kPatience(20);
 
-/// A port that nobody has just now.
-int free_port() {
-  const int socket_number = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  socklen_t length = sizeof(address);
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  auto* const plain = reinterpret_cast<sockaddr*>(&address);
-  const bool is_good =
-      bind(socket_number, plain, length) == 0 && getsockname(socket_number, plain, &length) == 0;
-  close(socket_number);
-  return is_good ? ntohs(address.sin_port) : 0;
-}
-
 }  // namespace
 
-WebTest::WebTest() : folder_(make_directory("web")), port_(free_port()) {
+WebTest::WebTest() : folder_(make_directory("web")), port_(free_loopback_port()) {
   base_ = "http://localhost:" + std::to_string(port_);
   fs::create_directories(folder_ + "/s/forms/fcbe");
   fs::create_directories(folder_ + "/sp");
