@@ -56,13 +56,17 @@ TEST_F(AppCommand, APrinterThatIsMissingIsMissed) {
 TEST_F(AppCommand, TheDefaultPrinter) {
   server_.add_printer("hall", "rlx-240", printer_.uri());
   EXPECT_EQ(server_.run({"default"}).output, "office\n");
-  // PAPPL 1.3.1 tells the number of a printer from the next start on.
-  server_.stop();
-  server_.start();
   EXPECT_EQ(server_.run({"default", "-d", "hall"}).status, 0);
   EXPECT_EQ(server_.run({"default"}).output, "hall\n");
   EXPECT_EQ(server_.run({"delete", "-d", "office"}).status, 0);
   EXPECT_EQ(server_.run({"printers"}).output, "hall\n");
+  // A number is not given twice, also over a start.
+  server_.add_printer("third", "rlx-240", printer_.uri());
+  server_.stop();
+  server_.start();
+  server_.add_printer("fourth", "rlx-240", printer_.uri());
+  EXPECT_EQ(server_.run({"delete", "-d", "third"}).status, 0);
+  EXPECT_EQ(server_.run({"printers"}).output, "fourth\nhall\n");
 }
 
 }  // namespace
