@@ -7,7 +7,7 @@
 #   ./test.sh farm    the release build, and all tests with several print servers behind one queue
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
-#                     many read back
+#                     many read back; jobs of 4 GiB
 #   ./test.sh packages   the Debian packages: made, looked at, installed, upgraded, removed and
 #                     purged in a Debian of its own; needs root's rights
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
@@ -183,6 +183,11 @@ read_jobs_back() {
     --gtest_filter='*GeneratedJobs.AreGood*' --gtest_brief=1
 }
 
+# A little more than 4 GiB, so that every counter of 32 bits would have begun anew.
+print_large_jobs() {
+  RLX_LARGE_JOB=$((4112 << 20)) build-release/tests/sizes/size_tests --gtest_brief=1
+}
+
 case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
@@ -194,6 +199,7 @@ case "${1-}" in
     step "sanitizer build and tests, with all programs" check_preset asan-all
     step "both roads on 100,000 jobs" compare_roads
     step "100,000 jobs read back" read_jobs_back
+    step "jobs of 4 GiB" print_large_jobs
     ;;
   packages) step "packages" tests/packages/run ;;
   *)
