@@ -45,7 +45,7 @@ __attribute__((format(printf, 1, 2))) void log_call(const char* format, ...) {
   va_start(arguments, format);
   std::vfprintf(log, format, arguments);
   va_end(arguments);
-  std::fclose(log);
+  static_cast<void>(std::fclose(log));
 }
 
 /// Tells of its own loading and unloading.
@@ -65,7 +65,7 @@ void for_each_line(Function&& take_line) {
   while (std::fgets(line, sizeof line, description) != nullptr) {
     take_line(line);
   }
-  std::fclose(description);
+  static_cast<void>(std::fclose(description));
 }
 
 bool is_line(const char* line, const char* text) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -20,6 +21,13 @@ using testing::write_file;
 
 constexpr const char* kEscape = "\x1b[";
 constexpr const char* kTry = "Try 'fcbcheck --help'.\n";
+
+/// For ToolRun::prepare: makes a file a standard stream.
+void reopen(const char* file, const char* mode, std::FILE* stream) {
+  if (std::freopen(file, mode, stream) == nullptr) {
+    _exit(1);
+  }
+}
 
 class FcbcheckProgram : public ::testing::Test {
  protected:
@@ -74,7 +82,7 @@ TEST_F(FcbcheckProgram, StandardInputThatCannotBeRead) {
                  "(standard input):0: Bad file descriptor\n");
   write_file("large", "");
   std::filesystem::resize_file("large", (64U << 20U) + 1);
-  expect_outcome(run({.prepare = [] { std::freopen("large", "r", stdin); }}), 1, "",
+  expect_outcome(run({.prepare = [] { reopen("large", "r", stdin); }}), 1, "",
                  "(standard input):0: File too large\n");
 }
 
@@ -236,8 +244,8 @@ TEST_F(FcbcheckProgram, OutputThatCannotBeWritten) {
                  "fcbcheck: none/x.svg: No such file or directory\n");
   expect_outcome(run({"--svg", "/dev/full", "GOOD"}), 1, "",
                  "fcbcheck: /dev/full: No space left on device\n");
-  const ToolOutcome full = run(
-      {.arguments = {"--show", "GOOD"}, .prepare = [] { std::freopen("/dev/full", "w", stdout); }});
+  const ToolOutcome full =
+      run({.arguments = {"--show", "GOOD"}, .prepare = [] { reopen("/dev/full", "w", stdout); }});
   expect_outcome(full, 1, "", "fcbcheck: standard output: No space left on device\n");
   const ToolOutcome closed =
       run({.arguments = {"--help"}, .prepare = [] { close(STDOUT_FILENO); }});

@@ -54,8 +54,7 @@ std::string time_text(std::time_t time) {
   if (time == 0 || localtime_r(&time, &parts) == nullptr) {
     return {};
   }
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
-  return text.data();
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
 }
 
 std::string name_of(const JobFacts& job) {
