@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks everything, after installing what that needs:
-#   ./test.sh         format, all builds with their tests, lint, benchmarks' build
+#   ./test.sh         format, all builds with their tests, lint, cppcheck, benchmarks' build
 #   ./test.sh quick   the release build with its tests, less the fault tests and those with spoolers
 #   ./test.sh spooler the release build, and all tests with real spoolers
 #   ./test.sh app     the release build, and all tests of the printer application
@@ -98,6 +98,24 @@ have_lint_tool() {
   have "$1"
 }
 
+run_cppcheck() {
+  cppcheck --quiet --error-exitcode=1 -j "$jobs" --std=c++20 --language=c++ \
+    --enable=warning,performance,portability,style,information \
+    --suppressions-list=tools/cppcheck-exceptions.txt -I src -I tools -I spooler \
+    --template='{file}:{line}: {severity}: {message} [{id}]' src tools spooler
+}
+
+# All that it has to say is mended or stands in the file of exceptions. Another version has other
+# things to say, so it is asked only where the archive has this one.
+check_with_cppcheck() {
+  have cppcheck || ! package_exists cppcheck || install_missing "${cppcheck_needs[@]}"
+  if have cppcheck && [[ $(cppcheck --version) == "Cppcheck $cppcheck_version" ]]; then
+    step "cppcheck" run_cppcheck
+  else
+    skip "cppcheck" "no cppcheck $cppcheck_version for this system"
+  fi
+}
+
 check_style() {
   if have_lint_tool "$format_tool"; then
     step "format" check_format
@@ -127,6 +145,7 @@ check_all() {
   step "unsigned-char build and tests" check_preset unsigned-char
   step "clang build and tests" check_preset clang
   check_lint "$1"
+  check_with_cppcheck
   if has_sources bench; then
     step "benchmarks build" build_preset bench
   fi

@@ -76,9 +76,15 @@ web_test_needs=(
   curl-config:libcurl4-openssl-dev
 )
 
-# Format and lint are tied to one version of their tools: another one asks for other changes.
+# What reads the sources besides.
+# shellcheck disable=SC2034  # used by test.sh
+cppcheck_needs=(cppcheck:cppcheck)
+
+# Format, lint and cppcheck are tied to one version: another one asks for other changes.
 # shellcheck disable=SC2034
 clang_tools_version=14
+# shellcheck disable=SC2034
+cppcheck_version=2.10
 
 # True when a tool (a command, or a file given with its path) is there.
 have() {

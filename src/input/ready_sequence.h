@@ -79,7 +79,7 @@ constexpr Shape fs_shape(const TableRow& row) {
 inline constexpr auto kShapes = [] {
   static_assert(kFs == kEsc + 1);
   std::array<std::array<Shape, 256>, 2> shapes{};
-  for (std::size_t byte = 0; byte < 128; ++byte) {
+  for (std::size_t byte = 0; byte != 128; ++byte) {
     shapes[0][byte] = esc_shape(row_of<kEscTable>(static_cast<std::uint8_t>(byte)));
     shapes[1][byte] = fs_shape(row_of<kFsTable>(static_cast<std::uint8_t>(byte)));
   }
@@ -91,7 +91,7 @@ inline constexpr std::array<std::uint8_t, 4> kSeparators{0, ' ', '!', '/'};
 
 inline constexpr auto kSeparatorIndex = [] {
   std::array<std::uint8_t, 256> index{};
-  for (std::size_t i = 1; i < kSeparators.size(); ++i) {
+  for (std::size_t i = 1; i != kSeparators.size(); ++i) {
     index[kSeparators[i]] = static_cast<std::uint8_t>(i);
   }
   return index;
@@ -124,8 +124,8 @@ inline constexpr auto kEndCodes = [] {
   const auto set = [&codes](Kind kind, std::size_t i, std::size_t final, std::uint32_t code) {
     codes[static_cast<std::size_t>(kind)][i][final] = static_cast<std::uint16_t>(code);
   };
-  for (std::size_t i = 0; i < kSeparators.size(); ++i) {
-    for (std::size_t final = 0; final < 256; ++final) {
+  for (std::size_t i = 0; i != kSeparators.size(); ++i) {
+    for (std::size_t final = 0; final != 256; ++final) {
       const auto byte = static_cast<std::uint8_t>(final);
       set(Kind::none, i, final, CMD_IGNORE);
       set(Kind::double_set, i, final, byte == '@' ? CMD_ESC_DOLLAR_AT : CMD_IGNORE);

@@ -78,7 +78,7 @@ GlyphSize glyph_size(const Cell& cell, double advance) {
   return {std::min({fitting, std::max(down, closed), kWidest * down}), down};
 }
 
-bool CellPainter::Run::takes(cairo_font_face_t* other_face, const GlyphSize& other_size,
+bool CellPainter::Run::takes(const cairo_font_face_t* other_face, const GlyphSize& other_size,
                              double other_line) const {
   return face == other_face && size.across == other_size.across && size.down == other_size.down &&
          baseline == other_line;

@@ -41,7 +41,8 @@ class CellPainter {
     std::vector<cairo_text_cluster_t> clusters;
     std::string text;
 
-    bool takes(cairo_font_face_t* other_face, const GlyphSize& other_size, double other_line) const;
+    bool takes(const cairo_font_face_t* other_face, const GlyphSize& other_size,
+               double other_line) const;
   };
 
   void add(cairo_t* cairo, const Cell& cell, const FontGlyph& glyph);

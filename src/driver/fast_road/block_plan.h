@@ -67,7 +67,7 @@ inline constexpr std::size_t kPrefixBit = 8;
 /// out the size sequence; a prefix is left out.
 inline constexpr auto kInsertions = [] {
   std::array<Insertion, 16> all{};
-  for (std::size_t i = 0; i < all.size(); ++i) {
+  for (std::size_t i = 0; i != all.size(); ++i) {
     const SetSwitch& set_switch = (i & kToDoubleBit) != 0 ? kToDoubleByte : kToSingleByte;
     const std::size_t from = (i & kInvalidBit) != 0 ? kSizeSequenceBytes : 0;
     const std::size_t end = (i & kBorderBit) != 0 ? kSwitchBytes : from;

@@ -35,7 +35,7 @@ constexpr CharacterMasks character_masks(std::uint8_t first) {
 
 inline constexpr auto kCharacterMasks = [] {
   std::array<CharacterMasks, 256> masks{};
-  for (std::size_t byte = 0; byte < masks.size(); ++byte) {
+  for (std::size_t byte = 0; byte != masks.size(); ++byte) {
     masks[byte] = character_masks(static_cast<std::uint8_t>(byte));
   }
   return masks;

@@ -141,7 +141,7 @@ static_assert(kSteps.size() <= 64, "a step is a bit of StepMask");
 /// What each step does.
 constexpr auto kStepFunctions = [] {
   std::array<StepFunction, kSteps.size()> functions{};
-  for (std::size_t step = 0; step < kSteps.size(); ++step) {
+  for (std::size_t step = 0; step != kSteps.size(); ++step) {
     functions[step] = kSteps[step].take;
   }
   return functions;
@@ -152,7 +152,7 @@ using StepMask = std::uint64_t;
 /// For each code the steps that it takes part in, one bit each.
 constexpr auto kStepMasks = [] {
   std::array<StepMask, kHighestCommandCode + 1> masks{};
-  for (std::size_t step = 0; step < kSteps.size(); ++step) {
+  for (std::size_t step = 0; step != kSteps.size(); ++step) {
     kSteps[step].codes.for_each(
         [&masks, step](std::uint32_t code) { masks[code] |= StepMask{1} << step; });
   }
@@ -165,7 +165,7 @@ constexpr StepMask kCommonSteps = kStepMasks[CMD_NONE];
 /// The steps with an effect.
 constexpr StepMask steps_with(Effect effect) {
   StepMask mask = 0;
-  for (std::size_t step = 0; step < kSteps.size(); ++step) {
+  for (std::size_t step = 0; step != kSteps.size(); ++step) {
     mask |= kSteps[step].effect == effect ? StepMask{1} << step : 0;
   }
   return mask;
@@ -189,7 +189,7 @@ StepMask steps_of(std::uint32_t code) {
 
 const std::array<CommandEffects, kHighestCommandCode + 1> command_effects = [] {
   std::array<CommandEffects, kHighestCommandCode + 1> effects{};
-  for (std::size_t code = 0; code < effects.size(); ++code) {
+  for (std::size_t code = 0; code != effects.size(); ++code) {
     effects[code] = effects_of(kStepMasks[code]);
   }
   effects[CMD_IGNORE].only_written = false;
