@@ -241,6 +241,26 @@ TEST_F(MainLoopForms, LineFeedOfLAndItsFormFeedAreOnePieceThatEndsThePage) {
   EXPECT_EQ(the_filter().loop.line_counter, 0);
 }
 
+TEST_F(MainLoopForms, NoLineFeedEndsAPageOfNegativeLengthHoweverManyCame) {
+  the_filter().command_line.lines_per_page = -1;
+  // From where a counter of 32 bits would go on at a negative number, and come to -1.
+  for (const std::int64_t counted : {2147483646LL, 2147483647LL, 4294967294LL, 4294967295LL}) {
+    the_filter().loop.line_counter = counted;
+    const Routed routed = route(CMD_LF, "\n");
+    EXPECT_EQ(routed.data, "\n") << counted;
+    EXPECT_EQ(routed.pages, 0) << counted;
+    EXPECT_EQ(the_filter().loop.line_counter, counted + 1);
+  }
+}
+
+TEST_F(MainLoopForms, GreatestPageLengthIsReached) {
+  the_filter().command_line.lines_per_page = 2147483647;
+  the_filter().loop.line_counter = 2147483645;
+  EXPECT_EQ(route(CMD_LF, "\n").pages, 0);
+  EXPECT_EQ(route(CMD_LF, "\n").data, "\n\x0c");
+  EXPECT_EQ(the_filter().loop.line_counter, 0);
+}
+
 struct PitchOption {
   const char* text;
   const char* pitch;
