@@ -7,7 +7,7 @@
 #   ./test.sh farm    the release build, and all tests with several print servers behind one queue
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
-#                     many read back; jobs of 4 GiB
+#                     many read back; jobs of 4 GiB; all programs under memcheck
 #   ./test.sh packages   the Debian packages: made, looked at, installed, upgraded, removed and
 #                     purged in a Debian of its own; needs root's rights
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
@@ -207,6 +207,10 @@ print_large_jobs() {
   RLX_LARGE_JOB=$((4112 << 20)) build-release/tests/sizes/size_tests --gtest_brief=1
 }
 
+run_memcheck() {
+  install_missing "${valgrind_needs[@]}" && tests/memcheck --jobs "$jobs" build-release
+}
+
 case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
@@ -219,6 +223,7 @@ case "${1-}" in
     step "both roads on 100,000 jobs" compare_roads
     step "100,000 jobs read back" read_jobs_back
     step "jobs of 4 GiB" print_large_jobs
+    step "memcheck" run_memcheck
     ;;
   packages) step "packages" tests/packages/run ;;
   *)

@@ -76,6 +76,10 @@ web_test_needs=(
   curl-config:libcurl4-openssl-dev
 )
 
+# What looks at the programs while they run.
+# shellcheck disable=SC2034  # used by test.sh
+valgrind_needs=(valgrind:valgrind python3:python3)
+
 # What reads the sources besides.
 # shellcheck disable=SC2034  # used by test.sh
 cppcheck_needs=(cppcheck:cppcheck)
