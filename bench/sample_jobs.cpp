@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kLinesPerPage = 60;
 
+constexpr std::size_t kRunBytes = 4096;
+
 constexpr std::mt19937::result_type kSeed = 20261120;
 
 std::mt19937 generator(kSeed);
@@ -194,6 +196,13 @@ std::string one_line_page() {
   return short_line() + plain_line() + "\n\f";
 }
 
+/// A sequence with as many data as a count can say.
+std::string counted_data() {
+  std::string text = "\x1bQ1;9999999!a";
+  text.append(9999999, 'A');
+  return text;
+}
+
 /// Whole pages.
 std::string pages(std::string (*line)(), std::size_t least) {
   std::string text;
@@ -252,6 +261,12 @@ constexpr std::array kKinds{
     Kind{"one_line_pages", repeated, one_line_page},
     Kind{"positions", repeated, [] { return std::string("\x1b[10`"); }},
     Kind{"states", repeated, [] { return std::string("\x1bQ100;100!H"); }},
+    Kind{"one_line", repeated, plain_line},
+    Kind{"form_feeds", repeated, [] { return std::string(kRunBytes, '\f'); }},
+    Kind{"line_feeds", repeated, [] { return std::string(kRunBytes, '\n'); }},
+    Kind{"escapes", repeated, [] { return std::string(kRunBytes, '\x1b'); }},
+    Kind{"digits", repeated, [] { return std::string(kRunBytes, '1'); }},
+    Kind{"counted_data", repeated, counted_data},
 };
 
 }  // namespace

@@ -31,6 +31,9 @@ inline constexpr std::size_t kFrameHeaderBytes = 16;
 ///   one_line_pages  a line and a FF
 ///   positions       a positioning sequence, again and again
 ///   states          a sequence that begins a new state of the page, again and again
+///   one_line        plain text without a line end
+///   form_feeds, line_feeds, escapes, digits  nothing but FF, LF, ESC, the digit 1
+///   counted_data    sequences with data of 9,999,999 bytes
 ///
 /// @param kind   one of these words.
 /// @param least  bytes that it has at least (a frame less when framed).

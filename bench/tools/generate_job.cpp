@@ -1,7 +1,7 @@
 // Writes a print job to standard output, for measurements: generate_job KIND BYTES
 //
-// The kinds are those of sample_jobs.h. A few MiB are made and repeated, so that the job leaves as
-// fast as a pipe takes it, whatever its size.
+// The kinds are those of sample_jobs.h, and `parameter`: one sequence with so many digits. A few
+// MiB are made and repeated, so that the job leaves as fast as a pipe takes it, whatever its size.
 
 #include <unistd.h>
 
@@ -41,7 +41,8 @@ void repeat(std::string_view text, std::size_t bytes, std::size_t unit) {
 int main(int argc, char** argv) {
   using namespace rlx::bench;
   const std::string_view kind = argc == 3 ? argv[1] : "";
-  const std::string period = sample_job(kind, kPeriodBytes);
+  const bool parameter = kind == "parameter";
+  const std::string period = sample_job(parameter ? "digits" : kind, kPeriodBytes);
   if (period.empty()) {
     std::fputs("usage: generate_job KIND BYTES; the kinds are listed in bench/sample_jobs.h\n",
                stderr);
@@ -51,6 +52,10 @@ int main(int argc, char** argv) {
   if (kind.substr(0, 6) == "framed") {
     repeat(period, bytes, kFrameHeaderBytes + kFrameBytes);
     put({"0000END_PRN_DAT\0", 16});
+  } else if (parameter) {
+    put("\x1b[");
+    repeat(period, bytes, 1);
+    put("a");
   } else {
     repeat(period, bytes, 1);
   }
