@@ -13,13 +13,9 @@
 #include <array>
 #include <vector>
 
-#include "driver/job_end.h"
-#include "driver/main_loop.h"
-#include "driver/start_up.h"
-#include "fresh_filter.h"
 #include "printer_output.h"
 #include "reading.h"
-#include "support/the_filter.h"
+#include "whole_job.h"
 
 namespace rlx::fuzzing {
 namespace {
@@ -27,20 +23,6 @@ namespace {
 constexpr std::size_t kMostPadding = 3 * 8192;
 constexpr std::size_t kMostFramedPadding = 4200;
 constexpr std::size_t kMostJob = 16384;
-
-struct Job {
-  std::vector<std::string> words{"filter"};
-  std::string bytes;
-  std::size_t cut = 0;
-  bool framed = false;
-};
-
-struct Result {
-  Status status = ST_OK;
-  bool passed_through = false;
-  std::string output;
-  std::string messages;
-};
 
 /// The directory with the forms that jobs can name.
 const Scratch& forms() {
@@ -90,20 +72,6 @@ void add_printer(Job& job, std::uint8_t choice) {
   job.words.emplace_back(kPrinters[choice >> 5]);
 }
 
-/// Cuts data into frames, some of them empty, the last one an END frame.
-std::string in_frames(std::string_view data, std::uint8_t choice) {
-  const std::size_t length = choice % 32 == 0 ? 9999 : choice % 32 * 7U;
-  const bool with_empty = (choice & 0x40) != 0;
-  const bool empty_end = (choice & 0x80) != 0;
-  std::string frames;
-  while (data.size() > length || (empty_end && !data.empty())) {
-    frames += frame_bytes(data.substr(0, length), false);
-    frames += with_empty ? frame_bytes("", false) : "";
-    data.remove_prefix(std::min(length, data.size()));
-  }
-  return frames + frame_bytes(data, true);
-}
-
 /// Most jobs have no padding, and one in frames, each of which is a write, has little.
 std::size_t padding_of(std::size_t choice, bool framed) {
   if (choice < 0xc000) {
@@ -129,41 +97,11 @@ Job make_job(Choices& choices) {
   return job;
 }
 
-Status convert(Job& job) {
-  std::vector<char*> argv;
-  for (std::string& word : job.words) {
-    argv.push_back(word.data());
-  }
-  argv.push_back(nullptr);
-  const Status status = start_up(the_filter(), static_cast<int>(job.words.size()), argv.data());
-  if (status != 0) {
-    return status;
-  }
-  const JobEnd end = run_main_loop(the_filter().loop);
-  return end_job(the_filter(), end, the_filter().loop.status);
-}
-
-Result run(Job job, bool fast) {
-  reset_filter();
-  standard_output().set("");
-  const JobInput input(job.bytes, fast ? job.cut : job.bytes.size());
-  the_filter().loop.fast_road = fast;
-  const Messages messages;
-  Result result;
-  result.status = convert(job);
-  result.passed_through = the_filter().loop.passed_through;
-  result.output = standard_output().content();
-  result.messages = messages.text();
-  restart_settings();
-  return result;
-}
-
 void check_output(const Job& job, const Result& result) {
   require(result.status == 0 || result.status == 1 || result.status == -1, "status of the job");
   require(result.status != 0 || result.messages.empty() || result.passed_through,
           "a message without a failure");
   const Reading reading(result.output);
-  require_rebuilt(result.output);
   if (result.passed_through) {
     return;
   }
