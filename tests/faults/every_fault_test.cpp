@@ -64,7 +64,7 @@ class EveryFault : public ::testing::TestWithParam<Job> {
  private:
   void try_calls(const Plan& base, Call call, Role role, std::uint32_t count) {
     const std::set<int> errors = errors_of(expectations_for(GetParam().kind, call, role));
-    if (count != 0 && errors.empty()) {
+    if (count != 0 && errors.empty() && !is_other_program()) {
       ADD_FAILURE() << "no row in the table for " << describe({.call = call, .role = role});
     }
     for (const int error : errors) {

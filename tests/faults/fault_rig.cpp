@@ -65,12 +65,20 @@ pid_t spawn_program(const std::string& program, const std::vector<std::string>& 
   return process;
 }
 
+std::string program_under_test() {
+  return is_other_program() ? std::getenv(kProgramVariable) : RLX_SANDBOXED_PROGRAM;
+}
+
 void empty_file(int descriptor) {
   EXPECT_EQ(ftruncate(descriptor, 0), 0);
   lseek(descriptor, 0, SEEK_SET);
 }
 
 }  // namespace
+
+bool is_other_program() {
+  return std::getenv(kProgramVariable) != nullptr;
+}
 
 FaultRig::FaultRig(std::string program, std::vector<std::string> options)
     : program_(std::move(program)),
@@ -80,7 +88,7 @@ FaultRig::FaultRig(std::string program, std::vector<std::string> options)
   std::filesystem::create_symlink(RLX_FAULT_SHIM, kShimLink);
 }
 
-FaultRig::FaultRig(const Job& job) : FaultRig(RLX_SANDBOXED_PROGRAM, job.options) {
+FaultRig::FaultRig(const Job& job) : FaultRig(program_under_test(), job.options) {
   job.lay_files();
   set_input(job.input);
 }

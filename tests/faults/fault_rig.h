@@ -30,6 +30,11 @@ struct Streams {
   int messages;
 };
 
+/// Another program than the project's may stand in for the filter: its path is in this variable.
+/// What only the filter promises is not asked of it then.
+inline constexpr const char* kProgramVariable = "RLX_FAULT_PROGRAM";
+bool is_other_program();
+
 /// A fresh directory in which a program runs with the shim in front of the C library, again and
 /// again. While it lives it is the current directory.
 class FaultRig {
