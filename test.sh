@@ -7,7 +7,8 @@
 #   ./test.sh farm    the release build, and all tests with several print servers behind one queue
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
-#                     many read back; jobs of 4 GiB; all programs under memcheck
+#                     many read back; jobs of 4 GiB; all programs under memcheck; all errors
+#                     that are planted to see whether the conformance suite finds them
 #   ./test.sh packages   the Debian packages: made, looked at, installed, upgraded, removed and
 #                     purged in a Debian of its own; needs root's rights
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
@@ -211,6 +212,17 @@ run_memcheck() {
   install_missing "${valgrind_needs[@]}" && tests/memcheck --jobs "$jobs" build-release
 }
 
+try_conformance() {
+  tests/conformance/run build-release/zqeuctorlx --quiet --seconds 60 \
+    --standin build-release/tests/standin/libfal.so.1 \
+    --fault-tests build-release/tests/faults/fault_tests
+}
+
+find_planted_errors() {
+  tests/conformance/planted/run --standin build-release/tests/standin/libfal.so.1 \
+    --fault-tests build-release/tests/faults/fault_tests
+}
+
 case "${1-}" in
   '') check_all lint ;;
   quick) check_quickly ;;
@@ -224,6 +236,8 @@ case "${1-}" in
     step "100,000 jobs read back" read_jobs_back
     step "jobs of 4 GiB" print_large_jobs
     step "memcheck" run_memcheck
+    step "conformance, the faults too" try_conformance
+    step "planted errors" find_planted_errors
     ;;
   packages) step "packages" tests/packages/run ;;
   *)

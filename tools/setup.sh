@@ -37,6 +37,7 @@ package_needs=(
 # What the tests need besides: first for `./test.sh quick`, then for all of it.
 # shellcheck disable=SC2034  # used by test.sh
 quick_test_needs=(
+  python3:python3
   /usr/include/gtest/gtest.h:libgtest-dev
   pdftotext:poppler-utils
   /usr/share/fonts/opentype/ipafont-gothic/ipag.ttf:fonts-ipafont

@@ -18,7 +18,10 @@ def decode(text: str) -> bytes:
             letter = text[at : at + 1]
             at += 1
             if letter == "x":
-                out.append(int(text[at : at + 2], 16))
+                digits = text[at : at + 2]
+                if len(digits) != 2 or not set(digits) <= set("0123456789abcdef"):
+                    raise ValueError(f"\\x{digits}")
+                out.append(int(digits, 16))
                 at += 2
             elif letter in NAMED:
                 out.append(NAMED[letter])

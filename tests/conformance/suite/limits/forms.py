@@ -140,6 +140,8 @@ def line_groups() -> Theme:
                         (120, b"print 1 144000\n"), (6, b"print 1 7200\n")):
         to.form(f"walk-{lines}", f"A form of {lines} lines ends behind the last of them.", text,
                 walk(lines), stdin=b"A" + b"\n" * lines + b"B\f")
+    to.form("walk-rounded", "Without groups a form is filled to its rounded length: 5 inches.",
+            b"print 1 30000\n", walk(30), stdin=b"A" + b"\n" * 30 + b"B\f")
     to.form("walk-mixed", "Each line gets its own pitch.",
             b"print 1\nlpi 1200 2\nlpi 900 1\nlpi 600 1\n",
             sheet(PITCHES[1200] + b"A\n" + PITCHES[1200] + b"\n" + PITCHES[900] + b"\n"
@@ -170,6 +172,8 @@ def syntax() -> Theme:
     line("comment-ends", "A comment ends the line: no length is read.", b"print 1#79200x\n")
     line("511", "A comment of 511 bytes with its line feed.", b"#" + b"x" * 509 + b"\nprint 1\n")
     line("511-blanks", "511 blanks in front of a word.", b" " * 511 + b"print 1\n")
+    line("511-words", "Words up to the 511th byte.", b" " * 504 + b"print 1\n")
+    to.bad("512-words", "Words up to the 512th are divided.", b" " * 505 + b"print 1\n")
     to.bad("512", "A comment of 512 bytes is read as two lines.", b"#" + b"x" * 511 +
            b"\nprint 1\n")
     line("512-blank", "A comment of 511 bytes and a comment.", b"#" + b"x" * 510 + b"#\nprint 1\n")

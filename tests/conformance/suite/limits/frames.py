@@ -45,6 +45,9 @@ def sizes() -> Theme:
            end(wide + b"\n" * 4083 + wide + b"\n" * 10),
            b"4094CNT_PRN_DAT\x00" + switched + b"\n" * 4083 + b"0013END_PRN_DAT\x00" + wide
            + b"\n" * 10)
+    data = b"\x1bQ1;4086!a" + b"d" * 4086
+    to.add("4096-of-one-piece", "A sequence of 4096 bytes with its data leaves as one frame.",
+           end(data), end(data))
     to.add("bytes", "Any bytes, NUL and form feed too.", end(b"\x00\f\r\n\x7f\x01"),
            end(b"\x00\f\r\n\x7f\x01"))
     to.add("many", "A thousand frames.", cnt(b"x") * 1000 + EMPTY_END,

@@ -58,6 +58,14 @@ def characters() -> Theme:
            sheet(b"A\x8eB\f"))
     to.add("8e-cut", "A 8e that the end cuts off is printed.", b"A\x8e",
            FIRST + block("2", b"A\x8e") + LAST_FEED + END)
+    to.add("cut-behind-wide", "A character that the end cuts off selects the set alone.",
+           WIDE + WIDE[:2],
+           FIRST + block("2", TO_DOUBLE + WIDE + b"\x1b(H" + WIDE[:2]) + LAST_FEED + END)
+    for byte in (0x09, 0x7F):
+        to.add(f"{byte:02x}-of-many", f"The byte {byte:02x} amid much double-byte text.",
+               WIDE * 50 + bytes([byte]) + WIDE * 50 + b"\f",
+               sheet(TO_DOUBLE + WIDE * 50 + bytes([byte]) + WIDE * 50 + b"\f",
+                     DOUBLE_CARRIED))
     to.add("set-once", "The set is switched where it changes.", WIDE + WIDE + b"AB" + WIDE + b"\f",
            sheet(TO_DOUBLE + WIDE + WIDE + TO_SINGLE + b"AB" + TO_DOUBLE + WIDE + b"\f",
                  DOUBLE_CARRIED))

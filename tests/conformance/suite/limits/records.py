@@ -113,11 +113,18 @@ def told() -> Theme:
     to.add("offset-again", "One below 1440 comes again on every page.",
            command(columns(c78="01439")) + b"A\fB\f",
            headed(b"", b"", b"\x1bQ;;;!H") + page(b"A\f") + setup + page(b"B\f") + END)
+    setup = block("9", b"\x1bQ1;7200!C\x1bQ;1440;;!H")
+    to.add("second-again", "So does a second offset of 1440.",
+           command(columns(c83="01440")) + b"A\fB\f",
+           headed(b"", b"", b"\x1bQ;1440;;!H") + page(b"A\f") + setup + page(b"B\f") + END)
     to.add("offset-once", "One of 1440 does not.", command(columns(c78="01440")) + b"A\fB\f",
            headed(b"", b"", b"\x1bQ1440;;;!H") + page(b"A\f") + UNIT + page(b"B\f") + END)
     to.add("told-once", "What is told already is not told again.",
            command(columns(c12="005")) + b"A\f" + command(columns(c12="005")) + b"B\f",
            headed(b"CPS=5\n") + page(b"A\f") + UNIT + page(b"B\f") + END)
+    to.add("count-back-to-0", "An overlay count that goes back to 0 is not told.",
+           command(columns("2", c9="005")) + b"A\f" + command(columns("2")) + b"B\f",
+           headed(b"OVS=5\n") + page(b"A\f") + UNIT + page(b"B\f") + END)
     text = b"%%%=Pji,0101,UNIC\nEMU=RLX\nDCH=240\nCPS=5\nMAK=UNIX\n"
     changed = b"%%%=Pji,0101,UNIC\nEMU=RLX\nCPS=0\nMAK=UNIX\n"
     to.add("told-zero", "Copies that go back to none are told.",

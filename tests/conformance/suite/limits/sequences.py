@@ -109,6 +109,7 @@ def others() -> Theme:
     to.add("esc-del-feed", "A form feed as the last of them ends the page.",
            b"A" + ESC + b"\x7f123\f" + b"B\f",
            job(page(b"A" + ESC + b"\x7f123\f"), page(b"B\f")))
+    line("esc-del-third-feed", "As the third it is data.", ESC + b"\x7f12\f4")
     to.add("esc-del-cut", "One of three bytes is dropped.", b"A" + ESC + b"\x7f123", whole(b"A"))
     to.add("esc-del-whole", "One of four is not.", b"A" + ESC + b"\x7f1234",
            whole(b"A" + ESC + b"\x7f1234"))
@@ -176,6 +177,8 @@ def slots() -> Theme:
            b"\x1c%1p\x1bQ1/G\x1c&1p\x1c(a1p\x1cJ\x1b(HA\f",
            sheet(b"\x1c%1p\x1bQ1/G\x1c&1p\x1c(a1p\x1cJ\x1b(HA\f",
                  b"\x1c&1p\x1b(H\x1cJ\x1c(a1p\x1bQ1/G\x1c%1p"))
+    to.add("j-then-k", "FS J and FS K are of one kind.", FS + b"J" + FS + b"KA\f",
+           sheet(FS + b"J" + FS + b"KA\f", FS + b"K"))
     to.add("per-block", "They are carried behind the block in which they stood, once.",
            FS + b"%1pA\fB\f", job(page(FS + b"%1pA\f", FS + b"%1p"), page(b"B\f")))
     return to
