@@ -31,6 +31,8 @@ class Check:
     # Laid into the current directory before the run, and found there behind it.
     files: dict[str, bytes] = dataclasses.field(default_factory=dict)
     leaves: dict[str, bytes] = dataclasses.field(default_factory=dict)
+    # The job comes a byte at a time, each when the one before has been taken.
+    slowly: bool = False
     # The stand-in of the font library stands in its place; what it is told.
     fonts: Optional[bytes] = None
     # In place of all this: a function of the stage that returns what is wrong, "" for nothing.

@@ -3,14 +3,11 @@
 Signals are sent to the program by its process number alone.
 """
 
-import fcntl
 import os
 import select
 import signal
 import socket
-import struct
 import subprocess
-import termios
 import time
 from typing import Callable, Optional
 
@@ -18,7 +15,7 @@ from .check import FIXED, Check
 from .limits.expected import CARRIED, CONDITIONS, FORM_ERROR, job, page, sheet
 from .limits.forms import told
 from .limits.frames import EMPTY_END, cnt, end
-from .stage import Outcome, Stage, contents, memory_file
+from .stage import Outcome, Stage, contents, memory_file, unread
 
 CHECKS: list[Check] = []
 
@@ -143,10 +140,6 @@ def add_streams() -> None:
 # ---- Pipes -------------------------------------------------------------------------------------
 
 
-def unread(descriptor: int) -> int:
-    return struct.unpack("i", fcntl.ioctl(descriptor, termios.FIONREAD, b"\0" * 4))[0]
-
-
 class Pipes:
     """A run between two pipes: the job comes in portions, each when the one before has been taken,
     and the output is taken in portions."""
@@ -258,6 +251,37 @@ def add_pipes() -> None:
                                     ("nonblocking", 65536, False)):
         add(theme, f"pipe-large-{name}", "A megabyte, through pipes that are mostly full.",
             piped([], LARGE_JOB * 200, LARGE, portion, blocking))
+
+    def full(blocking: bool) -> Callable:
+        """The program has all its input at once, and fills its pipe before anything is read."""
+
+        def own(stage: Stage, directory: str) -> str:
+            reader, writer = os.pipe()
+            os.set_blocking(writer, blocking)
+            files = (memory_file(LARGE_JOB * 600), writer, memory_file())
+            process = stage.start([], directory, files)
+            os.close(writer)
+            deadline = time.monotonic() + stage.limits.seconds
+            time.sleep(0.2)
+            output = bytearray()
+            while select.select([reader], [], [], max(0.0, deadline - time.monotonic()))[0]:
+                part = os.read(reader, 1000)
+                if not part:
+                    break
+                output += part
+            late = stage.finish(process)
+            os.close(reader)
+            outcome = Outcome(bytes(output), contents(files[2]), process.returncode, late)
+            os.close(files[0])
+            os.close(files[2])
+            stdout = job(page(CONDITIONS + LARGE_JOB, CARRIED), *[page(LARGE_JOB)] * 599)
+            return expect(stage, outcome, stdout, b"", 0)
+
+        return own
+
+    for name, blocking in (("blocking", True), ("nonblocking", False)):
+        add(theme, f"pipe-full-{name}", "Three megabytes, a thousand bytes read at once.",
+            full(blocking))
     add(theme, "pipe-large-stopped", "A megabyte, the program being stopped and continued.",
         piped([], LARGE_JOB * 200, LARGE, 65536, disturb=stop_and_continue))
 

@@ -1,15 +1,18 @@
 """Runs the program under test: in a fresh directory, with limits, its streams in memory."""
 
 import dataclasses
+import fcntl
 import os
 import resource
 import select
 import shutil
 import signal
 import stat
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 from typing import Optional, Union
 
@@ -80,6 +83,11 @@ def contents(descriptor: int) -> bytes:
         parts.append(part)
         at += len(part)
     return b"".join(parts)
+
+
+def unread(pipe: int) -> int:
+    """Bytes that stand in a pipe."""
+    return int(struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, b"\0" * 4))[0])
 
 
 def wait(process: subprocess.Popen, seconds: float) -> bool:
@@ -215,6 +223,27 @@ class Stage:
             for file in files:
                 os.close(file)
 
+    def run_slowly(self, options: list[bytes], stdin: bytes, directory: str) -> Outcome:
+        job_from, job_to = os.pipe()
+        files = [memory_file(), memory_file()]
+        deadline = time.monotonic() + self.limits.seconds
+        try:
+            process = self.start(options, directory, (job_from, files[0], files[1]))
+            os.close(job_from)
+            for byte in stdin:
+                try:
+                    os.write(job_to, bytes([byte]))
+                except BrokenPipeError:
+                    break
+                while unread(job_to) and time.monotonic() < deadline and process.poll() is None:
+                    time.sleep(0)
+            os.close(job_to)
+            late = self.finish(process)
+            return Outcome(contents(files[0]), contents(files[1]), process.returncode, late)
+        finally:
+            for file in files:
+                os.close(file)
+
     def message(self, expected: bytes) -> bytes:
         """Messages with the name by which the program calls itself."""
         lines = expected.split(b"\n")
@@ -246,7 +275,8 @@ class Stage:
             if check.own is not None:
                 wrong = [text for text in [check.own(self, directory)] if text]
             else:
-                wrong = self.compare(check, self.run(check.options, check.stdin, directory))
+                run = self.run_slowly if check.slowly else self.run
+                wrong = self.compare(check, run(check.options, check.stdin, directory))
                 for path, expected in check.leaves.items():
                     wrong += difference(path, expected, file_bytes(directory, self.place(path)))
         except OSError as error:

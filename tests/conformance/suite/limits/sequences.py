@@ -153,8 +153,12 @@ def slots() -> Theme:
         short, long = front + b"1" * room + back, front + b"1" * (room + 1) + back
         to.add(f"{name}-19", "A setting of 19 bytes is carried.", short + b"A\f",
                sheet(short + b"A\f", short))
+        to.add(f"{name}-19-later", "So it is behind text.", b"A" + short + b"B\f",
+               sheet(b"A" + short + b"B\f", short))
         to.add(f"{name}-20", "One of 20 is written, but not carried.", long + b"A\f",
                sheet(long + b"A\f"))
+        to.add(f"{name}-20-later", "Nor behind text.", b"A" + long + b"B\f",
+               sheet(b"A" + long + b"B\f"))
         to.add(f"{name}-last", "The last one of a kind is carried.", short + front + back + b"A\f",
                sheet(short + front + back + b"A\f", front + back))
     for name, front, back in (
@@ -226,6 +230,10 @@ def counts() -> Theme:
            b"A" * 4100 + a % 4087 + b"x" * 4087 + b"\f",
            FIRST + block("2", b"A" * 4100 + a % 4087 + b"x" * 4082, 8204)
            + block("0", b"x" * 5 + b"\f", 18) + END)
+    to.add("room-of-1", "Larger data begins where the block has room for a byte.",
+           b"A" * 8181 + a % 4087 + b"x" * 4087 + b"\f",
+           FIRST + block("2", b"A" * 8181 + a % 4087 + b"x", 8204)
+           + block("0", b"x" * 4086 + b"\f", 4099) + END)
     # 32 bytes behind ESC Q ... !p.
     data = b"d" * 30 + b"\f" + b"e"
     line("p-32", "ESC Q ... !p has 32 bytes of data: a form feed as the 31st is data.",
@@ -276,6 +284,8 @@ def content() -> Theme:
     for name, sequence in printing.items():
         payload = sequence if name != "double" else b"\x1bQ2 y\x1b$@" + sequence
         to.add(name, "It makes a page when nothing else is on it.", sequence, whole(payload))
+        to.add(f"{name}-later", "So it does behind a page.", b"A\f" + sequence,
+               job(page(b"A\f"), block("2", payload) + LAST_FEED))
     only = PARAMETERS
     silent = {
         "x-space": ESC + b"Q1 x", "y-space": ESC + b"Q1 y", "p": ESC + b"Q1 p", "j": ESC + b"Q1!j",
@@ -285,6 +295,8 @@ def content() -> Theme:
     }
     for name, sequence in silent.items():
         to.add(f"{name}-none", "It makes none, and is dropped at the job's end.", sequence, only)
+        to.add(f"{name}-none-later", "So it is behind a page.", b"A\f" + sequence + b"\r",
+               job(page(b"A\f")))
     to.add("unknown-none", "Unknown sequences write nothing at all.", ESC + b"x" + FS + b"L", b"")
     to.add("behind-page", "Settings behind the last page are dropped.", b"A\f" + FS + b"&1p\n",
            job(page(b"A\f")))
