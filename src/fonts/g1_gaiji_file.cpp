@@ -1,5 +1,6 @@
 #include "fonts/g1_gaiji_file.h"
 
+#include <cstdint>
 #include <cstdlib>
 
 #include "job/fixed_paths.h"
@@ -14,10 +15,10 @@ namespace {
 constexpr std::size_t kLineRoom = 512;
 using Line = std::array<char, kLineRoom>;
 
-constexpr unsigned long kLowestCode = 0xF4A7;
-constexpr unsigned long kHighestCode = 0xFEFE;
-constexpr unsigned long kLowestLowByte = 0xA1;
-constexpr unsigned long kHighestLowByte = 0xFE;
+constexpr std::uint64_t kLowestCode = 0xF4A7;
+constexpr std::uint64_t kHighestCode = 0xFEFE;
+constexpr std::uint64_t kLowestLowByte = 0xA1;
+constexpr std::uint64_t kHighestLowByte = 0xFE;
 
 Status error(const Messages& messages, const char* text) {
   report(messages, text);
@@ -38,17 +39,18 @@ LineStatus read_first_line(Line& line) {
   return file.failed() ? LineStatus::kFailed : LineStatus::kNoFile;
 }
 
-bool is_acceptable(unsigned long code) {
-  const unsigned long low_byte = code & 0xFF;
+bool is_acceptable(std::uint64_t code) {
+  const std::uint64_t low_byte = code & 0xFF;
   return code >= kLowestCode && code <= kHighestCode && low_byte >= kLowestLowByte &&
          low_byte <= kHighestLowByte;
 }
 
-/// Takes one number and the byte that must follow it. strtoul says which numbers are allowed, so a
-/// minus sign is read too; the negated value is acceptable only if it wraps around to a code.
-bool take_code(const char*& text, char follower, unsigned long& code) {
+/// Takes one number and the byte that must follow it. strtoull says which numbers are allowed, so
+/// a minus sign is read too; the negated value, of 64 bits on every machine, is acceptable only if
+/// it wraps around to a code.
+bool take_code(const char*& text, char follower, std::uint64_t& code) {
   char* end = nullptr;
-  code = std::strtoul(text, &end, 16);
+  code = std::strtoull(text, &end, 16);
   if (*end != follower) {
     return false;
   }
@@ -56,7 +58,7 @@ bool take_code(const char*& text, char follower, unsigned long& code) {
   return is_acceptable(code);
 }
 
-std::array<std::uint8_t, 2> code_bytes(unsigned long code) {
+std::array<std::uint8_t, 2> code_bytes(std::uint64_t code) {
   return {static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code & 0xFF)};
 }
 
@@ -74,8 +76,8 @@ Status g1gaiji_load(const Messages& messages, G1GaijiRange& range) {
       break;
   }
   const char* text = line.data();
-  unsigned long first = 0;
-  unsigned long last = 0;
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
   if (!take_code(text, '-', first) || !take_code(text, '\n', last) || first > last) {
     return error(messages, "g1gaiji code error");
   }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cinttypes>
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
@@ -33,9 +34,9 @@ std::array<char, kTimeBytes> time_text() {
 void log_lost_bits(std::uint64_t value, const char* module, const char* function) {
   const std::array<char, kTimeBytes> time = time_text();
   std::array<char, kLogLineBytes> line{};
-  static_cast<void>(std::snprintf(line.data(), line.size(), "%s:ERROR:%s:%s:%d lost bit (%lx)",
-                                  time.data(), module, function, static_cast<int>(getpid()),
-                                  static_cast<unsigned long>(value)));
+  static_cast<void>(std::snprintf(line.data(), line.size(),
+                                  "%s:ERROR:%s:%s:%d lost bit (%" PRIx64 ")", time.data(), module,
+                                  function, static_cast<int>(getpid()), value));
   static_cast<void>(log_append(line.data()));
 }
 

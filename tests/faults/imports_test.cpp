@@ -63,8 +63,10 @@ const std::set<std::string> kHarmless{
     // Numbers: what is no number is what the filter's rules say.
     "strtol",
     "strtoul",
+    "strtoull",
     "__isoc23_strtol",
     "__isoc23_strtoul",
+    "__isoc23_strtoull",
     // Texts of bounded numbers and names into room of this process.
     "snprintf",
     "__snprintf_chk",

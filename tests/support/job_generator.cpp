@@ -132,7 +132,7 @@ void write_generator_forms() {
 }
 
 std::size_t JobGenerator::number(std::size_t low, std::size_t high) {
-  return low + random_() % (high - low + 1);
+  return low + static_cast<std::size_t>(random_() % (high - low + 1));
 }
 
 std::string JobGenerator::text(std::size_t length) {

@@ -27,13 +27,18 @@ bool is_set(ByteMask mask, std::size_t at) {
 
 // Where the set changes
 
+/// A number below another one.
+std::size_t random_below(std::mt19937_64& generator, std::size_t count) {
+  return static_cast<std::size_t>(generator() % count);
+}
+
 /// Bytes of the double-byte set, bytes that leave the set alone, and others, at random.
 BlockPlan random_kinds(std::mt19937_64& generator) {
   BlockPlan plan;
   const bool seldom = generator() % 2 == 0;
   plan.text.double_byte = generator() & (seldom ? generator() : ~ByteMask{0});
   plan.text.neutral = generator() | (generator() % 2 == 0 ? generator() : 0);
-  plan.text.length = generator() % (kBlockBytes + 1);
+  plan.text.length = random_below(generator, kBlockBytes + 1);
   // From the length on the masks mean nothing, and may contradict one another.
   plan.text.neutral &= ~(plan.text.double_byte & bits_below(plan.text.length));
   return plan;
@@ -194,14 +199,14 @@ void add_to_plan(BlockPlan& plan, PlannedPiece piece) {
 }
 
 PlannedPiece random_piece(std::mt19937_64& generator, const std::vector<PieceKind>& kinds) {
-  const PieceKind kind = kinds[generator() % kinds.size()];
+  const PieceKind kind = kinds[random_below(generator, kinds.size())];
   switch (kind) {
     case PieceKind::wide:
-      return {kind, 2 + generator() % 5};
+      return {kind, 2 + random_below(generator, 5)};
     case PieceKind::shifted:
-      return {kind, 2 + generator() % 6};
+      return {kind, 2 + random_below(generator, 6)};
     case PieceKind::sequence:
-      return {kind, 2 + generator() % 30};
+      return {kind, 2 + random_below(generator, 30)};
     default:
       return {kind, 1};
   }
@@ -227,7 +232,8 @@ std::string random_bytes(std::mt19937_64& generator) {
 PlannedBlock random_planned_block(std::mt19937_64& generator, const std::vector<PieceKind>& kinds) {
   PlannedBlock block;
   block.was_double = generator() % 2 == 0;
-  const std::size_t longest = generator() % 2 == 0 ? kBlockBytes : 1 + generator() % kBlockBytes;
+  const std::size_t longest =
+      generator() % 2 == 0 ? kBlockBytes : 1 + random_below(generator, kBlockBytes);
   for (;;) {
     const PlannedPiece piece = random_piece(generator, kinds);
     if (block.plan.length() + piece.length > longest) {

@@ -449,7 +449,7 @@ TEST_F(FramedTransferTest, FramesWaitForADescriptorThatDoesNotBlock) {
 }
 
 TEST_F(FramedTransferTest, AFrameThatIsNotWrittenWholeEndsTheProcess) {
-  for (const rlim_t room : {0UL, 1UL, 15UL, 16UL, 18UL}) {
+  for (const std::size_t room : {0U, 1U, 15U, 16U, 18U}) {
     stand_in_frame(kEndFrame, 0);
     const CaptureDescriptor output(1);
     EXPECT_EXIT(
@@ -463,7 +463,7 @@ TEST_F(FramedTransferTest, AFrameThatIsNotWrittenWholeEndsTheProcess) {
 }
 
 TEST_F(FramedTransferTest, AnEmptyFrameThatIsNotWrittenWholeEndsTheProcess) {
-  for (const rlim_t room : {0UL, 1UL, 15UL}) {
+  for (const std::size_t room : {0U, 1U, 15U}) {
     restart();
     const CaptureDescriptor output(1);
     EXPECT_EXIT(

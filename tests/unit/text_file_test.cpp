@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -134,6 +137,35 @@ TEST_F(TextFileTest, OnlyRegularFilesAreOpened) {
     EXPECT_FALSE(is_regular_file("odd"));
     EXPECT_FALSE(TextFile("odd").is_open());
   });
+}
+
+/// The first line of a file.
+std::string first_line_of(const std::string& path) {
+  TextFile file(path.c_str());
+  std::array<char, 512> line{};
+  EXPECT_TRUE(file.is_open());
+  EXPECT_TRUE(file.read_line(line));
+  return line.data();
+}
+
+// Where numbers of the system have 32 bits by themselves, sizes have 31.
+TEST_F(TextFileTest, AFileMayBeLargerThan2And4GiB) {
+  for (const std::uintmax_t gibibytes : {3U, 5U}) {
+    write_file("file", "first\n");
+    std::filesystem::resize_file("file", gibibytes << 30U);
+    EXPECT_TRUE(is_regular_file("file")) << gibibytes;
+    EXPECT_EQ(first_line_of("file"), "first\n") << gibibytes;
+  }
+}
+
+// And seconds since 1970 end in January 2038.
+TEST_F(TextFileTest, AFileMayBeOfTheYear2040) {
+  write_file("file", "first\n");
+  timespec times[2]{};
+  times[0].tv_sec = times[1].tv_sec = std::time_t{2'208'988'800};
+  ASSERT_EQ(utimensat(AT_FDCWD, "file", static_cast<const timespec*>(times), 0), 0);
+  EXPECT_TRUE(is_regular_file("file"));
+  EXPECT_EQ(first_line_of("file"), "first\n");
 }
 
 TEST_F(TextFileTest, TheDescriptorIsGivenBack) {
