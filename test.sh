@@ -8,7 +8,8 @@
 #   ./test.sh long    all, the lint of each file by itself and without what it remembers, both roads
 #                     of the filter compared on 100,000 generated jobs, and what it makes of as
 #                     many read back; jobs of 4 GiB; all programs under memcheck; all errors
-#                     that are planted to see whether the conformance suite finds them
+#                     that are planted to see whether the conformance suite finds them; the
+#                     filter on other machines
 #   ./test.sh packages   the Debian packages: made, looked at, installed, upgraded, removed and
 #                     purged in a Debian of its own; needs root's rights
 # Ends with a summary; the exit status is 0 when every step passed. Build trees (build-NAME/) and the
@@ -238,6 +239,7 @@ case "${1-}" in
     step "memcheck" run_memcheck
     step "conformance, the faults too" try_conformance
     step "planted errors" find_planted_errors
+    step "the filter on other machines" tests/machines/run
     ;;
   packages) step "packages" tests/packages/run ;;
   *)

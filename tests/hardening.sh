@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Looks whether a program is hardened as tools/hardening.cmake says: hardening.sh PROGRAM
-# Needs readelf, nm and objdump, which come with the compiler.
+# Needs readelf, nm and objdump, which come with the compiler; $READELF, $NM and $OBJDUMP name others,
+# for a program of another machine.
 set -euo pipefail
 
 program=$1
@@ -14,18 +15,18 @@ expect() {
   fi
 }
 
-headers=$(readelf --file-header --program-headers --dynamic --wide "$program")
+headers=$("${READELF:-readelf}" --file-header --program-headers --dynamic --wide "$program")
 expect "an address of its own each time (PIE)" "$headers" 'FLAGS_1.*\bPIE\b'
 expect "read-only relocations (RELRO)" "$headers" 'GNU_RELRO'
 expect "binding at start (BIND_NOW)" "$headers" 'FLAGS.*\bNOW\b'
 expect "a stack that is not executable" "$headers" 'GNU_STACK.* RW +0x'
 
-imports=$(nm --dynamic --undefined-only "$program")
+imports=$("${NM:-nm}" --dynamic --undefined-only "$program")
 expect "the stack protector" "$imports" '__stack_chk_fail'
 expect "checked calls of the C library (_FORTIFY_SOURCE)" "$imports" '__[a-z]*printf_chk'
 
-if [[ $(uname -m) == x86_64 ]]; then
-  code=$(objdump --disassemble --no-show-raw-insn "$program")
+if grep -q "Machine:.*X86-64" <<<"$headers"; then
+  code=$("${OBJDUMP:-objdump}" --disassemble --no-show-raw-insn "$program")
   # In a function of ours: the C library's start-up code has some of its own. Whether the processor
   # enforces them is for that code to allow, too: a system whose start-up code is not marked for CET
   # runs the program without.

@@ -4,7 +4,7 @@
 # storage; anything else in writable memory is an error. (A constant table gets there, too, when the
 # compiler deduces its type as std::array from a list: std::to_array keeps it where it belongs.)
 # Constants that hold addresses are relocated when the program starts and read-only from then on;
-# they are listed only. Needs objdump, which comes with the compiler.
+# they are listed only. Needs objdump, which comes with the compiler; $OBJDUMP names another one.
 set -euo pipefail
 
 storage='(anonymous namespace)::filter_storage'
@@ -13,7 +13,7 @@ storage='(anonymous namespace)::filter_storage'
 # "ADDRESS FLAGS SECTION<tab>SIZE NAME"; the flags are seven columns behind one blank, with "d" for
 # what only names a section or a file.
 symbols() {
-  objdump --syms --demangle "$@" |
+  "${OBJDUMP:-objdump}" --syms --demangle "$@" |
     sed -nE 's/^[0-9a-f]+ .....[^d]. ([^ \t]+)\t([0-9a-f]+) +(.*)$/\1\t\2\t\3/p'
 }
 

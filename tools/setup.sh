@@ -59,6 +59,18 @@ package_test_needs=(
   lintian:lintian
 )
 
+# What the tests for other machines need besides (tests/machines/).
+# shellcheck disable=SC2034  # used by tests/machines/run
+machine_test_needs=(
+  clang++:clang
+  /usr/src/googletest/CMakeLists.txt:googletest
+  qemu-s390x-static:qemu-user-static
+  aarch64-linux-gnu-g++:g++-aarch64-linux-gnu
+  arm-linux-gnueabihf-g++:g++-arm-linux-gnueabihf
+  s390x-linux-gnu-g++:g++-s390x-linux-gnu
+  musl-gcc:musl-tools
+)
+
 # What the tests with real spoolers need besides. The spoolers of the machine itself are left alone.
 # shellcheck disable=SC2034  # used by test.sh
 spooler_test_needs=(

@@ -29,6 +29,7 @@
 
 #include "support/descriptors.h"
 #include "support/escaped_bytes.h"
+#include "support/tested_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -118,7 +119,7 @@ std::vector<std::string> cases_in_printer_language() {
   const rlimit limit{kOutputLimitBytes, kOutputLimitBytes};
   setrlimit(RLIMIT_FSIZE, &limit);
   alarm(kTimeLimitSeconds);
-  execv(RLX_SANDBOXED_PROGRAM, arguments.data());
+  execv(tested_filter().c_str(), arguments.data());
   std::abort();
 }
 

@@ -1,14 +1,14 @@
 // A stand-in for the font access library, with its seven entry points. What it does is told by a
 // description file, and it keeps a log of every call; both are found relative to the current
 // directory, so that tests of the whole program can use it too. support/standin_font_library.h says
-// what the two files hold.
+// what the two files hold. It needs the C library alone, as the filter does, so it goes with every
+// build of the filter.
 
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "fonts/fal_api.h"
 #include "standin/glyph_dots.h"
@@ -34,7 +34,7 @@ constexpr const char* kLog = "sandbox/standin/log";
 
 int lists_handed_out = 0;
 /// The pattern of the last read, of exactly its size, so that a reader behind it is caught.
-std::unique_ptr<std::uint8_t[]> last_pattern;
+std::uint8_t* last_pattern = nullptr;
 
 __attribute__((format(printf, 1, 2))) void log_call(const char* format, ...) {
   std::FILE* const log = std::fopen(kLog, "a");
@@ -51,7 +51,10 @@ __attribute__((format(printf, 1, 2))) void log_call(const char* format, ...) {
 /// Tells of its own loading and unloading.
 struct Lifetime {
   Lifetime() { log_call("load\n"); }
-  ~Lifetime() { log_call("unload\n"); }
+  ~Lifetime() {
+    std::free(last_pattern);
+    log_call("unload\n");
+  }
 } lifetime;
 
 /// Hands every line of the description to a function.
@@ -148,7 +151,12 @@ ReadAnswer answer_to(std::uint32_t asked) {
 const std::uint8_t* pattern_of(std::int32_t font_id, std::uint32_t code, std::int32_t width,
                                std::int32_t height) {
   const std::int32_t row_bytes = (width + 7) / 8;
-  last_pattern = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(row_bytes * height));
+  std::free(last_pattern);
+  last_pattern =
+      static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(row_bytes * height), 1));
+  if (last_pattern == nullptr) {
+    std::abort();
+  }
   for (std::int32_t row = 0; row < height; ++row) {
     for (std::int32_t column = 0; column < row_bytes * 8; ++column) {
       if (rlx::testing::glyph_dot(font_id, code, row, column)) {
@@ -158,7 +166,7 @@ const std::uint8_t* pattern_of(std::int32_t font_id, std::uint32_t code, std::in
       }
     }
   }
-  return last_pattern.get();
+  return last_pattern;
 }
 
 const char* variable(const char* name) {
@@ -181,7 +189,11 @@ extern "C" std::int32_t FalOpenSysFont(const rlx::FalFontQuery* query, std::uint
       query->size_height, query->letter_width, query->letter_height, query->letter_offset_h,
       query->letter_offset_v, mask, variable("LANG"), variable("FAL_LANG"), answer.font_id);
   if (answer.with_list) {
-    *missing = new rlx::FalFontList{++lists_handed_out};
+    *missing = static_cast<rlx::FalFontList*>(std::malloc(sizeof(rlx::FalFontList)));
+    if (*missing == nullptr) {
+      std::abort();
+    }
+    (*missing)->number = ++lists_handed_out;
     log_call(" list %d", lists_handed_out);
   }
   log_call("\n");
@@ -222,5 +234,5 @@ extern "C" void FalFreeFontList(rlx::FalFontList* list) {
   // Whoever wants the error has to look before.
   fal_utyerror = 0;
   fal_utyderror = 0;
-  delete list;
+  std::free(list);
 }

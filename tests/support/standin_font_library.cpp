@@ -8,11 +8,8 @@
 #include "fonts/gaiji.h"
 #include "job/fixed_paths.h"
 #include "job/settings.h"
+#include "support/tested_filter.h"
 #include "support/the_filter.h"
-
-#ifndef RLX_STANDIN_LIBRARY
-#error "the build tells where the stand-in font library is"
-#endif
 
 namespace rlx::testing {
 
@@ -33,11 +30,11 @@ void install(const std::filesystem::path& library) {
 }  // namespace
 
 void install_font_library() {
-  install(RLX_STANDIN_LIBRARY);
+  install(tested_font_library());
 }
 
 void install_font_library_without(std::string_view entry_point) {
-  const std::filesystem::path complete(RLX_STANDIN_LIBRARY);
+  const std::filesystem::path complete(tested_font_library());
   install(complete.parent_path() / ("libfal_without_" + std::string(entry_point) + ".so"));
 }
 

@@ -16,10 +16,7 @@
 #include "support/main_loop_fixture.h"
 #include "support/page_data.h"
 #include "support/standin_font_library.h"
-
-#ifndef RLX_SANDBOXED_PROGRAM
-#error "the build tells where the program with the sandboxed paths is"
-#endif
+#include "support/tested_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -37,7 +34,7 @@ class FontJob : public ::testing::Test {
   static int run(const std::string& options, std::string_view job) {
     write_file("job", job);
     const std::string command =
-        "'" RLX_SANDBOXED_PROGRAM "' " + options + " < job > output 2> messages";
+        "'" + tested_filter() + "' " + options + " < job > output 2> messages";
     const int status = std::system(command.c_str());
     EXPECT_TRUE(WIFEXITED(status));
     return WEXITSTATUS(status);
@@ -117,8 +114,7 @@ TEST_F(FontJob, ErrorAtTheSwitchEndsTheJobAndWhatWasWrittenStays) {
   // In the last font of the second set, so that others are open then.
   describe_fonts("every-font\nopen-error 1 4 66 62 9 13\n");
   EXPECT_EQ(run("-G D400", "A" + kBlankCommand + "B\x0c"), 127);  // the low byte of -129
-  EXPECT_EQ(read_file("messages"),
-            std::string(RLX_SANDBOXED_PROGRAM) + ": can't read fontlist(13)\n");
+  EXPECT_EQ(read_file("messages"), tested_filter() + ": can't read fontlist(13)\n");
   EXPECT_NE(read_file("output").find("A\x0c"), std::string::npos);
   EXPECT_EQ(read_file("output").find("B\x0c"), std::string::npos);
   EXPECT_TRUE(read_file("output").ends_with(kJobEnd));
@@ -153,7 +149,7 @@ TEST_F(FontJob, ClosesAndUnloadsAfterAPassThroughToo) {
 TEST_F(FontJob, ClosesAndUnloadsWhenTheJobFails) {
   EXPECT_EQ(run("", "A\x1bQ1;16 n  0             B"), 1);
   EXPECT_EQ(take_font_calls(), job_calls({kLowVariant}));
-  EXPECT_EQ(read_file("messages"), std::string(RLX_SANDBOXED_PROGRAM) + ": FCB data error\n");
+  EXPECT_EQ(read_file("messages"), tested_filter() + ": FCB data error\n");
   EXPECT_TRUE(read_file("output").ends_with(kJobEnd));
 }
 
@@ -170,8 +166,7 @@ TEST_F(FontJob, FontThatFailsAtTheStartEndsTheProcessWith127BeforeAnyOutput) {
   describe_fonts("every-font\nopen-error 1 2 16 16 9 12\n");
   EXPECT_EQ(run("", "A"), 127);
   EXPECT_EQ(read_file("output"), "");
-  EXPECT_EQ(read_file("messages"),
-            std::string(RLX_SANDBOXED_PROGRAM) + ": can't read fontlist(12)\n");
+  EXPECT_EQ(read_file("messages"), tested_filter() + ": can't read fontlist(12)\n");
 }
 
 TEST_F(FontJob, LibraryThatLacksAnEntryPointIsUnloadedAndTheJobPrints) {

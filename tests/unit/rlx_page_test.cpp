@@ -13,10 +13,7 @@
 #include <vector>
 
 #include "support/descriptors.h"
-
-#ifndef RLX_SANDBOXED_PROGRAM
-#error "the build tells where the program with the sandboxed paths is"
-#endif
+#include "support/tested_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -30,7 +27,7 @@ std::string printed_invoice() {
   const CaptureDescriptor output(STDOUT_FILENO);
   const pid_t child = fork();
   if (child == 0) {
-    execl(RLX_SANDBOXED_PROGRAM, "filter", "-p", forms.c_str(), "-n", "INVOICE", nullptr);
+    execl(tested_filter().c_str(), "filter", "-p", forms.c_str(), "-n", "INVOICE", nullptr);
     _exit(99);
   }
   int status = 0;

@@ -23,10 +23,7 @@
 #include "support/main_loop_fixture.h"
 #include "support/record_builder.h"
 #include "support/standin_font_library.h"
-
-#ifndef RLX_SANDBOXED_PROGRAM
-#error "the build tells where the program with the sandboxed paths is"
-#endif
+#include "support/tested_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -135,7 +132,7 @@ JobResult run(Runner runner, const Job& job) {
 int run_as_process(Arguments& arguments) {
   const pid_t child = fork();
   if (child == 0) {
-    execv(RLX_SANDBOXED_PROGRAM, arguments.pointers());
+    execv(tested_filter().c_str(), arguments.pointers());
     _exit(99);
   }
   int status = 0;

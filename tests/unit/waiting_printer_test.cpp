@@ -8,9 +8,7 @@
 #include <array>
 #include <string>
 
-#ifndef RLX_SANDBOXED_PROGRAM
-#error "the build tells where the program with the sandboxed paths is"
-#endif
+#include "support/tested_filter.h"
 
 namespace rlx::testing {
 namespace {
@@ -31,7 +29,7 @@ class RunningFilter {
       dup2(input[0], STDIN_FILENO);
       dup2(output[1], STDOUT_FILENO);
       close(input[1]);
-      execl(RLX_SANDBOXED_PROGRAM, "filter", nullptr);
+      execl(tested_filter().c_str(), "filter", nullptr);
       _exit(99);
     }
     close(input[0]);
