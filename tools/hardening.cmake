@@ -5,6 +5,8 @@
 include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)
 
+# A compiler may know a flag and say that it has no use for it on this machine.
+set(CMAKE_REQUIRED_FLAGS -Werror)
 foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-protection)
   string(MAKE_C_IDENTIFIER "have${flag}" have)
   check_cxx_compiler_flag(${flag} ${have})
@@ -12,6 +14,7 @@ foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection -fcf-pro
     add_compile_options(${flag})
   endif()
 endforeach()
+unset(CMAKE_REQUIRED_FLAGS)
 
 # The checks of the C library's calls need an optimising build, and the sanitizers' own checks of the
 # same calls stand in their way.
