@@ -15,6 +15,7 @@
 
 #include "printer_output.h"
 #include "reading.h"
+#include "support/printer_blocks.h"
 #include "whole_job.h"
 
 namespace rlx::fuzzing {
@@ -167,7 +168,7 @@ class Model {
   void end() {
     if (is_printed_) {
       end_block();
-      blocks_ += block('0', "\f");
+      blocks_ += testing::kFinalFormFeed;
       ++pages_;
     } else {
       data_.clear();
@@ -181,28 +182,10 @@ class Model {
     if (written_.empty()) {
       return "";
     }
-    const std::string parameters = parameter_text();
-    if (pages_ == 0) {
-      return parameters;
-    }
-    const std::string_view job_end("\x1b\x63\x1b\x7f\0\0\1\0", 8);
-    return parameters + blocks_ + block('0', job_end);
+    return testing::kFirstParameters + (pages_ == 0 ? "" : blocks_ + testing::kJobEnd);
   }
 
  private:
-  static std::string ten_digits(std::size_t number) {
-    const std::string digits = std::to_string(number);
-    return std::string(10 - digits.size(), '0') + digits;
-  }
-  static std::string block(char kind, std::string_view payload) {
-    return std::string("\x1bQ") + kind + ';' + ten_digits(payload.size() + 12) + "/a" +
-           std::string(payload);
-  }
-  static std::string parameter_text() {
-    const std::string_view text = "%%%=Pji,0101,UNIC\nEMU=RLX\nDCH=240\nMAK=UNIX\n";
-    return "\x1bQ0;" + ten_digits(text.size()) + "/`" + std::string(text);
-  }
-
   void note(Effect effect) {
     if (effect == kContent) {
       has_content_ = is_printed_ = true;
@@ -254,19 +237,17 @@ class Model {
   /// The settings of the page's last block are written when the page is complete.
   void end_block() {
     if (!in_page_) {
-      if (pages_ == 0) {
-        blocks_ += block('9', std::string_view("\x1b\x7f\0\0\1\6", 6)) + block('8', "\x1bQ240!A");
-      }
-      blocks_ += block('9', "\x1bQ1;7200!C");
+      blocks_ += pages_ == 0 ? testing::kJobStart + testing::kFirstDensity : "";
+      blocks_ += testing::kNextHeader;
     }
-    blocks_ += settings_ + block(in_page_ ? '0' : '2', data_);
+    blocks_ += settings_ + testing::block(in_page_ ? '0' : '2', data_);
     in_page_ = true;
     data_.clear();
     std::string carried = std::exchange(general_, "");
     for (std::string& place : places_) {
       carried += std::exchange(place, "");
     }
-    settings_ = carried.empty() ? "" : block('6', carried);
+    settings_ = carried.empty() ? "" : testing::block('6', carried);
   }
 
   std::size_t lines_per_page_;  ///< 0: no page length
