@@ -64,6 +64,13 @@ TEST(CommandShapeTest, LayoutIsFourBytesBehindTheBlank) {
   EXPECT_EQ(shape.layout, 11U);
 }
 
+TEST(CommandShapeTest, WithoutALengthAllIsNothing) {
+  const CommandShape shape = command_shape(make_record(CMD_Q_NL_SP, "\x1bQ1; n  2"));
+  EXPECT_FALSE(shape.has_length);
+  EXPECT_EQ(shape.data_length, 0);
+  EXPECT_EQ(shape.layout, 0U);
+}
+
 TEST(CommandShapeTest, FullRecordWithoutABlankEndsAtItsEnd) {
   const CommandShape shape = command_shape(make_record(CMD_Q_NL_SP, std::string(4096, '0')));
   EXPECT_TRUE(shape.has_length);

@@ -212,6 +212,12 @@ TEST_F(MainLoopForms, Commands397And421SendThePitchOfTheCurrentLine) {
   }
 }
 
+TEST_F(MainLoopForms, ThePitchOfTheCurrentLineIsCarried) {
+  use_form({4, 6}, 1);
+  route(CMD_FORM_PITCH_397, "\x1b[xz");
+  EXPECT_EQ(testing::take_kept_settings(), testing::block('6', kFour));
+}
+
 TEST_F(MainLoopForms, OtherCommandsSendNoPitchOfTheForm) {
   testing::for_each_code([](std::uint32_t code) {
     if (testing::is_one_of(code, {CMD_FORM_PITCH_397, CMD_FORM_PITCH_421, CMD_LF, CMD_Q_BQ_SL})) {
