@@ -93,6 +93,12 @@ web_test_needs=(
 # shellcheck disable=SC2034  # used by test.sh
 valgrind_needs=(valgrind:valgrind python3:python3)
 
+# What changes the program and looks whether the tests see it, and what searches for failing jobs.
+# shellcheck disable=SC2034  # used by tests/mutation/run
+mutation_needs=(/usr/lib/python3/dist-packages/clang/cindex.py:python3-clang-14 ccache:ccache)
+# shellcheck disable=SC2034  # used by fuzz/search and fuzz/whole/run
+search_needs=(clang++:clang afl-fuzz:afl++)
+
 # What reads the sources besides.
 # shellcheck disable=SC2034  # used by test.sh
 cppcheck_needs=(cppcheck:cppcheck)
