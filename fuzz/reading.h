@@ -5,10 +5,7 @@
 
 #include "harness.h"
 #include "rlx_reader/frame_reader.h"
-#include "rlx_reader/job_contents.h"
 #include "rlx_reader/job_reader.h"
-#include "rlxdump/base64.h"
-#include "rlxdump/json_dump.h"
 
 namespace rlx::fuzzing {
 
@@ -83,47 +80,5 @@ class Reading : public reader::JobVisitor {
   std::uint64_t ended_ = 0;
   std::string rebuilt_;
 };
-
-/// The bytes in base64 behind a key of a line; none without it.
-inline std::string bytes_behind(std::string_view line, std::string_view key) {
-  const std::size_t found = line.find(key);
-  if (found == std::string_view::npos) {
-    return "";
-  }
-  const std::string_view rest = line.substr(found + key.size());
-  const auto bytes = dump::from_base64(rest.substr(0, rest.find('"')));
-  require(bytes.has_value(), "base64");
-  return *bytes;
-}
-
-/// The stream that a JSON dump tells of.
-inline std::string rebuilt_from_json(std::string_view dump) {
-  std::string stream;
-  while (!dump.empty()) {
-    const std::string_view line = dump.substr(0, dump.find('\n'));
-    stream += bytes_behind(line, R"("header":")") + bytes_behind(line, R"("bytes":")");
-    dump.remove_prefix(std::min(dump.size(), line.size() + 1));
-  }
-  return stream;
-}
-
-/// What a dump writes about a stream.
-template <typename Dump, typename... Arguments>
-std::string dump_of(std::string_view stream, const Arguments&... arguments) {
-  std::string text;
-  dump::Output output(text);
-  Dump dump(output, arguments...);
-  reader::MemoryInput input({raw(stream), stream.size()});
-  reader::read_contents(input, dump);
-  dump.finish(input.offset());
-  output.flush();
-  return text;
-}
-
-/// A stream that is dumped as JSON can be rebuilt.
-inline void require_rebuilt(std::string_view stream) {
-  require(rebuilt_from_json(dump_of<dump::JsonDump>(stream)) == stream,
-          "the stream that was rebuilt is another one");
-}
 
 }  // namespace rlx::fuzzing

@@ -7,9 +7,11 @@ with libclang, so that "<" is a comparison and not a template's bracket, and "*"
 import json
 import os
 import re
+import shlex
 
 import clang.cindex as cindex
 from clang.cindex import CursorKind as Kind
+from clang.cindex import TypeKind
 
 RELATIONS = {"<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"],
              "==": ["!="], "!=": ["=="]}
@@ -19,6 +21,11 @@ ARITHMETIC = {"+": ["-"], "-": ["+"], "*": ["/"], "/": ["*"], "%": ["*"], "<<": 
 ASSIGNMENTS = {"+=": ["-="], "-=": ["+="], "*=": ["/="], "/=": ["*="], "%=": ["*="],
                "<<=": [">>="], ">>=": ["<<="], "&=": ["|="], "|=": ["&="], "^=": ["&="]}
 OPERATORS = {**RELATIONS, **LOGIC, **ARITHMETIC, **ASSIGNMENTS}
+
+# Types of which "!" or "+ 1" makes another value.
+INTEGERS = {TypeKind.CHAR_S, TypeKind.SCHAR, TypeKind.UCHAR, TypeKind.SHORT, TypeKind.USHORT,
+            TypeKind.INT, TypeKind.UINT, TypeKind.LONG, TypeKind.ULONG, TypeKind.LONGLONG,
+            TypeKind.ULONGLONG}
 
 EXPRESSIONS = {Kind.CALL_EXPR, Kind.BINARY_OPERATOR, Kind.COMPOUND_ASSIGNMENT_OPERATOR,
                Kind.UNARY_OPERATOR}
@@ -42,6 +49,9 @@ class Finder:
 
     def read(self, path, arguments):
         unit = cindex.Index.create().parse(path, args=arguments)
+        errors = [d for d in unit.diagnostics if d.severity >= cindex.Diagnostic.Error]
+        if errors:
+            raise SystemExit(f"{path} cannot be read: {errors[0]}")
         self.walk(unit.cursor, None)
 
     def walk(self, node, parent):
@@ -75,8 +85,18 @@ class Finder:
             self.operator(node, children)
         elif node.kind == Kind.UNARY_OPERATOR:
             self.unary(node)
+        elif node.kind == Kind.CALL_EXPR and node.spelling.startswith("operator"):
+            self.operator(node, children[::2])
         elif node.kind == Kind.INTEGER_LITERAL:
             self.number(node)
+        elif node.kind == Kind.CHARACTER_LITERAL:
+            self.character(node)
+        elif node.kind == Kind.STRING_LITERAL:
+            self.string(node)
+        elif node.kind == Kind.RETURN_STMT and len(children) == 1:
+            self.result(children[0])
+        elif node.kind == Kind.FOR_STMT:
+            self.loop(children)
         elif node.kind == Kind.CXX_BOOL_LITERAL_EXPR:
             flipped = {"true": "false", "false": "true"}.get(self.source(node))
             if flipped:
@@ -139,12 +159,46 @@ class Finder:
 
     def number(self, node):
         text = self.source(node) or ""
-        if not re.fullmatch(r"0[xX][0-9a-fA-F]+|[0-9]+", text):
-            return  # a suffix, a macro or digit separators
-        value = int(text, 16) if text[:2] in ("0x", "0X") else int(text)
+        found = re.fullmatch(r"(0[xX][0-9a-fA-F']+|[0-9']+)([uUlL]*)", text)
+        if not found:
+            return  # a macro
+        digits = found.group(1).replace("'", "")
+        value = int(digits, 16) if digits[:2] in ("0x", "0X") else int(digits)
         for other in (value + 1, value - 1):
             if other >= 0:
-                self.add(node.extent.start, node.extent.end, str(other), "constant")
+                self.add(node.extent.start, node.extent.end, f"{other}{found.group(2)}", "constant")
+
+    def character(self, node):
+        """Another character; for one that is spelled by an escape sequence a letter."""
+        text = self.source(node) or ""
+        if re.fullmatch(r"'[^\\']'", text):
+            other = chr(ord(text[1]) + 1)
+            self.add(node.extent.start, node.extent.end,
+                     "'\\" + other + "'" if other in "\\'" else f"'{other}'", "constant")
+        elif re.fullmatch(r"'\\.+'", text):
+            self.add(node.extent.start, node.extent.end, "'E'", "constant")
+
+    def string(self, node):
+        """One character more at the front."""
+        text = self.source(node) or ""
+        if text.startswith('"'):
+            self.add(node.extent.start, node.extent.end, '"#' + text[1:], "constant")
+
+    def result(self, value):
+        """What a function returns."""
+        text = self.source(value)
+        if text is None or value.type.get_canonical().kind not in INTEGERS | {TypeKind.BOOL}:
+            return
+        is_bool = value.type.get_canonical().kind == TypeKind.BOOL
+        if not re.fullmatch(r"[0-9a-fA-FxXuUlL']+|true|false", text):
+            self.add(value.extent.start, value.extent.end,
+                     f"!({text})" if is_bool else f"({text}) + 1", "result")
+
+    def loop(self, children):
+        """A loop that is never entered. libclang does not say which part of a for is missing, so
+        only a comparison that stands in second place is taken for its condition."""
+        if len(children) == 4 and children[1].kind == Kind.BINARY_OPERATOR:
+            self.condition(children[1], ["false"])
 
     def condition(self, node, values):
         for value in values:
@@ -163,7 +217,8 @@ def find(root, folders, compile_commands):
         if path in seen or not any(path.startswith(f) for f in finder.folders):
             continue
         seen.add(path)
-        words = command["command"].split()[1:]
-        arguments = [w for w in words if w.startswith(("-I", "-D", "-std", "-isystem"))]
+        words = shlex.split(command["command"])[1:]
+        arguments = [w for w in words if w.startswith(("-I", "-D", "-std"))]
+        arguments += [w for pair in zip(words, words[1:]) if pair[0] == "-isystem" for w in pair]
         finder.read(path, arguments)
     return sorted((os.path.relpath(p[0], root),) + p[1:] for p in finder.places)
