@@ -5,9 +5,9 @@
 //
 // Random bytes seldom make a sequence with its parameters, its count and its data. Here they choose
 // one. Input:
-//   0     -L, record by record or by the fast road
+//   0     -L, record by record or by the fast road, whether the end cuts something
 //   1, 2  bytes of the job that stand ready for the fast road before the next read
-//   3     how the job is cut into frames
+//   3     how the job is cut into frames, and what its end cuts
 //   ...   commands: a byte that chooses one, and what it asks for (add_command)
 
 #include <array>
@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t kMostCommands = 600;
 constexpr std::size_t kMostPayload = 8192;
-constexpr std::size_t kMostGeneral = 8192;
+constexpr std::size_t kMostGathered = 4096;
 constexpr std::size_t kMostCarried = 19;
 constexpr std::size_t kPlaces = 12;
 constexpr char kFeed = '\f';
@@ -155,9 +155,23 @@ class Model {
   }
   void sequence(const std::string& bytes, int carried, Effect effect) {
     note(effect);
-    carry(bytes, carried);
     piece(bytes);
+    carry(bytes, carried);
   }
+  /// A sequence with its data. Many are not gathered: each byte of them is a piece then.
+  void counted(const std::string& bytes, const std::string& data, Effect effect) {
+    note(effect);
+    if (bytes.size() + data.size() <= kMostGathered) {
+      piece(bytes + data);
+      return;
+    }
+    piece(bytes);
+    for (const char byte : data) {
+      piece(std::string(1, byte));
+    }
+  }
+  /// A sequence that the end of the job cuts.
+  void cut(const std::string& bytes) { cut_ = bytes; }
   /// Ends a page that has content. Only this and form feeds clear that: behind a page that
   /// something else ended it makes an empty one.
   void condition_command() {
@@ -165,6 +179,7 @@ class Model {
       piece("\f");
     }
   }
+  /// Without content what the page still holds is dropped; blocks that are full have gone out.
   void end() {
     if (is_printed_) {
       end_block();
@@ -175,14 +190,17 @@ class Model {
     }
   }
 
-  /// All bytes in order, as a framed job has them.
-  const std::string& written() const { return written_; }
+  /// All bytes in order, as a framed job has them. A sequence that is cut is dropped, but for one
+  /// that the last frame cuts in its data: that goes on as far as it came.
+  std::string written(bool last_frame_has_data) const {
+    return written_ + (last_frame_has_data ? cut_ : "");
+  }
   /// The output of a plain job.
   std::string output() const {
     if (written_.empty()) {
       return "";
     }
-    return testing::kFirstParameters + (pages_ == 0 ? "" : blocks_ + testing::kJobEnd);
+    return testing::kFirstParameters + (blocks_.empty() ? "" : blocks_ + testing::kJobEnd);
   }
 
  private:
@@ -195,9 +213,7 @@ class Model {
   }
   void carry(const std::string& bytes, int where) {
     if (where == kGeneral) {
-      if (general_.size() + bytes.size() <= kMostGeneral) {
-        general_ += bytes;
-      }
+      general_ += bytes;
     } else if (where != kNowhere && bytes.size() <= kMostCarried) {
       places_[static_cast<std::size_t>(where)] = bytes;
     }
@@ -222,6 +238,7 @@ class Model {
   void to_page(const std::string& bytes) {
     if (data_.size() + bytes.size() > kMostPayload) {
       end_block();
+      carry_on();
     }
     data_ += bytes;
     if (bytes.back() == kFeed) {
@@ -230,24 +247,26 @@ class Model {
   }
   void end_page() {
     end_block();
-    blocks_ += std::exchange(settings_, "");
+    carry_on();
     ++pages_;
     in_page_ = is_printed_ = false;
   }
-  /// The settings of the page's last block are written when the page is complete.
   void end_block() {
     if (!in_page_) {
       blocks_ += pages_ == 0 ? testing::kJobStart + testing::kFirstDensity : "";
       blocks_ += testing::kNextHeader;
     }
-    blocks_ += settings_ + testing::block(in_page_ ? '0' : '2', data_);
+    blocks_ += testing::block(in_page_ ? '0' : '2', data_);
     in_page_ = true;
     data_.clear();
+  }
+  /// Writes the settings of a block again, but not behind the last block of a job.
+  void carry_on() {
     std::string carried = std::exchange(general_, "");
     for (std::string& place : places_) {
       carried += std::exchange(place, "");
     }
-    settings_ = carried.empty() ? "" : testing::block('6', carried);
+    blocks_ += carried.empty() ? "" : testing::block('6', carried);
   }
 
   std::size_t lines_per_page_;  ///< 0: no page length
@@ -259,10 +278,10 @@ class Model {
   std::size_t pages_ = 0;
   std::string general_;
   std::array<std::string, kPlaces + 1> places_;
-  std::string settings_;
   std::string data_;
   std::string blocks_;
   std::string written_;
+  std::string cut_;
 };
 
 /// A job as it grows, beside what it is to become.
@@ -395,25 +414,28 @@ std::string data_of(Choices& choices, std::size_t count) {
   return bytes;
 }
 
+void add_with_data(Growing& job, const std::string& bytes, const std::string& data, Effect effect) {
+  job.bytes += bytes + data;
+  job.model.counted(bytes, data, effect);
+}
+
 void add_counted(Growing& job, Choices& choices) {
+  constexpr std::array<std::size_t, 4> kLeast{0, 0, 4000, 8100};
   const std::uint8_t kind = choices.byte() % 6;
   const std::string zeros(choices.byte() % 8, '0');
-  const std::size_t count = choices.byte() % 200;
+  const std::size_t count = kLeast[choices.byte() % kLeast.size()] + choices.byte();
   const std::string number = zeros + std::to_string(count);
   switch (kind) {
     case 0:
-      return add_sequence(job, "\x1bQ1;" + number + "!a" + data_of(choices, count),
-                          {"", "", kNowhere, kContent});
+      return add_with_data(job, "\x1bQ1;" + number + "!a", data_of(choices, count), kContent);
     case 1:
-      return add_sequence(job, "\x1bQ9;" + number + " n" + data_of(choices, count),
-                          {"", "", kNowhere, kNone});
+      return add_with_data(job, "\x1bQ9;" + number + " n", data_of(choices, count), kNone);
     case 2:
-      return add_sequence(job, "\x1bQ1;2!p" + data_of(choices, 32), {"", "", kNowhere, kNone});
+      return add_with_data(job, "\x1bQ1;2!p", data_of(choices, 32), kNone);
     case 3:
-      return add_sequence(job, "\x1bQ1;" + number + "!\x7f" + data_of(choices, count),
-                          {"", "", kNowhere, kContent});
+      return add_with_data(job, "\x1bQ1;" + number + "!\x7f", data_of(choices, count), kContent);
     case 4:
-      return add_sequence(job, "\x1b\x7f" + data_of(choices, 4), {"", "", kNowhere, kNoContent});
+      return add_with_data(job, "\x1b\x7f", data_of(choices, 4), kNoContent);
     default:
       // An image without a mode that knows it goes with its data.
       job.bytes += "\x1bQ1;2;3;4;" + number + "/~" + data_of(choices, count);
@@ -480,6 +502,35 @@ void add_command(Growing& job, Choices& choices) {
   }
 }
 
+/// What the end of the job cuts: a character is an invalid one, a sequence is dropped.
+void add_cut_end(Growing& job, Choices& choices) {
+  constexpr std::array<std::string_view, 6> kCharacters{"\xc3",
+                                                        "\xe3\x81",
+                                                        "\xf0",
+                                                        "\xf8"
+                                                        "ABC",
+                                                        "\xfc"
+                                                        "ABCD",
+                                                        "\x8e"};
+  constexpr std::array<std::string_view, 6> kSequences{"\x1b",
+                                                       "\x1bQ1;2",
+                                                       "\x1c",
+                                                       "\x1c%!\" ",
+                                                       "\x1b\x7f"
+                                                       "ABC",
+                                                       "\x1b[12"};
+  const std::uint8_t choice = choices.byte();
+  const bool is_character = choice % 2 == 0;
+  const std::string bytes(is_character ? kCharacters[choice / 2U % kCharacters.size()]
+                                       : kSequences[choice / 2U % kSequences.size()]);
+  job.bytes += bytes;
+  if (is_character) {
+    job.model.invalid(bytes);
+  } else {
+    job.model.cut(bytes);
+  }
+}
+
 std::string data_of_frames(std::string_view output) {
   std::string data;
   for (const Frame& frame : frames_of(output)) {
@@ -499,10 +550,12 @@ void check_plain(const Job& job, const Model& model, bool fast) {
 void check_framed(Job job, const Model& model, std::uint8_t frames, bool fast) {
   job.words.emplace_back("-d");
   job.framed = true;
+  const bool last_frame_has_data = !job.bytes.empty() && !ends_in_empty_frame(frames);
   job.bytes = in_frames(job.bytes, frames);
   const Result result = run(job, fast);
   require(result.status == ST_OK && result.messages.empty(), "a framed job fails");
-  require(data_of_frames(result.output) == model.written(), "a framed job carries something else");
+  require(data_of_frames(result.output) == model.written(last_frame_has_data),
+          "a framed job carries something else");
 }
 
 }  // namespace
@@ -517,9 +570,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Job job;
   job.cut = choices.word();
   const std::uint8_t frames = choices.byte();
+  Choices end(&frames, 1);
   Growing growing{"", Model(lines)};
   for (std::size_t i = 0; i < kMostCommands && !choices.empty(); ++i) {
     add_command(growing, choices);
+  }
+  if ((choice & 0x40) != 0) {
+    add_cut_end(growing, end);
   }
   growing.model.end();
   job.words.emplace_back("-q");

@@ -29,11 +29,16 @@ struct Result {
   std::string messages;
 };
 
+/// True for a choice that puts an empty END frame behind data.
+inline bool ends_in_empty_frame(std::uint8_t choice) {
+  return (choice & 0x80) != 0;
+}
+
 /// Cuts data into frames, some of them empty, the last one an END frame.
 inline std::string in_frames(std::string_view data, std::uint8_t choice) {
   const std::size_t length = choice % 32 == 0 ? 9999 : choice % 32 * 7U;
   const bool with_empty = (choice & 0x40) != 0;
-  const bool empty_end = (choice & 0x80) != 0;
+  const bool empty_end = ends_in_empty_frame(choice);
   std::string frames;
   while (data.size() > length || (empty_end && !data.empty())) {
     frames += frame_bytes(data.substr(0, length), false);

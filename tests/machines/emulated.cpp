@@ -11,6 +11,7 @@
 int main(int /*argc*/, char** argv) {
   std::vector<std::string> words{RLX_EMULATOR, "-0", argv[0], RLX_EMULATED};
   std::vector<char*> arguments;
+  arguments.reserve(words.size());
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

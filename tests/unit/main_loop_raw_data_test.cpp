@@ -178,6 +178,13 @@ TEST_F(MainLoopRawData, DownloadDataIsCopiedUpToAZeroCount) {
   }
 }
 
+TEST_F(MainLoopRawData, ZerosInTheUnitsOfDownloadDataAreData) {
+  const std::string data = bytes("\1") + std::string(68, '\0') + kOneUnit;
+  const StandardInput input(data + "REST");
+  EXPECT_EQ(route(CMD_DOWNLOAD_499, kDownload).data, kDownload + data);
+  EXPECT_EQ(testing::rest_of_input(), "REST");
+}
+
 TEST_F(MainLoopRawData, LargestDownloadCrossesBlocksAndBuffers) {
   const std::string unit = bytes("\xff") + pattern(255 * 64 + 4);
   std::string data;

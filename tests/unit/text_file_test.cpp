@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -105,6 +106,18 @@ TEST_F(TextFileTest, TellsWhyItIsNotOpenOrCannotBeReadOn) {
   EXPECT_FALSE(memory.read_line(line));
   EXPECT_TRUE(memory.failed());
   EXPECT_EQ(memory.error_number(), EIO);
+}
+
+TEST_F(TextFileTest, TellsWhyAFileThatIsThereIsNotOpened) {
+  write_file("file", "one\n");
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const TextFile file("file");
+  EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_FALSE(file.is_open());
+  EXPECT_EQ(file.error_number(), EMFILE);
 }
 
 TEST_F(TextFileTest, ANulIsAByteOfTheLine) {
